@@ -1,0 +1,84 @@
+// 8-bit text: file contents and XML text.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace ZEMA {
+
+// "No position" in results, "up to the end" in counts. Lengths and positions of both text classes are 32 bits wide.
+inline constexpr std::uint32_t npos = 0xFFFFFFFF;
+
+// Bytes in a buffer that copies share until one of them changes; always followed by a zero byte. No encoding is
+// assumed.
+//
+// A range (p, n) is clamped to the text: what lies behind its end is left out, and a p behind its end is the empty
+// range.
+//
+// Errors:  an append that would make the length reach 2^32 - 1 throws RangeException* and changes nothing; allocation
+//          failure is std::bad_alloc.
+// Threads: a buffer shared by copies stays on one thread, since its share count is plain arithmetic.
+class AString {
+public:
+    AString() = default;
+    AString(const char* text);  // up to the terminator; null is the empty text
+    AString(const char* bytes, std::uint32_t count);
+    AString(const AString& other) noexcept;
+    AString(AString&& other) noexcept;
+    ~AString();
+    AString& operator=(const AString& other) noexcept;
+    AString& operator=(AString&& other) noexcept;
+
+    std::uint32_t Length() const { return characters_ == nullptr ? 0 : HeaderOf(characters_)->length; }
+    bool IsEmpty() const { return Length() == 0; }
+    // The characters and a zero byte behind them; never null.
+    const char* Data() const { return characters_ == nullptr ? "" : characters_; }
+    std::string_view View() const { return {Data(), Length()}; }
+
+    // Bytes of text that the buffer can hold without growing.
+    std::uint32_t Capacity() const { return characters_ == nullptr ? 0 : HeaderOf(characters_)->capacity; }
+    // How many further owners share the buffer.
+    std::uint32_t ShareCount() const { return characters_ == nullptr ? 0 : HeaderOf(characters_)->shareCount; }
+
+    // Makes the buffer private, with room for `capacity` bytes. With `discard` the text need not survive. A capacity of
+    // 0 gives the buffer up, and is the one case that answers false.
+    bool Reserve(std::uint32_t capacity, bool discard = false);
+
+    // Makes the text private and `length` bytes long and hands its bytes out to be filled; what they hold is not
+    // defined. For readers that know the length beforehand, so that no text is copied twice. `length` is below 2^32
+    // - 1.
+    char* ResizeForOverwrite(std::uint32_t length);
+
+    // The range of `other`, which may be this text. The whole of another text is shared, not copied.
+    void Assign(const AString& other, std::uint32_t p = 0, std::uint32_t n = npos);
+    void Assign(const char* bytes, std::uint32_t count);
+
+    void Append(const AString& other, std::uint32_t p = 0, std::uint32_t n = npos);
+    void Append(const char* bytes, std::uint32_t count);  // the bytes may be this text's own
+
+    void Erase(std::uint32_t p = 0, std::uint32_t n = npos);
+    void Clear() { Reserve(0); }
+
+    void Swap(AString& other) noexcept;
+
+    friend bool operator==(const AString& a, const AString& b) {
+        return a.characters_ == b.characters_ || a.View() == b.View();
+    }
+    friend bool operator==(const AString& a, std::string_view b) { return a.View() == b; }
+    friend bool operator==(const AString& a, const char* b) { return a.View() == b; }
+    friend bool operator<(const AString& a, const AString& b) { return a.View() < b.View(); }
+
+private:
+    // Stands just before the characters.
+    struct Header {
+        std::uint32_t shareCount;
+        std::uint32_t capacity;
+        std::uint32_t length;
+    };
+
+    static Header* HeaderOf(char* characters) { return reinterpret_cast<Header*>(characters) - 1; }
+
+    char* characters_ = nullptr;  // null is the empty text
+};
+
+}  // namespace ZEMA

@@ -1,0 +1,26 @@
+// The orders that the ordered containers use.
+#pragma once
+
+#include <typeinfo>
+
+namespace ZEMA {
+
+// `operator<` of T; for String that is the exact order of UTF-16 units.
+template <class T>
+struct Less {
+    bool operator()(const T& a, const T& b) const { return a < b; }
+};
+
+// String::LessNoCase: texts that differ only in case are one key.
+template <class T>
+struct StringCaseInsensitiveLess {
+    bool operator()(const T& a, const T& b) const { return a.LessNoCase(b); }
+};
+
+// Orders types by the address of their name. Fixed within a process, but by nothing across builds: whoever needs types
+// in a stated order must state it elsewhere.
+struct TypeInfoLess {
+    bool operator()(const std::type_info* a, const std::type_info* b) const { return a->name() < b->name(); }
+};
+
+}  // namespace ZEMA
