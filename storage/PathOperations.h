@@ -1,0 +1,57 @@
+// Following paths through the storage tree.
+#pragma once
+
+#include <cstdint>
+
+#include "storage/Directory.h"
+
+namespace ZEMA {
+
+// A path is a text of components separated by "/", or a list of them, followed from a directory. "." and ".." are
+// resolved in the path itself first (NormalizeComponents), then each component is followed through the open
+// directories, through the storage, and through archives, which are mounted on the way. Names are compared without
+// regard to case.
+//
+// Every operation takes StorageMutex for its whole run; failure is null or false.
+
+// The root of the tree, made on first use and kept by the object registry.
+RefPointer<Directory> GetRootDirectory();
+
+// With `create`, missing levels are made one by one.
+RefPointer<Directory> OpenDirectory(Directory& directory, const String& path, bool create);
+RefPointer<Directory> OpenDirectory(Directory& directory, const BasicArray<String>& components, bool create);
+
+bool DirectoryExists(Directory& directory, const String& path);
+bool DirectoryExists(Directory& directory, const BasicArray<String>& components);
+
+// Fails for an empty path, for a last component "..", and when asked to cut the file without write access. With
+// `create` the directories on the way are made too.
+RefPointer<File> OpenFile(Directory& directory, const String& path, const AccessStyle* style, bool create,
+                          const std::uint64_t* truncateTo);
+RefPointer<File> OpenFile(Directory& directory, const BasicArray<String>& components, const AccessStyle* style,
+                          bool create, const std::uint64_t* truncateTo);
+
+bool IsFile(Directory& directory, const String& path);
+bool IsFile(Directory& directory, const BasicArray<String>& components);
+
+bool GetChildFlags(Directory& directory, const String& path, ElementFlags* flags);
+bool GetChildFlags(Directory& directory, const BasicArray<String>& components, ElementFlags* flags);
+bool SetChildFlags(Directory& directory, const String& path, const ElementFlags* flags);
+bool SetChildFlags(Directory& directory, const BasicArray<String>& components, const ElementFlags* flags);
+
+// The last component is a pattern (see MatchPattern). Open child directories come first and win over entries of the
+// same name, so a mounted archive is listed as a directory. The answer is that of the directory's own List.
+bool List(Directory& directory, const String& patternPath, Listing* listing);
+bool List(Directory& directory, const BasicArray<String>& components, Listing* listing);
+
+// Splits at "/"; empty components are kept, and the empty path has none.
+void SplitPath(const String& path, BasicArray<String>& components);
+
+// Drops "." and resolves ".." against the component before it; a ".." with none before it stays.
+void NormalizeComponents(BasicArray<String>& components);
+
+// Whether a name matches a pattern whose only wildcard is "*", ignoring case. Between stars the first occurrence is
+// taken and never reconsidered, so the pattern "*a" does not match "aba".
+bool MatchPattern(const String& name, const String& pattern);
+
+}  // namespace ZEMA
