@@ -1,0 +1,75 @@
+"""Fails on an #include that the table of rooms does not allow.
+
+A room may include itself and the rooms that stand before it in its row; foreign headers stay behind the walls named below.
+"""
+import pathlib
+import re
+import sys
+
+# Room: what its files may include beside themselves.
+ROOMS = {
+    "platform": [],
+    "core": ["platform"],
+    "registry": ["core", "platform"],
+    "storage": ["registry", "core", "platform"],
+    "storage/zip": ["storage", "registry", "core"],
+    "xml": ["core"],
+    "scene": ["core"],
+    "loader": ["xml", "scene", "storage", "registry", "core"],
+    "importer": ["loader", "xml", "scene", "storage/zip", "storage", "registry", "core", "platform"],
+    "host": ["importer", "loader", "xml", "scene", "storage/zip", "storage", "registry", "core", "platform"],
+    "tools/wqf": ["host", "importer", "loader", "xml", "scene", "storage/zip", "storage", "registry", "core", "platform"],
+}
+
+# Foreign header: the rooms that may include it, and in which files.
+WALLS = {
+    "zlib.h": (["storage/zip"], ".cpp"),
+    "expat.h": (["xml", "loader"], ".cpp"),
+    "utf8proc.h": (["platform"], ".cpp"),
+    "nlohmann/": (["host", "tools/wqf"], ".cpp"),
+    "CLI/": (["tools/wqf"], ".cpp"),
+}
+
+# Platform headers appear where platform types do: in the texts, the local back end, and around the plug-in.
+PLATFORM_HEADERS = ("CoreFoundation/", "CoreServices/")
+PLATFORM_ROOMS = ["platform", "core", "storage", "importer", "host"]
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]', re.MULTILINE)
+
+
+def room_of(path):
+    """The innermost room that a path stands in, or None."""
+    inside = [room for room in ROOMS if path == room or path.startswith(room + "/")]
+    return max(inside, key=len, default=None)
+
+
+def faults_of(path, room, header):
+    if header.startswith(PLATFORM_HEADERS):
+        if room not in PLATFORM_ROOMS:
+            yield f"{path}: platform header {header} in {room}/"
+        return
+    for wall, (rooms, ending) in WALLS.items():
+        if header.startswith(wall) and (room not in rooms or not path.endswith(ending)):
+            yield f"{path}: {header} may only stand in {ending} files of {', '.join(rooms)}"
+    target = room_of(header)
+    if target is not None and target != room and target not in ROOMS[room]:
+        yield f"{path}: {room}/ may not include {header}"
+
+
+def main(root):
+    faults = []
+    files = 0
+    for room in ROOMS:
+        for file in sorted((root / room).rglob("*")):
+            path = file.relative_to(root).as_posix()
+            if file.suffix not in (".h", ".cpp") or room_of(path) != room:
+                continue
+            files += 1
+            for header in INCLUDE.findall(file.read_text(encoding="utf-8")):
+                faults.extend(faults_of(path, room, header))
+    print("\n".join(faults) or f"{files} files keep to the table")
+    return 1 if faults or files == 0 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(pathlib.Path(sys.argv[1])))
