@@ -1,0 +1,25 @@
+#include "scene/StorageScene.h"
+
+#include "core/ReleaseDeep.h"
+
+namespace ZEMA {
+
+StorageScene::StorageScene() = default;
+StorageScene::~StorageScene() = default;
+
+StorageScene::Rigid::~Rigid() = default;
+StorageScene::Part::~Part() = default;
+
+StorageScene::BIStep::~BIStep() {
+    ReleaseDeep(steps, [](BIStep& step) { return &step.steps; });
+}
+
+void StorageScene::Clear() {
+    name.Clear();
+    cameras.Clear();
+    models.Clear();
+    buildingInstructions.Clear();
+    selections.Clear();
+}
+
+}  // namespace ZEMA
