@@ -1,0 +1,62 @@
+// The document model over the XML parser: elements with attributes, children and text.
+#pragma once
+
+#include "core/AString.h"
+#include "core/BasicArray.h"
+#include "core/Object.h"
+#include "core/Pair.h"
+#include "core/RefPointer.h"
+#include "core/String.h"
+
+namespace ZEMA {
+
+class XMLDOMNodeAStringTester;
+
+// One element. Walked by reading its fields; all text is UTF-8, as the parser delivers it.
+//
+// Names and short values are shared by the elements of one document, so copies cost no memory.
+//
+// Ownership: a node owns its children. The tree may be as deep as a document says and is released without recursion.
+// Threads:   one at a time, and all texts of one document on one thread.
+class XMLDOMNodeAString : public Object {
+public:
+    XMLDOMNodeAString() = default;
+
+    AString name;                                   // the tag; a prefix stays part of it
+    BasicArray<Pair<AString, AString>> attributes;  // (name, value) in document order
+    BasicArray<RefPointer<XMLDOMNodeAString>> children;
+    BasicArray<AString> textLines;  // the element's own text, without its children's: trimmed lines, none of them empty
+
+    // Parses a whole document, whose root element becomes this node. Meant for a fresh node: its name is replaced,
+    // while attributes are set, and children and text added, as if the node had just been read.
+    //
+    // `tester`, unless null, sees the root element before anything below it is read and can reject the document. False
+    // when it does, or when the text is malformed or 2^31 bytes or longer; the node is empty then.
+    //
+    // What a tester or an allocation throws leaves the node empty too, and goes on.
+    [[nodiscard]] bool Parse(const AString& text, XMLDOMNodeAStringTester* tester);
+
+    // The value of the first attribute of that name; false leaves `value` alone.
+    bool GetAttribute(const AString& attributeName, AString& value) const;
+    bool GetAttribute(const AString& attributeName, String& value) const;
+    // Replaces the value where it stands, or appends the attribute.
+    void SetAttribute(const AString& attributeName, const AString& value);
+
+    // The first child of that name, or null. Good while this node holds the child.
+    XMLDOMNodeAString* FindChild(const AString& childName) const;
+
+    // The lines with a line feed between each two.
+    AString GetText() const;
+    void GetText(String& text) const;
+    void GetName(String& text) const;
+
+protected:
+    ~XMLDOMNodeAString() override;
+
+private:
+    // The value of the first attribute of that name, or null.
+    const AString* FindAttribute(const AString& attributeName) const;
+    void Empty();
+};
+
+}  // namespace ZEMA
