@@ -40,18 +40,19 @@ public:
     // How many further owners share the buffer.
     std::uint32_t ShareCount() const { return characters_ == nullptr ? 0 : HeaderOf(characters_)->shareCount; }
 
-    // Makes the buffer private, with room for `capacity` bytes. With `discard` the text need not survive. A capacity of
-    // 0 gives the buffer up, and is the one case that answers false.
+    // Makes the buffer private, with room for `capacity` bytes. With `discard` the text need not survive. A private
+    // buffer grows to twice its capacity at least; a shared text is copied into a buffer of that capacity, and cut to
+    // it. A capacity of 0 gives the buffer up, and is the one case that answers false; 2^32 - 1 throws RangeException*.
     bool Reserve(std::uint32_t capacity, bool discard = false);
 
     // Makes the text private and `length` bytes long and hands its bytes out to be filled; what they hold is not
-    // defined. For readers that know the length beforehand, so that no text is copied twice. `length` is below 2^32
-    // - 1.
+    // defined. For readers that know the length beforehand, so that no text is copied twice. Null for a length of 0; a
+    // length of 2^32 - 1 throws RangeException*.
     char* ResizeForOverwrite(std::uint32_t length);
 
     // The range of `other`, which may be this text. The whole of another text is shared, not copied.
     void Assign(const AString& other, std::uint32_t p = 0, std::uint32_t n = npos);
-    void Assign(const char* bytes, std::uint32_t count);
+    void Assign(const char* bytes, std::uint32_t count);  // the bytes may be this text's own
 
     void Append(const AString& other, std::uint32_t p = 0, std::uint32_t n = npos);
     void Append(const char* bytes, std::uint32_t count);  // the bytes may be this text's own
@@ -76,7 +77,13 @@ private:
         std::uint32_t length;
     };
 
-    static Header* HeaderOf(char* characters) { return reinterpret_cast<Header*>(characters) - 1; }
+    static Header* HeaderOf(char* characters) { return static_cast<Header*>(static_cast<void*>(characters)) - 1; }
+
+    static char* Allocate(std::uint32_t capacity);  // an empty text
+    void Release() noexcept;
+    void MoveTo(std::uint32_t capacity);
+    void SetLength(std::uint32_t length);
+    bool Holds(const char* bytes) const;  // whether they start inside this text
 
     char* characters_ = nullptr;  // null is the empty text
 };

@@ -72,9 +72,9 @@ public:
         Replace(block);
     }
 
-    // Drops elements from the end, or appends copies of `filler`. Grows as PushBack does, so that growing one by one
+    // Drops elements from the end, or appends copies of `filler`. Grows by half at least, so that growing one by one
     // stays linear.
-    void Resize(std::size_t size, const T& filler = T()) {
+    void Resize(std::size_t size, T filler = T()) {
         while (Size() > size) PopBack();
         if (size > Capacity()) Reserve(std::max(size, Capacity() + Capacity() / 2));
         while (Size() < size) PushBack(filler);

@@ -1,14 +1,15 @@
 // The orders that the ordered containers use.
 #pragma once
 
+#include <functional>
 #include <typeinfo>
 
 namespace ZEMA {
 
-// `operator<` of T; for String that is the exact order of UTF-16 units.
+// `operator<` of T, which for pointers is made total; for String that is the exact order of UTF-16 units.
 template <class T>
 struct Less {
-    bool operator()(const T& a, const T& b) const { return a < b; }
+    bool operator()(const T& a, const T& b) const { return std::less<T>()(a, b); }
 };
 
 // String::LessNoCase: texts that differ only in case are one key.
@@ -20,7 +21,9 @@ struct StringCaseInsensitiveLess {
 // Orders types by the address of their name. Fixed within a process, but by nothing across builds: whoever needs types
 // in a stated order must state it elsewhere.
 struct TypeInfoLess {
-    bool operator()(const std::type_info* a, const std::type_info* b) const { return a->name() < b->name(); }
+    bool operator()(const std::type_info* a, const std::type_info* b) const {
+        return Less<const char*>()(a->name(), b->name());
+    }
 };
 
 }  // namespace ZEMA

@@ -1,6 +1,7 @@
 // The counted reference to an Object.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <utility>
 
@@ -21,7 +22,7 @@ public:
     RefPointer(const RefPointer& other) : RefPointer(other.target_) {}
     RefPointer(RefPointer&& other) noexcept : target_(std::exchange(other.target_, nullptr)) {}
     template <class U>
-    RefPointer(const RefPointer<U>& other) : RefPointer(other.Get()) {}
+    requires std::convertible_to<U*, T*> RefPointer(const RefPointer<U>& other) : RefPointer(other.Get()) {}
     ~RefPointer() {
         if (target_ != nullptr) target_->Release();
     }
