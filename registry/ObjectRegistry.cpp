@@ -1,0 +1,52 @@
+#include "registry/ObjectRegistry.h"
+
+#include "registry/ObjectRegistryInstantiator.h"
+#include "registry/ObjectRegistryObserver.h"
+
+namespace ZEMA {
+
+ObjectRegistry::ObjectRegistry() = default;
+ObjectRegistry::~ObjectRegistry() = default;
+
+void ObjectRegistry::OnLastRelease() {
+    RemoveAll();
+}
+
+ObjectRegistry* ObjectRegistry::Instance() {
+    // The standard library constructs it once even when several threads come first, and destroys it at exit.
+    static const RefPointer<ObjectRegistry> instance = New<ObjectRegistry>();
+    return instance.Get();
+}
+
+RefPointer<Object> ObjectRegistry::GetOrCreate(unsigned long key, ObjectRegistryInstantiator& instantiator) {
+    const std::lock_guard lock(mutex_);
+    const auto position = entries_.Find(key);
+    if (position != entries_.end()) return position->second;
+    RefPointer<Object> object = instantiator.Instantiate();
+    if (!object || !Register(key, object.Get())) return nullptr;
+    return object;
+}
+
+bool ObjectRegistry::Register(unsigned long key, Object* object) {
+    const std::lock_guard lock(mutex_);
+    if (entries_.Contains(key)) return false;
+    auto* const observer = dynamic_cast<ObjectRegistryObserver*>(object);
+    if (observer != nullptr && !observer->OnRegister(*this, key)) return false;
+    return entries_.Insert(key, object);
+}
+
+void ObjectRegistry::RemoveAll() {
+    const std::lock_guard lock(mutex_);
+    while (!entries_.Empty()) RemoveFirstLocked();
+}
+
+void ObjectRegistry::RemoveFirstLocked() {
+    const auto first = entries_.begin();
+    const unsigned long key = first->first;
+    const RefPointer<Object> object = first->second;
+    entries_.Erase(first);
+    auto* const observer = dynamic_cast<ObjectRegistryObserver*>(object.Get());
+    if (observer != nullptr) observer->OnUnregister(*this, key);
+}
+
+}  // namespace ZEMA
