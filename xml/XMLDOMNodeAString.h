@@ -1,6 +1,8 @@
 // The document model over the XML parser: elements with attributes, children and text.
 #pragma once
 
+#include <string_view>
+
 #include "core/AString.h"
 #include "core/BasicArray.h"
 #include "core/Object.h"
@@ -36,7 +38,10 @@ public:
     // What a tester or an allocation throws leaves the node empty too, and goes on.
     [[nodiscard]] bool Parse(const AString& text, XMLDOMNodeAStringTester* tester);
 
-    // The value of the first attribute of that name; false leaves `value` alone.
+    // The value of the first attribute of that name, or null. Good until the attributes change. For readers that look
+    // up many attributes: makes no text of the name.
+    const AString* FindAttribute(std::string_view attributeName) const;
+    // The same; false leaves `value` alone.
     bool GetAttribute(const AString& attributeName, AString& value) const;
     bool GetAttribute(const AString& attributeName, String& value) const;
     // Replaces the value where it stands, or appends the attribute.
@@ -54,8 +59,6 @@ protected:
     ~XMLDOMNodeAString() override;
 
 private:
-    // The value of the first attribute of that name, or null.
-    const AString* FindAttribute(const AString& attributeName) const;
     void Empty();
 };
 
