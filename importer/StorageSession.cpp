@@ -1,0 +1,34 @@
+#include "importer/StorageSession.h"
+
+#include "registry/ObjectFactory.h"
+#include "registry/ObjectRegistry.h"
+#include "storage/Directory.h"
+#include "storage/MacOSXDirectory.h"
+#include "storage/MacOSXStorageFactory.h"
+#include "storage/zip/ZipStorageDirectory.h"
+#include "storage/zip/ZipStorageFactory.h"
+
+namespace ZEMA {
+
+namespace {
+
+std::mutex oneSession;
+
+// The local factory comes first: attaching it mounts the file system, without which there is nothing to look for
+// archives in.
+bool RegisterBackEnds() {
+    const RefPointer<ObjectFactory> factory = ObjectFactory::Instance();
+    return factory &&
+           factory->Register(&typeid(MacOSXDirectory), New<MacOSXStorageFactory>().Get(), &typeid(Directory)) &&
+           factory->Register(&typeid(ZipStorageDirectory), New<ZipStorageFactory>().Get(), &typeid(Directory));
+}
+
+}  // namespace
+
+StorageSession::StorageSession() : lock_(oneSession), ready_(RegisterBackEnds()) {}
+
+StorageSession::RegistryEmptier::~RegistryEmptier() {
+    ObjectRegistry::Instance()->RemoveAll();
+}
+
+}  // namespace ZEMA
