@@ -41,6 +41,11 @@ public:
     // False, and no change, when the key exists.
     bool Insert(const K& key, const V& value) { return tree_.emplace(key, value).second; }
 
+    // For a key that is absent and whose place is known to be just before `position`: without a search.
+    Position InsertBefore(Position position, const K& key, const V& value) {
+        return tree_.emplace_hint(position, key, value);
+    }
+
     Position Erase(Position position) { return tree_.erase(position); }
 
     std::size_t Size() const { return tree_.size(); }
