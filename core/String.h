@@ -92,9 +92,14 @@ public:
     // `count` counts bytes for UTF-8 and 16-bit units for UTF-16; one zero unit at the end is left out.
     void FromBytes(TextEncoding encoding, const void* bytes, std::uint32_t count);
 
+    void Swap(String& other) noexcept;
+
 private:
     int Compare(const String& other) const;
+    int CompareRangeNoCase(CFRange range, CFStringRef other) const;
+    CFRange Clamp(std::uint32_t p, std::uint32_t n) const;
     CFMutableStringRef MakeMutable();
+    void Adopt(CFStringRef text);  // takes over the caller's reference; null is the empty text
 
     // Exactly one of the two is set.
     CFStringRef immutable_;

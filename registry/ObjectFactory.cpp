@@ -23,9 +23,11 @@ bool ObjectFactory::Register(const std::type_info* concrete, SpecificObjectFacto
     if (directFactories_.Contains(abstract)) return false;
     if (!factory->BeginRegistration(*mutex_)) return false;
 
-    RefPointer<AbstractObjectFactory>& family = abstractFactories_[abstract];
-    if (!family) family = New<AbstractObjectFactory>();
-    abstractFactories_[concrete] = family;
+    const auto position = abstractFactories_.Find(abstract);
+    const RefPointer<AbstractObjectFactory> family =
+        position != abstractFactories_.end() ? position->second : New<AbstractObjectFactory>();
+    abstractFactories_.Insert(abstract, family);
+    abstractFactories_.Insert(concrete, family);
     return family->Add(concrete, factory);
 }
 

@@ -1,0 +1,219 @@
+#include "core/String.h"
+
+#include <utility>
+
+#include "core/CFOwner.h"
+#include "core/NumberScan.h"
+#include "core/UnitWindow.h"
+
+namespace ZEMA {
+namespace {
+
+// The platform's constant; retaining and releasing it change nothing.
+CFStringRef EmptyText() {
+    return CFSTR("");
+}
+
+// The platform would take a byte of 128 or more as the character of that number, so the bytes are looked at here.
+CFStringRef CreateFromAscii(std::string_view bytes) {
+    if (bytes.empty() || !IsAscii(bytes)) return EmptyText();
+    return CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
+                                   static_cast<CFIndex>(bytes.size()), kCFStringEncodingASCII, false);
+}
+
+std::string_view ViewOf(const char* text) {
+    return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+std::uint32_t PositionOf(Boolean found, CFRange range) {
+    return found ? static_cast<std::uint32_t>(range.location) : npos;
+}
+
+}  // namespace
+
+String::String() : immutable_(EmptyText()) {}
+
+String::String(const char* ascii) : immutable_(CreateFromAscii(ViewOf(ascii))) {}
+
+String::String(const AString& ascii) : String(ascii.Data()) {}
+
+String::String(CFStringRef text)
+    : immutable_(text == nullptr ? EmptyText() : CFStringCreateCopy(kCFAllocatorDefault, text)) {}
+
+String::String(const String& other) : String(other.CFString()) {}
+
+String::String(String&& other) noexcept : String() {
+    Swap(other);
+}
+
+String::String(const String& other, std::uint32_t p, std::uint32_t n) : immutable_(other.CreateCFString(p, n)) {}
+
+String::~String() {
+    CFRelease(CFString());
+}
+
+String& String::operator=(const String& other) {
+    Assign(other);
+    return *this;
+}
+
+String& String::operator=(String&& other) noexcept {
+    String(std::move(other)).Swap(*this);
+    return *this;
+}
+
+void String::Swap(String& other) noexcept {
+    std::swap(immutable_, other.immutable_);
+    std::swap(mutable_, other.mutable_);
+}
+
+void String::Assign(const String& other) {
+    if (this != &other) String(other).Swap(*this);
+}
+
+void String::Assign(const AString& ascii) {
+    AssignBytes(ascii.Data(), ascii.Length());
+}
+
+void String::Assign(const char* ascii) {
+    Adopt(CreateFromAscii(ViewOf(ascii)));
+}
+
+void String::AssignBytes(const char* ascii, std::uint32_t count) {
+    Adopt(ascii == nullptr ? EmptyText() : CreateFromAscii({ascii, count}));
+}
+
+void String::Clear() {
+    Adopt(EmptyText());
+}
+
+std::uint32_t String::Length() const {
+    return static_cast<std::uint32_t>(CFStringGetLength(CFString()));
+}
+
+CFStringRef String::CFString() const {
+    return mutable_ != nullptr ? mutable_ : immutable_;
+}
+
+void String::Append(const String& other) {
+    if (!other.IsEmpty()) CFStringAppend(MakeMutable(), other.CFString());
+}
+
+void String::Append(const char* ascii) {
+    const std::string_view bytes = ViewOf(ascii);
+    if (!bytes.empty() && IsAscii(bytes)) CFStringAppendCString(MakeMutable(), ascii, kCFStringEncodingASCII);
+}
+
+void String::AppendNumber(unsigned long number) {
+    CFStringAppendFormat(MakeMutable(), nullptr, CFSTR("%u"), static_cast<unsigned>(number));
+}
+
+void String::Erase(std::uint32_t p, std::uint32_t n) {
+    const CFRange range = Clamp(p, n);
+    if (range.length > 0) CFStringDelete(MakeMutable(), range);
+}
+
+int String::Compare(const String& other) const {
+    return static_cast<int>(CFStringCompare(CFString(), other.CFString(), 0));
+}
+
+bool String::LessNoCase(const String& other) const {
+    return CompareRangeNoCase(Clamp(0, npos), other.CFString()) < 0;
+}
+
+int String::CompareNoCase(std::uint32_t p, std::uint32_t n, const String& other, std::uint32_t q,
+                          std::uint32_t m) const {
+    const CFOwner<CFStringRef> part(other.CreateCFString(q, m));
+    return CompareRangeNoCase(Clamp(p, n), part.Get());
+}
+
+bool String::EqualsNoCaseAt(std::uint32_t p, std::uint32_t n, const String& other) const {
+    return CompareRangeNoCase(Clamp(p, n), other.CFString()) == 0;
+}
+
+bool String::CharAtIs(std::uint32_t index, UniChar unit) const {
+    const std::uint32_t length = Length();
+    if (index == npos && length > 0) index = length - 1;
+    return index < length && CFStringGetCharacterAtIndex(CFString(), index) == unit;
+}
+
+std::uint32_t String::Find(UniChar unit, std::uint32_t start) const {
+    const std::uint32_t length = Length();
+    UnitWindow units(CFString());
+    for (std::uint32_t index = start; index < length; ++index) {
+        if (units[index] == unit) return index;
+    }
+    return npos;
+}
+
+std::uint32_t String::FindNoCase(const String& text, std::uint32_t start) const {
+    if (start >= Length()) return npos;
+    CFRange found = {};
+    return PositionOf(
+        CFStringFindWithOptions(CFString(), text.CFString(), Clamp(start, npos), kCFCompareCaseInsensitive, &found),
+        found);
+}
+
+std::uint32_t String::FindFirstOf(const String& set, std::uint32_t start) const {
+    if (start >= Length()) return npos;
+    const CFOwner<CFCharacterSetRef> members(
+        CFCharacterSetCreateWithCharactersInString(kCFAllocatorDefault, set.CFString()));
+    CFRange found = {};
+    return PositionOf(CFStringFindCharacterFromSet(CFString(), members.Get(), Clamp(start, npos), 0, &found), found);
+}
+
+void String::Split(UniChar separator, BasicArray<String>& pieces) const {
+    String text;
+    text.Adopt(CFStringCreateWithCharacters(kCFAllocatorDefault, &separator, 1));
+    Split(text, pieces);
+}
+
+void String::Split(const String& separator, BasicArray<String>& pieces) const {
+    // Made before `pieces` is emptied: this text or the separator may be one of them.
+    const bool isSeparator = *this == separator;
+    const CFOwner<CFArrayRef> parts(
+        IsEmpty() || isSeparator
+            ? nullptr
+            : CFStringCreateArrayBySeparatingStrings(kCFAllocatorDefault, CFString(), separator.CFString()));
+    const bool isEmpty = IsEmpty();
+    pieces.Clear();
+    if (!isEmpty && isSeparator) pieces.PushBack(String());
+    if (!parts) return;
+    const CFIndex count = CFArrayGetCount(parts.Get());
+    pieces.Reserve(static_cast<std::size_t>(count));
+    for (CFIndex index = 0; index < count; ++index) {
+        pieces.PushBack(String(static_cast<CFStringRef>(CFArrayGetValueAtIndex(parts.Get(), index))));
+    }
+}
+
+CFStringRef String::CreateCFString(std::uint32_t p, std::uint32_t n) const {
+    const CFRange range = Clamp(p, n);
+    return range.length == 0 ? EmptyText() : CFStringCreateWithSubstring(kCFAllocatorDefault, CFString(), range);
+}
+
+CFRange String::Clamp(std::uint32_t p, std::uint32_t n) const {
+    const std::uint64_t length = Length();
+    if (std::uint64_t{p} + n <= length) return CFRangeMake(p, n);
+    if (p <= length) return CFRangeMake(p, static_cast<CFIndex>(length - p));
+    return CFRangeMake(0, 0);
+}
+
+int String::CompareRangeNoCase(CFRange range, CFStringRef other) const {
+    return static_cast<int>(CFStringCompareWithOptions(CFString(), other, range, kCFCompareCaseInsensitive));
+}
+
+CFMutableStringRef String::MakeMutable() {
+    if (mutable_ == nullptr) {
+        mutable_ = CFStringCreateMutableCopy(kCFAllocatorDefault, 0, immutable_);
+        CFRelease(std::exchange(immutable_, nullptr));
+    }
+    return mutable_;
+}
+
+void String::Adopt(CFStringRef text) {
+    CFRelease(CFString());
+    mutable_ = nullptr;
+    immutable_ = text != nullptr ? text : EmptyText();
+}
+
+}  // namespace ZEMA
