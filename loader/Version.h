@@ -14,8 +14,9 @@ namespace ZEMA {
 struct Version {
     std::array<std::uint32_t, 4> components{};
 
-    Version() = default;
-    explicit Version(std::uint32_t first, std::uint32_t second = 0, std::uint32_t third = 0, std::uint32_t fourth = 0)
+    constexpr Version() = default;
+    explicit constexpr Version(std::uint32_t first, std::uint32_t second = 0, std::uint32_t third = 0,
+                               std::uint32_t fourth = 0)
         : components{first, second, third, fourth} {}
 
     friend bool operator==(const Version&, const Version&) = default;

@@ -1,0 +1,79 @@
+// The values that format-5 elements carry in their attributes.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "core/BasicArray.h"
+#include "core/BasicMap.h"
+#include "core/RefPointer.h"
+#include "core/String.h"
+#include "scene/Vector3.h"
+#include "xml/XMLDOMNodeAString.h"
+
+namespace ZEMA {
+
+// Names are matched exactly. Numbers are read as the scans of String read them, without making a String of text that is
+// ASCII.
+
+// The value of the attribute, or null. Good while the node's attributes stay.
+const AString* FindAttribute(const XMLDOMNodeAString& node, std::string_view name);
+
+// Each reads one attribute. What is absent or unreadable leaves `value` as it was, except that an empty boolean is
+// false. The answer tells whether `value` was read.
+bool ReadUnsigned(const XMLDOMNodeAString& node, std::string_view name, std::uint32_t& value);
+void ReadFloat(const XMLDOMNodeAString& node, std::string_view name, float& value);
+void ReadBool(const XMLDOMNodeAString& node, std::string_view name, bool& value);
+bool ReadString(const XMLDOMNodeAString& node, std::string_view name, String& value);
+
+// Three floats in the attribute `name`, or else one in each of `name` + "x", "y" and "z". What cannot be read stays as
+// it was.
+void ReadVector3(const XMLDOMNodeAString& node, std::string_view name, Vector3& value);
+
+// Reads one float after the other. One character, whatever it is, separates each from the next; it is stepped over
+// after every number, also after one that could not be read and so stays as it was.
+void ScanFloats(const AString& text, std::span<float> values);
+
+bool ScanUnsigned(std::string_view text, std::uint32_t& value);
+
+// Lists are numbers separated by commas. Between two commas, and before one at the start, stands an unreadable number;
+// behind one at the end stands nothing.
+std::size_t CountListPieces(std::string_view list);
+
+template <class Visit>
+void ForEachListPiece(std::string_view list, Visit visit) {
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(','), list.size());
+        visit(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+}
+
+// Fills the empty `numbers` with those of a list, and 0 for each that cannot be read, and the answer is false then. An
+// absent or empty attribute adds nothing; any other puts `leadingZeros` zeros in front.
+bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::size_t leadingZeros,
+                    BasicArray<unsigned long>& numbers);
+
+// Appends the objects that the numbers of a list stand for, with null for each number that cannot be read or stands for
+// nothing, and the answer is false then.
+template <class T>
+bool ReadReferenceList(const XMLDOMNodeAString& node, std::string_view name, const BasicMap<unsigned long, T*>& objects,
+                       BasicArray<RefPointer<T>>& references) {
+    const AString* list = FindAttribute(node, name);
+    if (list == nullptr) return true;
+    references.Reserve(references.Size() + CountListPieces(list->View()));
+    bool complete = true;
+    ForEachListPiece(list->View(), [&](std::string_view piece) {
+        std::uint32_t refID = 0;
+        const auto position = ScanUnsigned(piece, refID) ? objects.Find(refID) : objects.end();
+        const bool found = position != objects.end();
+        references.PushBack(found ? position->second : nullptr);
+        complete = complete && found;
+    });
+    return complete;
+}
+
+}  // namespace ZEMA
