@@ -28,10 +28,10 @@ CF_EXPORT CFTypeID CFStringGetTypeID();
 // A constant text from a literal in UTF-8. It is kept by this library under its value and never freed, so that it may
 // outlive the code that names it. One place in the code looks it up once.
 CF_EXPORT CFStringRef __CFStringMakeConstantString(const char* text);
-#define CFSTR(literal)                                                             \
-    ([]() -> CFStringRef {                                                         \
-        static const CFStringRef constant = __CFStringMakeConstantString(literal); \
-        return constant;                                                           \
+#define CFSTR(literal)                                                                    \
+    ([]() -> CFStringRef {                                                                \
+        static const CFStringRef literalConstant = __CFStringMakeConstantString(literal); \
+        return literalConstant;                                                           \
     }())
 
 // --- Creating ---

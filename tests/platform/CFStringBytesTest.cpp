@@ -1,0 +1,114 @@
+#include <gtest/gtest.h>
+
+#include "tests/platform/Vectors.h"
+
+namespace ZEMA {
+namespace {
+
+CFStringRef Decoded(const std::vector<UInt8>& bytes, CFStringEncoding encoding) {
+    return CFStringCreateWithBytes(nullptr, bytes.data(), static_cast<CFIndex>(bytes.size()), encoding, false);
+}
+
+TEST(CFStringCreateWithBytes, DecodesAsMeasured) {
+    for (const Json& row : VectorsOf("decode.json")) {
+        SCOPED_TRACE(row.dump());
+        const Text text(Decoded(BytesFromHex(row["bytes"]), EncodingOf(row)));
+        ASSERT_EQ(text != nullptr, row["ok"].get<bool>());
+        if (!text) continue;
+        EXPECT_EQ(UnitsOf(text.get()), row.contains("text") ? UnitsOf(row["text"]) : UnitsOf(row["units"]));
+    }
+}
+
+// Every sequence of two bytes, and of three behind each first byte of three, against what UTF-8 allows.
+TEST(CFStringCreateWithBytes, AcceptsExactlyTheShortForms) {
+    const auto isFollower = [](unsigned byte) { return byte >= 0x80 && byte < 0xC0; };
+    for (unsigned first = 0; first < 256; ++first) {
+        for (unsigned second = 0; second < 256; ++second) {
+            const std::vector<UInt8> bytes = {static_cast<UInt8>(first), static_cast<UInt8>(second)};
+            const bool isText =
+                (first < 0x80 && second < 0x80) || (first >= 0xC2 && first < 0xE0 && isFollower(second));
+            EXPECT_EQ(Text(Decoded(bytes, kCFStringEncodingUTF8)) != nullptr, isText) << first << " " << second;
+        }
+    }
+    for (unsigned first = 0xE0; first < 0xF0; ++first) {
+        for (unsigned second = 0; second < 256; ++second) {
+            const std::vector<UInt8> bytes = {static_cast<UInt8>(first), static_cast<UInt8>(second), 0x80};
+            const unsigned codePoint = (first & 0x0F) << 12 | (second & 0x3F) << 6;
+            const bool isText = isFollower(second) && codePoint >= 0x800 && (codePoint & 0xF800) != 0xD800;
+            EXPECT_EQ(Text(Decoded(bytes, kCFStringEncodingUTF8)) != nullptr, isText) << first << " " << second;
+        }
+    }
+}
+
+void CheckCString(const Json& row, CFStringRef text) {
+    std::vector<char> buffer(row["capacity"].get<std::size_t>(), '#');
+    const bool isWritten =
+        CFStringGetCString(text, buffer.data(), static_cast<CFIndex>(buffer.size()), EncodingOf(row));
+    ASSERT_EQ(isWritten, row["ok"].get<bool>());
+    if (isWritten) {
+        const std::vector<UInt8> expected = BytesFromHex(row["bytes_with_nul"]);
+        EXPECT_EQ(std::string(buffer.data(), expected.size()), std::string(expected.begin(), expected.end()));
+    } else if (!buffer.empty()) {
+        EXPECT_EQ(buffer[0], '\0');
+    }
+}
+
+void CheckBytes(const Json& row, CFStringRef text) {
+    const CFRange range = row.contains("range") ? RangeOf(row["range"]) : WholeOf(text);
+    const std::vector<UInt8> expected = BytesFromHex(row["bytes"]);
+    std::vector<UInt8> buffer(expected.size() + 8);
+    CFIndex size = -1;
+    EXPECT_EQ(CFStringGetBytes(text, range, EncodingOf(row), row["loss_byte"].get<UInt8>(), false, buffer.data(),
+                               static_cast<CFIndex>(buffer.size()), &size),
+              row["units_converted"].get<CFIndex>());
+    ASSERT_EQ(size, static_cast<CFIndex>(expected.size()));
+    buffer.resize(expected.size());
+    EXPECT_EQ(buffer, expected);
+}
+
+void CheckExternalRepresentation(const Json& row, CFStringRef text) {
+    const Held<CFDataRef> data(
+        CFStringCreateExternalRepresentation(nullptr, text, EncodingOf(row), row["loss_byte"].get<UInt8>()));
+    ASSERT_EQ(data != nullptr, row["ok"].get<bool>());
+    if (!data) return;
+    const UInt8* bytes = CFDataGetBytePtr(data.get());
+    EXPECT_EQ(std::vector<UInt8>(bytes, bytes + CFDataGetLength(data.get())), BytesFromHex(row["bytes"]));
+}
+
+TEST(CFStringToBytes, EncodesAsMeasured) {
+    for (const Json& row : VectorsOf("encode.json")) {
+        SCOPED_TRACE(row.dump());
+        const Text text = TextOf(row, "text");
+        if (row["call"] == "get_c_string") {
+            CheckCString(row, text.get());
+        } else if (row["call"] == "get_bytes") {
+            CheckBytes(row, text.get());
+        } else {
+            CheckExternalRepresentation(row, text.get());
+        }
+    }
+}
+
+TEST(CFStringToBytes, NeverWritesPartOfACharacter) {
+    const Text text = MakeText("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
+    const struct {
+        CFIndex room, units, bytes;
+    } rows[] = {{0, 0, 0}, {1, 1, 1}, {2, 1, 1}, {3, 2, 3}, {5, 2, 3}, {6, 3, 6}, {9, 3, 6}, {10, 5, 10}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.room);
+        std::vector<UInt8> buffer(static_cast<std::size_t>(row.room));
+        UInt8 none;
+        CFIndex size = -1;
+        EXPECT_EQ(CFStringGetBytes(text.get(), WholeOf(text.get()), kCFStringEncodingUTF8, 0, false,
+                                   row.room ? buffer.data() : &none, row.room, &size),
+                  row.units);
+        EXPECT_EQ(size, row.bytes);
+    }
+    CFIndex size = -1;
+    EXPECT_EQ(CFStringGetBytes(text.get(), WholeOf(text.get()), kCFStringEncodingUTF8, 0, false, nullptr, 0, &size), 5);
+    EXPECT_EQ(size, 10);
+    EXPECT_GE(CFStringGetMaximumSizeForEncoding(CFStringGetLength(text.get()), kCFStringEncodingUTF8), size);
+}
+
+}  // namespace
+}  // namespace ZEMA

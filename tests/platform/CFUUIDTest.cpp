@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+
+#include <CoreServices/CoreServices.h>
+
+#include <bit>
+
+#include "tests/platform/Vectors.h"
+
+namespace ZEMA {
+namespace {
+
+using UUID = Held<CFUUIDRef>;
+
+constexpr const char* kSomeText = "12345678-9ABC-DEF0-1122-334455667788";
+
+UUID FromText(const char* text) {
+    return UUID(CFUUIDCreateFromString(nullptr, MakeText(text).get()));
+}
+
+TEST(CFUUID, ReadsAndWritesAsMeasured) {
+    for (const Json& row : VectorsOf("misc.json")) {
+        if (row["op"] != "uuid_from_string") continue;
+        SCOPED_TRACE(row.dump());
+        const UUID uuid(CFUUIDCreateFromString(nullptr, TextOf(row, "text").get()));
+        ASSERT_EQ(uuid != nullptr, row["ok"].get<bool>());
+        if (!uuid) continue;
+        const auto bytes = std::bit_cast<std::array<UInt8, 16>>(CFUUIDGetUUIDBytes(uuid.get()));
+        EXPECT_EQ(std::vector<UInt8>(bytes.begin(), bytes.end()), BytesFromHex(row["bytes"]));
+        const Text written(CFUUIDCreateString(nullptr, uuid.get()));
+        EXPECT_EQ(UnitsOf(written.get()), UnitsOf(row, "string"));
+    }
+}
+
+TEST(CFUUID, EqualOnesAreOneObjectWhileItLives) {
+    const UUID first = FromText(kSomeText);
+    const UUID second(CFUUIDCreateFromUUIDBytes(nullptr, CFUUIDGetUUIDBytes(first.get())));
+    EXPECT_EQ(first.get(), second.get());
+    EXPECT_EQ(CFGetRetainCount(first.get()), 2);
+    const UUID other = FromText("12345678-9ABC-DEF0-1122-334455667789");
+    EXPECT_FALSE(CFEqual(first.get(), other.get()));
+    EXPECT_FALSE(CFEqual(first.get(), MakeText(kSomeText).get()));
+}
+
+TEST(CFUUID, OneThatLivesCanBecomeConstant) {
+    const UUID held = FromText("00112233-4455-6677-8899-AABBCCDDEEFF");
+    const CFUUIDRef constant = CFUUIDGetConstantUUIDWithBytes(nullptr, 0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,
+                                                              0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF);
+    EXPECT_EQ(constant, held.get());
+    for (int i = 0; i < 5; ++i) CFRelease(constant);
+    EXPECT_GT(CFGetRetainCount(constant), 1'000'000);
+    EXPECT_EQ(FromText("00112233-4455-6677-8899-AABBCCDDEEFF").get(), constant);
+}
+
+TEST(CFUUID, ThePlatformsOwnHaveTheirValues) {
+    EXPECT_EQ(FromText("8B08C4BF-415B-11D8-B3F9-0003936726FC").get(), kMDImporterTypeID);
+    EXPECT_EQ(FromText("6EBC27C4-899C-11D8-84AE-0003936726FC").get(), kMDImporterInterfaceID);
+    EXPECT_EQ(FromText("00000000-0000-0000-C000-000000000046").get(), IUnknownUUID);
+    EXPECT_TRUE(CFEqual(kMDItemKeywords, CFSTR("kMDItemKeywords")));
+}
+
+}  // namespace
+}  // namespace ZEMA
