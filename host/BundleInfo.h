@@ -1,0 +1,27 @@
+// What a plug-in bundle says of itself in its Info.plist.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ZEMA {
+
+// One factory that a bundle offers for one plug-in type. Both UUIDs are texts of the form 8-4-4-4-12.
+struct PlugInFactory {
+    std::string type;
+    std::string factory;
+    std::string function;  // the name that the module exports
+};
+
+struct BundleInfo {
+    std::string module;                    // the path of the loadable module
+    std::vector<PlugInFactory> factories;  // at least one, in the order of the property list
+    std::string contentType;               // the first document type, or "public.data"
+};
+
+// Reads the bundle in the folder `bundle`. Null when something that a host needs is missing or wrong; `problem` then
+// says in words what.
+std::optional<BundleInfo> ReadBundleInfo(const std::string& bundle, std::string& problem);
+
+}  // namespace ZEMA
