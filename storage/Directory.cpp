@@ -1,0 +1,106 @@
+#include "storage/Directory.h"
+
+#include "storage/StorageMutex.h"
+
+namespace ZEMA {
+namespace {
+
+// Another directory may have been entered under the same name since; its entry stays.
+void EraseEntry(Directory::OpenChildren& openChildren, const String& name, const Directory* directory) {
+    const auto position = openChildren.Find(name);
+    if (position != openChildren.end() && position->second == directory) openChildren.Erase(position);
+}
+
+}  // namespace
+
+Directory::Directory(const String& name, Directory* parent)
+    : DirectoryElement(name, parent), foundPosition_(found_.end()) {
+    const StorageLock lock;
+    if (parent != nullptr) parent->openChildren_[name] = this;
+}
+
+Directory::~Directory() = default;
+
+void Directory::OnLastRelease() {
+    if (Directory* const parent = Parent()) {
+        for (const String& alias : aliases_) EraseEntry(parent->openChildren_, alias, this);
+        EraseEntry(parent->openChildren_, Name(), this);
+    }
+    DirectoryElement::OnLastRelease();
+}
+
+void AddAlias(Directory& directory, const String& alias) {
+    const StorageLock lock;
+    directory.aliases_.PushBack(alias);
+    if (Directory* const parent = directory.Parent()) parent->openChildren_[alias] = &directory;
+}
+
+ElementFlags Directory::GetFlags() {
+    return {ElementFlags::kDirectory | ElementFlags::kReadable};
+}
+
+bool Directory::SetTimes(const ElementTimes*) {
+    return false;
+}
+
+ElementTimes Directory::GetTimes() {
+    return {};
+}
+
+Directory* Directory::CreateChildObject(const String&) {
+    return nullptr;
+}
+
+bool Directory::CreateDirectory(const String&) {
+    return false;
+}
+
+File* Directory::OpenFile(const String&, const AccessStyle*, bool, const std::uint64_t*) {
+    return nullptr;
+}
+
+bool Directory::Remove(const String&, bool) {
+    return false;
+}
+
+bool Directory::Rename(const String& oldName, const String& newName) {
+    return Move(oldName, this, newName, false, false);
+}
+
+bool Directory::Move(const String& name, Directory* target, const String& newName, bool overwrite, bool force) {
+    return Copy(name, target, newName, overwrite, force) && Remove(name, true);
+}
+
+bool Directory::GetChildFlags(const String&, ElementFlags*) {
+    return false;
+}
+
+bool Directory::SetChildFlags(const String&, const ElementFlags*) {
+    return false;
+}
+
+bool Directory::GetChildTimes(const String&, ElementTimes*) {
+    return false;
+}
+
+bool Directory::SetChildTimes(const String&, const ElementTimes*) {
+    return false;
+}
+
+bool Directory::IsEmpty() {
+    return true;
+}
+
+bool Directory::HasDirectoryPath(const BasicArray<String>&) {
+    return false;
+}
+
+bool Directory::HasFile(const String&) {
+    return false;
+}
+
+bool Directory::List(const String&, Listing*) {
+    return false;
+}
+
+}  // namespace ZEMA
