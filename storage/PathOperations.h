@@ -4,6 +4,8 @@
 #include <cstdint>
 
 #include "storage/Directory.h"
+#include "storage/MatchPattern.h"
+#include "storage/PathComponents.h"
 
 namespace ZEMA {
 
@@ -12,12 +14,17 @@ namespace ZEMA {
 // directories, through the storage, and through archives, which are mounted on the way. Names are compared without
 // regard to case.
 //
-// Every operation takes StorageMutex for its whole run; failure is null or false.
+// Every operation takes StorageMutex for its whole run; failure is null or false. Storage factories are asked with the
+// lock held and may follow paths themselves; see ResolutionMemo for what a path of many missing components costs.
 
 // The root of the tree, made on first use and kept by the object registry.
 RefPointer<Directory> GetRootDirectory();
 
-// With `create`, missing levels are made one by one.
+// Follows the components through open directories alone and takes those that it followed off the list. Null when ".."
+// leads above the top.
+RefPointer<Directory> FindOpenDirectory(Directory& directory, BasicArray<String>& components);
+
+// With `create`, missing levels are made one by one, below the deepest one that the path leads to.
 RefPointer<Directory> OpenDirectory(Directory& directory, const String& path, bool create);
 RefPointer<Directory> OpenDirectory(Directory& directory, const BasicArray<String>& components, bool create);
 
@@ -43,15 +50,5 @@ bool SetChildFlags(Directory& directory, const BasicArray<String>& components, c
 // same name, so a mounted archive is listed as a directory. The answer is that of the directory's own List.
 bool List(Directory& directory, const String& patternPath, Listing* listing);
 bool List(Directory& directory, const BasicArray<String>& components, Listing* listing);
-
-// Splits at "/"; empty components are kept, and the empty path has none.
-void SplitPath(const String& path, BasicArray<String>& components);
-
-// Drops "." and resolves ".." against the component before it; a ".." with none before it stays.
-void NormalizeComponents(BasicArray<String>& components);
-
-// Whether a name matches a pattern whose only wildcard is "*", ignoring case. Between stars the first occurrence is
-// taken and never reconsidered, so the pattern "*a" does not match "aba".
-bool MatchPattern(const String& name, const String& pattern);
 
 }  // namespace ZEMA

@@ -6,6 +6,8 @@
 
 namespace ZEMA {
 
+inline constexpr unsigned long kRootDirectoryKey = 0x53544F52;  // 'STOR', in the object registry
+
 // Has no name and no storage: its only content is the volumes among its open children, so nothing can be made, opened,
 // renamed or removed in it.
 class RootDirectory : public Directory {
