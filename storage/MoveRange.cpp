@@ -1,0 +1,55 @@
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "storage/File.h"
+#include "storage/StorageMutex.h"
+
+namespace ZEMA {
+namespace {
+
+constexpr std::uint64_t kChunkSize = 0x20000;
+
+struct Move {
+    File& file;
+    std::uint64_t from;
+    std::uint64_t to;
+
+    bool Chunk(std::uint64_t offset, std::uint64_t size, unsigned char* buffer) const {
+        return ReadAt(file, from + offset, size, buffer) && WriteAt(file, to + offset, size, buffer);
+    }
+};
+
+}  // namespace
+
+bool MoveRange(File& file, std::uint64_t from, std::uint64_t to, std::uint64_t length) {
+    if (length > std::numeric_limits<std::uint64_t>::max() - std::max(from, to)) return false;
+    const StorageLock lock;
+    if (GetSize(file) < to + length && !SetSize(file, to + length)) return false;
+    if (length == 0) return true;
+
+    // Archives are written back while their last reference goes, where nothing may be thrown.
+    const std::uint64_t chunk = std::min(length, kChunkSize);
+    const std::unique_ptr<unsigned char[]> buffer(new (std::nothrow) unsigned char[chunk]);
+    if (!buffer) return false;
+
+    // Away from the end that the range grows over, so that no byte is overwritten before it was read.
+    const Move move{file, from, to};
+    if (from < to) {
+        for (std::uint64_t left = length; left > 0;) {
+            const std::uint64_t size = std::min(left, chunk);
+            left -= size;
+            if (!move.Chunk(left, size, buffer.get())) return false;
+        }
+        return true;
+    }
+    for (std::uint64_t offset = 0; offset < length;) {
+        const std::uint64_t size = std::min(length - offset, chunk);
+        if (!move.Chunk(offset, size, buffer.get())) return false;
+        offset += size;
+    }
+    return true;
+}
+
+}  // namespace ZEMA
