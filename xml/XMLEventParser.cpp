@@ -12,7 +12,7 @@
 namespace ZEMA {
 
 // The functions that the parser calls. It may still call one after it has been stopped.
-struct XMLEventParser::Handlers {
+struct XMLEventParser::Callbacks {
     static void XMLCALL Start(void* self, const XML_Char* name, const XML_Char** attributes) {
         Guard(self, [&](XMLEventParser& events) { events.StartElement(name, attributes); });
     }
@@ -46,8 +46,8 @@ bool XMLEventParser::Parse(const AString& text) {
     if (!parser) throw std::bad_alloc();
     parser_ = parser.get();
     XML_SetUserData(parser_, this);
-    XML_SetElementHandler(parser_, Handlers::Start, Handlers::End);
-    DeliverText(true);
+    XML_SetElementHandler(parser_, Callbacks::Start, Callbacks::End);
+    DeliverText(deliversText_);
     const XML_Status status = XML_Parse(parser_, text.Data(), static_cast<int>(text.Length()), XML_TRUE);
     parser_ = nullptr;
     parser.reset();
@@ -60,7 +60,8 @@ void XMLEventParser::Stop() {
 }
 
 void XMLEventParser::DeliverText(bool wanted) {
-    XML_SetCharacterDataHandler(parser_, wanted ? Handlers::Characters : nullptr);
+    deliversText_ = wanted;
+    if (parser_ != nullptr) XML_SetCharacterDataHandler(parser_, wanted ? Callbacks::Characters : nullptr);
 }
 
 }  // namespace ZEMA

@@ -32,7 +32,7 @@ protected:
 
     // From an operation only. The parser may still close an element without content.
     void Stop();
-    // From an operation only: whether character data is wanted from here on. It is until this says otherwise.
+    // Whether character data is wanted from here on, as it is at first.
     void DeliverText(bool wanted);
 
     // `attributes` alternates names and values, in document order, and ends with null; no name comes twice.
@@ -42,9 +42,10 @@ protected:
     virtual void CharacterData(std::string_view bytes) = 0;
 
 private:
-    struct Handlers;
+    struct Callbacks;
 
     XML_ParserStruct* parser_ = nullptr;  // while Parse runs
+    bool deliversText_ = true;
     std::exception_ptr failure_;
 };
 
