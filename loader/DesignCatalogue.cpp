@@ -57,6 +57,15 @@ constexpr DesignCorrection kSecondCorrections[] = {
     {93185, 0.14F, 0.002F, 0},
     {93418, -0.054F, 0, 0},
 };
+
+constexpr LegacyCorrection kLegacyCorrections[] = {
+    {45310, 0, 38, 0},
+    {45627, 47914, 0, 0},
+    {46083, 48250, 0, 0},
+    {46541, 0, 38, 0},
+    {47914, 0, 38, 3},  // a successor that is itself corrected
+    {49176, 0, 39, 0},
+};
 // clang-format on
 
 template <class Rows, class Key = std::identity>
@@ -93,6 +102,10 @@ std::span<const DesignCorrection> SecondCorrections() {
     return kSecondCorrections;
 }
 
+std::span<const LegacyCorrection> LegacyCorrections() {
+    return kLegacyCorrections;
+}
+
 std::uint32_t SubstituteDesign(std::uint32_t design) {
     const DesignSubstitution* row = Find(DesignSubstitutions(), design, &DesignSubstitution::oldDesign);
     return row == nullptr ? design : row->newDesign;
@@ -100,6 +113,11 @@ std::uint32_t SubstituteDesign(std::uint32_t design) {
 
 bool NeedsFirstCorrection(std::uint32_t design) {
     return std::ranges::binary_search(kFirstCorrections, design);
+}
+
+const LegacyCorrection* FindLegacyCorrection(std::uint32_t design) {
+    const auto row = std::ranges::find(kLegacyCorrections, design, &LegacyCorrection::design);
+    return row == std::end(kLegacyCorrections) ? nullptr : row;
 }
 
 const DesignCorrection* FindSecondCorrection(std::uint32_t design) {

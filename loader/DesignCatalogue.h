@@ -28,6 +28,17 @@ struct DesignCorrection {
     float angle;  // radians; 0 does not turn
 };
 
+// What documents of format 4 with old brick sets have wrong about a design: it has a successor, or, until the brick set
+// of that version, it stands off by kLegacyOffset along its own x axis.
+struct LegacyCorrection {
+    std::uint32_t design;
+    std::uint32_t successor;  // 0 where the placement is wrong
+    std::uint32_t fixedInMajor;
+    std::uint32_t fixedInMinor;
+};
+
+inline constexpr float kLegacyOffset = -0.8F;
+
 // The tables, ascending by the (old) design.
 std::span<const DesignSubstitution> DesignSubstitutions();
 const DesignSplit& CombinedDesign();
@@ -38,6 +49,12 @@ std::span<const DesignCorrection> SecondCorrections();
 std::uint32_t SubstituteDesign(std::uint32_t design);
 
 bool NeedsFirstCorrection(std::uint32_t design);
+
+// In the order of testing: the first row of a design counts, and a successor is not looked up again.
+std::span<const LegacyCorrection> LegacyCorrections();
+
+// Null when the design needs none.
+const LegacyCorrection* FindLegacyCorrection(std::uint32_t design);
 
 // Null when the design needs none.
 const DesignCorrection* FindSecondCorrection(std::uint32_t design);

@@ -7,12 +7,13 @@
 
 namespace ZEMA {
 
-// Reads a document while it is being parsed, without a tree of it. Every problem of the content makes the load fail, but
-// the document is read to its end, so that all of them are found.
+// Reads a document while it is being parsed, without a tree of it. Every problem of the content makes the load fail,
+// but the document is read to its end, so that all of them are found.
 class ModelLoaderWQFML4 : public ModelLoaderStorageScene {
 public:
-    static constexpr std::uint32_t kSkipJoints = 1;             // reads no "Joint" element
-    static constexpr std::uint32_t kAllowUnknownCameras = 2;    // instructions and steps may name cameras that are not there
+    static constexpr std::uint32_t kSkipJoints = 1;  // reads no "Joint" element
+    static constexpr std::uint32_t kAllowUnknownCameras =
+        2;  // instructions and steps may name cameras that are not there
 
     ModelLoaderWQFML4();
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <exception>
 #include <string_view>
 
 #include "core/BasicArray.h"
@@ -15,31 +14,35 @@
 #include "loader/ModelLoaderWQFML4Attributes.h"
 #include "loader/Version.h"
 #include "scene/StorageScene.h"
-
-struct XML_ParserStruct;
+#include "xml/XMLEventParser.h"
 
 namespace ZEMA::WQFML4 {
 
-struct ParseState;
+class ParseState;
 
-// A handler sees the element and may switch to others for what follows. `name` is the element's.
+// An element that pushes handlers has what is in it read by them: the first for each start tag, the second for each end
+// tag, which pops both again at the element's own.
 using StartHandler = void (*)(ParseState& state, std::string_view name, Attributes attributes);
 using EndHandler = void (*)(ParseState& state, std::string_view name);
 using Handlers = Pair<StartHandler, EndHandler>;
 
-// An element that pushes handlers has its content read by them; their end handler pops them again.
+// Calls the handlers on top of a stack, which mirrors how the elements nest, and keeps what they share.
 //
 // The maps find objects by the identifiers that the document gives them; a later object takes the place of an earlier
 // one. Plain pointers name objects that the scene owns.
-struct ParseState {
-    RefPointer<StorageScene> scene;
-    std::uint32_t options = 0;
-    ModelLoaderWQFML4* loader = nullptr;  // which runs this load; receives the errors
-    XML_ParserStruct* parser = nullptr;
-    IndexBudget* indexBudget = nullptr;  // the loader's
+class ParseState : public XMLEventParser {
+public:
+    ParseState(ModelLoaderWQFML4& owner, StorageScene* target, std::uint32_t optionBits, IndexBudget& budget);
+    ~ParseState() override;
 
-    std::uint32_t rootCount = 0;  // "WQFML" elements at document level
-    Version brickSetVersion;      // zero until the document gives one
+    using XMLEventParser::Parse;
+
+    RefPointer<StorageScene> scene;
+    const std::uint32_t options;
+    ModelLoaderWQFML4* const loader;              // runs this load and receives the errors
+    IndexBudget& indexBudget;                     // the loader's
+    std::uint32_t rootCount = 0;                  // "WQFML" elements at document level
+    Version brickSetVersion;                      // zero until the document gives one
     BasicDeque<StorageScene::BIStep*> stepStack;  // the open steps, innermost last
     BasicMap<unsigned long, StorageScene2::Camera*> cameraMap;
     BasicMap<unsigned long, StorageScene::Rigid*> rigidMap;
@@ -47,35 +50,29 @@ struct ParseState {
     BasicMap<unsigned long, StorageScene::Assembly*> assemblyMap;
     BasicMap<unsigned long, StorageScene::Flex*> flexMap;
     BasicArray<StorageScene::Flex*> flexes;  // in the order in which they were made
-    BasicDeque<Handlers> handlerStack;       // the top ones are called
-
-    void PushHandlers(const Handlers& handlers) { handlerStack.PushBack(handlers); }
-    void PopHandlers() { handlerStack.PopBack(); }
-    void PopHandlersOn(std::string_view expected, std::string_view name);
-    // Ignores the element with all its content.
-    void Skip();
-
-    // From here on character data goes to the value of the last metadata entry, until it ends. The value is set at the
-    // end: the parser hands text out in pieces, as small as one byte.
-    void BeginText();
-    void EndText();
 
     bool HasOption(std::uint32_t option) const { return (options & option) != 0; }
     StorageScene::Model& CurrentModel() { return scene->models.Back(); }
 
-    // Parses the whole text. What a handler throws stops the parser, and goes on when the parser has been left.
-    bool Parse(const AString& text);
+    void PushHandlers(const Handlers& handlers) { handlerStack.PushBack(handlers); }
+    void PopHandlers() { handlerStack.PopBack(); }
+    // For end handlers: pops only at the end tag of `element`. Children that pushed nothing end there too.
+    void PopHandlersAt(std::string_view element, std::string_view name);
+    // Ignores the element that starts, with all its content.
+    void Skip();
+
+    // Character data is gathered for the value of the last metadata entry from here until EndText, which sets it.
+    void BeginText();
+    void EndText();
 
 private:
-    template <class Handler>
-    void Guard(Handler handler) noexcept;
-    static void OnStart(void* state, const char* name, const char** attributes);
-    static void OnEnd(void* state, const char* name);
-    static void OnCharacters(void* state, const char* bytes, int length);
+    void StartElement(std::string_view name, const char** attributes) override;
+    void EndElement(std::string_view name) override;
+    void CharacterData(std::string_view bytes) override;
 
-    bool readsText_ = false;
-    AString text_;  // of the metadata entry, so far
-    std::exception_ptr failure_;
+    BasicDeque<Handlers> handlerStack;
+    bool gathersText_ = false;
+    AString text_;  // gathered so far
 };
 
 // The object that an identifier stands for, or null.
@@ -85,17 +82,13 @@ T* Find(const BasicMap<unsigned long, T*>& objects, std::uint32_t refID) {
     return position == objects.end() ? nullptr : position->second;
 }
 
-// By the element whose content they read.
+// Named by what they read the content of.
 extern const Handlers kDocument;
-extern const Handlers kSkipped;
 extern const Handlers kMeta;
 extern const Handlers kCameras;
 extern const Handlers kScene;
 extern const Handlers kJoint;
 extern const Handlers kGroup;
 extern const Handlers kBuildingInstructions;
-
-// Appends the joint that the element describes to the current model.
-void StartJoint(ParseState& state, Attributes attributes);
 
 }  // namespace ZEMA::WQFML4
