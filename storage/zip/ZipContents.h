@@ -1,0 +1,41 @@
+// The contents of an archive member on their way from the archive into memory and back.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+#include "storage/File.h"
+#include "storage/zip/ZipFileHeader.h"
+
+namespace ZEMA {
+
+struct FreeBlock {
+    void operator()(void* block) const { std::free(block); }
+};
+using MallocBytes = std::unique_ptr<unsigned char, FreeBlock>;
+
+// Whether the archive can hold what the member claims: compressed bytes that lie inside the file, and no more contents
+// than they can unpack to. Asked before anything of a size from the archive is allocated. The data offset is known.
+[[nodiscard]] bool ClaimsPlausibleSize(const ZipFileHeader& member, std::uint64_t archiveSize);
+
+// Brings the contents into segments, unless they are there or the member is empty. False, with no segments, for an
+// encrypted member, for data that does not unpack, and when memory runs out. Neither the checksum nor the unpacked
+// length is compared; bytes that the data does not give are zero.
+[[nodiscard]] bool LoadContents(File& archive, ZipFileHeader& member);
+
+// Contents ready to be written into the archive.
+struct PackedContents {
+    std::uint16_t method = 0;
+    std::uint32_t crc32 = 0;
+    std::uint32_t size = 0;  // in the archive
+    MallocBytes bytes;       // null: the segments are stored as they are
+};
+
+// Deflates the contents, or leaves them stored where that would not make them fit. False when memory runs out.
+[[nodiscard]] bool PackContents(const ZipFileHeader& member, PackedContents& packed);
+
+// Writes packed contents at the member's data offset.
+[[nodiscard]] bool WritePackedContents(File& archive, const ZipFileHeader& member, const PackedContents& packed);
+
+}  // namespace ZEMA

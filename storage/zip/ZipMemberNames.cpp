@@ -1,0 +1,100 @@
+#include "storage/zip/ZipMemberNames.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "core/BasicArray.h"
+#include "storage/zip/ZipFormat.h"
+
+namespace ZEMA {
+
+namespace {
+
+// The text of one part of a name; the empty text when it cannot be decoded.
+String DecodePart(std::string_view bytes) {
+    String text;
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    const bool ascii = std::none_of(bytes.begin(), bytes.end(), [](char byte) { return (byte & 0x80) != 0; });
+    if (ascii) {
+        text.AssignBytes(bytes.data(), length);
+    } else {
+        text.FromBytes(TextEncoding::Utf8, bytes.data(), length);
+    }
+    return text;
+}
+
+// Whether a part that can be decoded may be a name in the tree.
+bool IsUsablePart(std::string_view bytes) {
+    return !bytes.empty() && bytes != "." && bytes != ".." && bytes.find('\0') == std::string_view::npos;
+}
+
+enum class PathKind { Usable, Unusable, Broken };
+
+// Cuts a path, each part of which is followed by "/", into its parts.
+PathKind DecodePath(std::string_view path, BasicArray<String>& parts) {
+    PathKind kind = PathKind::Usable;
+    bool hasEmptyPart = false;
+    while (!path.empty()) {
+        const std::string_view part = path.substr(0, path.find('/'));
+        path.remove_prefix(part.size() + 1);
+        parts.PushBack(DecodePart(part));
+        if (part.empty()) {
+            hasEmptyPart = true;
+        } else if (parts.Back().IsEmpty()) {
+            return PathKind::Unusable;  // no text, so nothing can be said of its parts
+        } else if (!IsUsablePart(part)) {
+            kind = PathKind::Unusable;
+        }
+    }
+    return hasEmptyPart ? PathKind::Broken : kind;
+}
+
+}  // namespace
+
+bool ZipNamePlacer::Place(std::string_view name, ZipFileHeader& member) {
+    const std::string_view path = name.substr(0, name.rfind('/') + 1);  // npos + 1 is 0
+    const std::string_view last = name.substr(path.size());
+    const String lastName = DecodePart(last);
+    if (!last.empty() && lastName.IsEmpty()) return true;
+    const bool usable = last.empty() ? !path.empty() : IsUsablePart(last);
+
+    if (path != lastPath_.View()) {
+        BasicArray<String> parts;
+        const PathKind kind = DecodePath(path, parts);
+        if (kind == PathKind::Broken) return false;
+        if (kind == PathKind::Unusable || !usable) return true;
+        ZipTreeNode* folder = &root_;
+        for (const String& part : parts) folder = &GetOrAddChild(*folder, part, nullptr);
+        lastPath_.Assign(path.data(), static_cast<std::uint32_t>(path.size()));
+        lastFolder_ = folder;
+    }
+    if (!usable) return true;
+    member.elementFlags.Set(ElementFlags::kDirectory, last.empty());
+    if (last.empty()) {
+        lastFolder_->SetHeader(&member);
+    } else {
+        GetOrAddChild(*lastFolder_, lastName, &member);
+    }
+    return true;
+}
+
+bool BuildMemberName(const ZipTreeNode& parent, const String& name, bool directory, AString& path) {
+    const AString last = name.ToAString();
+    if (!IsUsablePart(last.View()) || last.View().find('/') != std::string_view::npos) return false;
+    BasicArray<const ZipTreeNode*> folders;
+    for (const ZipTreeNode* node = &parent; node->Parent() != nullptr; node = node->Parent()) folders.PushBack(node);
+
+    path = AString();
+    while (!folders.Empty()) {
+        const AString part = folders.Back()->Name().ToAString();
+        folders.PopBack();
+        path.Append(part);
+        path.Append("/", 1);
+        if (path.Length() > kMaxNameLength) return false;
+    }
+    path.Append(last);
+    if (directory) path.Append("/", 1);
+    return path.Length() <= kMaxNameLength;
+}
+
+}  // namespace ZEMA

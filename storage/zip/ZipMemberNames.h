@@ -1,0 +1,35 @@
+// Names of archive members: from bytes into the tree, and from the tree into bytes.
+#pragma once
+
+#include <string_view>
+
+#include "core/AString.h"
+#include "core/String.h"
+#include "storage/zip/ZipTreeNode.h"
+
+namespace ZEMA {
+
+// Enters the members of an archive in its tree, in the order of the central directory.
+//
+// A name is ASCII or else UTF-8 text. Each part before a "/" is a directory, made where it is missing; what follows the
+// last "/" is a file, unless a node of that name is there already; nothing behind it makes the member the directory's
+// own. A member gets no node when its name cannot be decoded or is empty, or when a part is "." or ".." or holds a zero
+// character: no path reaches such a name, and copying it out of the archive would lead astray.
+class ZipNamePlacer {
+public:
+    explicit ZipNamePlacer(ZipTreeNode& root) : root_(root), lastFolder_(&root) {}
+
+    // False for a name that no archive may hold: one with an empty part before a "/".
+    [[nodiscard]] bool Place(std::string_view name, ZipFileHeader& member);
+
+private:
+    ZipTreeNode& root_;
+    AString lastPath_;         // with its "/": members of one directory mostly stand together
+    ZipTreeNode* lastFolder_;  // where that path leads
+};
+
+// The stored name of a new member: its path inside the archive as UTF-8, with a "/" at the end for a directory. False
+// when `name` cannot be one part of a path, or when the whole is too long.
+[[nodiscard]] bool BuildMemberName(const ZipTreeNode& parent, const String& name, bool directory, AString& path);
+
+}  // namespace ZEMA
