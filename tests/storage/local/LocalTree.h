@@ -1,0 +1,52 @@
+// The storage tree over a temporary folder.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "platform/Foundation/NSPathUtilities.h"
+#include "registry/ObjectFactory.h"
+#include "registry/ObjectRegistry.h"
+#include "storage/MacOSXDirectory.h"
+#include "storage/MacOSXStorageFactory.h"
+#include "storage/PathOperations.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZEMA {
+
+inline String Name(const std::string& utf8) {
+    return String(Foundation::StringWithFileSystemRepresentation(utf8).Get());
+}
+
+inline mode_t ModeOf(const std::string& path) {
+    struct stat status = {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777;
+}
+
+// Stands while the local file system is mounted; `folder` is open as `directory`.
+struct LocalTree {
+    LocalTree() {
+        EXPECT_TRUE(ObjectFactory::Instance()->Register(&typeid(MacOSXDirectory), factory.Get(), &typeid(Directory)));
+        directory = Open(folder.Path().string());
+    }
+    ~LocalTree() {
+        directory.Reset();
+        ObjectRegistry::Instance()->RemoveAll();
+    }
+    static RefPointer<Directory> Open(const std::string& nativePath) {
+        return OpenDirectory(*GetRootDirectory(), Name("file" + nativePath), false);
+    }
+    RefPointer<File> OpenFile(const char* name, const AccessStyle& style, bool create = false) const {
+        return RefPointer<File>(directory->OpenFile(name, &style, create, nullptr));
+    }
+
+    testing::TemporaryFolder folder;
+    RefPointer<MacOSXStorageFactory> factory = New<MacOSXStorageFactory>();
+    RefPointer<Directory> directory;
+};
+
+}  // namespace ZEMA

@@ -1,0 +1,112 @@
+#include "storage/MacOSXAttributes.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <utility>
+
+#include "tests/storage/local/LocalTree.h"
+
+namespace ZEMA {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kTicksPerSecond = 10'000'000;
+
+// Makes a file or a folder of that mode under the name "item".
+void MakeItem(const testing::TemporaryFolder& folder, bool isDirectory, mode_t mode) {
+    isDirectory ? void(fs::create_directory(folder / "item")) : void(folder.Write("item", ""));
+    ASSERT_EQ(chmod((folder / "item").c_str(), mode), 0);
+}
+
+TEST(MacOSXAttributes, ReadsFlagsFromTheOwnersPermissions) {
+    const struct {
+        bool isDirectory;
+        mode_t mode;
+        std::uint8_t before;
+        std::uint8_t flags;
+    } rows[] = {
+        {false, 0644, 0x00, 0x0E}, {true, 0755, 0x00, 0x2F},  {false, 0400, 0x00, 0x02}, {false, 0100, 0x00, 0x20},
+        {false, 0077, 0x00, 0x00}, {false, 0400, 0xFF, 0xC2}, {true, 0500, 0x90, 0xA3},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(::testing::Message() << (row.isDirectory ? "folder " : "file ") << std::oct << row.mode);
+        const LocalTree tree;
+        MakeItem(tree.folder, row.isDirectory, row.mode);
+        ElementFlags flags{row.before};
+        EXPECT_TRUE(tree.directory->GetChildFlags("item", &flags));
+        EXPECT_EQ(flags.bits, row.flags);
+    }
+    const LocalTree tree;
+    fs::create_symlink("nowhere", tree.folder / "dangling");
+    ElementFlags flags{0x55};
+    EXPECT_FALSE(tree.directory->GetChildFlags("missing", &flags));
+    EXPECT_FALSE(tree.directory->GetChildFlags("dangling", &flags));
+    EXPECT_EQ(flags.bits, 0x55);
+}
+
+TEST(MacOSXAttributes, WritesThemBackAndLeavesTheOthersAlone) {
+    const struct {
+        const char* what;
+        bool isDirectory;
+        mode_t before;
+        std::uint8_t flags;
+        mode_t after;
+    } rows[] = {
+        {"directory, nothing else", true, 0755, 0x01, 0155},
+        {"entries writable makes a directory writable", true, 0555, 0x09, 0355},
+        {"and no file", false, 0644, 0x08, 0044},
+        {"readable and executable", false, 0204, 0x22, 0504},
+        {"writable", false, 0, 0x04, 0200},
+        {"the bits above the permissions stay", true, 01777, 0x03, 01577},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LocalTree tree;
+        MakeItem(tree.folder, row.isDirectory, row.before);
+        const ElementFlags flags{row.flags};
+        EXPECT_TRUE(tree.directory->SetChildFlags("item", &flags));
+        EXPECT_EQ(ModeOf(tree.folder / "item"), row.after);
+        EXPECT_FALSE(tree.directory->SetChildFlags("missing", &flags));
+    }
+}
+
+TEST(MacOSXAttributes, WritesTwoTimesAndReadsThree) {
+    const LocalTree tree;
+    tree.folder.Write("file", "");
+    // A whole second comes back exactly, a finer tick as near as doubles since 1601 come.
+    for (const std::uint64_t ticks : {133'000'000'000'000'000ull, 133'000'000'001'234'567ull}) {
+        const ElementTimes written{ticks - kTicksPerSecond, ticks, 5};
+        ASSERT_TRUE(tree.directory->SetChildTimes("file", &written));
+        ElementTimes times;
+        ASSERT_TRUE(tree.directory->GetChildTimes("file", &times));
+        EXPECT_NEAR(static_cast<double>(times.modified) - static_cast<double>(ticks), 0,
+                    ticks % kTicksPerSecond == 0 ? 0 : 20);
+        EXPECT_EQ(times.accessed, times.modified);
+        EXPECT_EQ(tree.OpenFile("file", kReadStyle)->GetTimes(), times);
+    }
+    ElementTimes times{1, 2, 3};
+    EXPECT_FALSE(tree.directory->GetChildTimes("missing", &times));
+    EXPECT_EQ(times, (ElementTimes{1, 2, 3}));
+    EXPECT_FALSE(tree.directory->SetChildTimes("missing", &times));
+}
+
+TEST(MacOSXAttributes, CountsTicksFromTheStartOf1601InTheDefaultTimeZone) {
+    const LocalTree tree;
+    const timespec epoch[] = {{0, 0}, {0, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, tree.folder.Write("file", "").c_str(), epoch, 0), 0);
+    const char* const zone = getenv("TZ");
+    const std::string before = zone == nullptr ? "" : zone;
+    for (const auto& [name, seconds] : {std::pair{"UTC", 11644473600ull}, {"Europe/Berlin", 11644476808ull}}) {
+        setenv("TZ", name, 1);
+        ElementTimes times;
+        EXPECT_TRUE(tree.directory->GetChildTimes("file", &times));
+        EXPECT_EQ(times.modified, seconds * kTicksPerSecond);
+    }
+    zone == nullptr ? unsetenv("TZ") : setenv("TZ", before.c_str(), 1);
+}
+
+}  // namespace
+}  // namespace ZEMA

@@ -1,0 +1,162 @@
+#include "storage/MacOSXDirectory.h"
+
+#include <filesystem>
+#include <vector>
+
+#include "tests/storage/local/LocalTree.h"
+
+namespace ZEMA {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(MacOSXDirectory, CreatesAndCutsFiles) {
+    const LocalTree tree;
+    const mode_t mask = umask(022);
+    chmod(tree.folder.Write("locked", "text").c_str(), 0400);
+    fs::create_directory(tree.folder / "folder");
+    EXPECT_FALSE(tree.OpenFile("new", kReadWriteStyle));
+    EXPECT_TRUE(tree.OpenFile("new", kReadWriteStyle, true));
+    EXPECT_FALSE(tree.OpenFile("folder", kReadWriteStyle, true));
+    EXPECT_FALSE(tree.OpenFile("folder", kReadStyle));
+
+    EXPECT_EQ(GetSize(*tree.OpenFile("locked", kReadStyle, true)), 4u) << "it opens: nothing to create";
+    EXPECT_EQ(GetSize(*tree.OpenFile("locked", kReadWriteStyle, true)), 0u) << "it does not: a new file in its place";
+    EXPECT_EQ(ModeOf(tree.folder / "locked"), 0644u);
+    umask(mask);
+
+    tree.folder.Write("new", "0123456789");
+    const std::uint64_t size = 4;
+    const RefPointer<File> file(tree.directory->OpenFile("new", &kReadWriteStyle, false, &size));
+    EXPECT_EQ(GetPosition(*file), 0u);
+    EXPECT_EQ(tree.folder.Read("new"), "0123");
+    EXPECT_EQ(tree.directory->OpenFile("new", &kReadStyle, false, &size), nullptr);
+
+    EXPECT_TRUE(tree.directory->CreateDirectory("made"));
+    EXPECT_FALSE(tree.directory->CreateDirectory("made"));
+    EXPECT_FALSE(tree.directory->CreateDirectory("missing/made"));
+}
+
+TEST(MacOSXDirectory, RemovesOnlyWhatNobodyHasOpen) {
+    const LocalTree tree;
+    fs::create_directories(tree.folder / "folder/below");
+    fs::create_directory_symlink("folder", tree.folder / "link");
+    tree.folder.Write("file", "");
+    const RefPointer<Directory> below = tree.Open(tree.folder / "folder/below");
+    RefPointer<File> first = tree.OpenFile("file", kReadStyle);
+    RefPointer<File> second = tree.OpenFile("file", kReadStyle);
+    EXPECT_FALSE(tree.directory->Remove("file", true));
+    first.Reset();
+    EXPECT_FALSE(tree.directory->Remove("file", true)) << "one is left";
+    second.Reset();
+    EXPECT_TRUE(tree.directory->Remove("file", true));
+    EXPECT_FALSE(tree.directory->Remove("file", false));
+    EXPECT_FALSE(tree.directory->Remove("", true)) << "itself";
+
+    EXPECT_TRUE(tree.directory->Remove("link", true));
+    EXPECT_FALSE(tree.directory->Remove("folder", true)) << "open on the way to what is below";
+    EXPECT_FALSE(GetParent(*below)->Remove("below", true));
+    EXPECT_TRUE(fs::exists(tree.folder / "folder/below"));
+}
+
+TEST(MacOSXDirectory, ForceMakesTheTreeWritableFirst) {
+    if (geteuid() == 0) GTEST_SKIP() << "permissions do not bind root";
+    const LocalTree tree;
+    for (const char* name : {"folder", "folder/a", "folder/a/b"}) fs::create_directory(tree.folder / name);
+    tree.folder.Write("folder/a/b/file", "");
+    for (const char* name : {"folder/a/b", "folder/a", "folder"}) chmod((tree.folder / name).c_str(), 0555);
+    EXPECT_FALSE(tree.directory->Remove("folder", false));
+    EXPECT_TRUE(tree.directory->Remove("folder", true));
+    EXPECT_FALSE(fs::exists(tree.folder / "folder"));
+}
+
+TEST(MacOSXDirectory, RenamesToFreeNames) {
+    const LocalTree tree;
+    tree.folder.Write("a", "text");
+    tree.folder.Write("b", "");
+    EXPECT_FALSE(tree.directory->Rename("a", "b"));
+    EXPECT_TRUE(tree.directory->Rename("a", "c"));
+    EXPECT_FALSE(tree.directory->Rename("a", "d"));
+    EXPECT_EQ(tree.folder.Read("c"), "text");
+}
+
+TEST(MacOSXDirectory, ListsWithFlagsTimesAndSizes) {
+    const LocalTree tree;
+    Listing listing;
+    EXPECT_FALSE(tree.directory->List("*", &listing)) << "of an empty directory";
+    EXPECT_FALSE(tree.directory->IsEmpty()) << "its contents can be read";
+
+    chmod(tree.folder.Write("image.PNG", "12345").c_str(), 0600);
+    fs::create_directory(tree.folder / "images");
+    chmod((tree.folder / "images").c_str(), 0700);
+    tree.folder.Write("other", "");
+    tree.folder.Write("imag\xE9", "");  // no name in this tree
+    fs::create_symlink("image.PNG", tree.folder / "image-link");
+    EXPECT_TRUE(tree.directory->List("IMAG*", &listing));
+    const struct {
+        const char* name;
+        std::uint8_t flags;
+        std::uint64_t size;
+    } rows[] = {{"image-link", 0x2E, 9}, {"image.PNG", 0x0E, 5}, {"images", 0x2F, 0}};
+    ASSERT_EQ(listing.Size(), std::size(rows));
+    auto entry = listing.begin();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(entry->name, String(row.name));
+        EXPECT_EQ(entry->flags.bits, row.flags);
+        EXPECT_EQ(entry->size, row.size);
+        ElementTimes times;
+        EXPECT_TRUE(tree.directory->GetChildTimes(row.name, &times));
+        EXPECT_EQ(entry->times, times);
+        ++entry;
+    }
+    EXPECT_TRUE(tree.directory->List("none*", &listing)) << "it is not empty";
+
+    const RefPointer<Directory> gone(tree.directory->CreateChildObject("missing"));
+    EXPECT_TRUE(gone->IsEmpty());
+    EXPECT_FALSE(gone->List("*", &listing));
+    EXPECT_EQ(gone->GetFlags().bits, 0);
+}
+
+TEST(MacOSXDirectory, TellsDirectoriesFromFiles) {
+    const LocalTree tree;
+    fs::create_directories(tree.folder / "a/b");
+    tree.folder.Write("a/file", "");
+    fs::create_directory_symlink("a", tree.folder / "link");
+    const struct {
+        std::vector<const char*> path;
+        bool isDirectory;
+    } rows[] = {
+        {{}, true},          {{"a", "b"}, true},     {{"", "a", "", "b", ""}, true}, {{"link", "b"}, true},
+        {{"a", "c"}, false}, {{"a", "file"}, false}, {{"a", "file", "x"}, false},
+    };
+    for (const auto& row : rows) {
+        BasicArray<String> components;
+        for (const char* component : row.path) components.PushBack(component);
+        EXPECT_EQ(tree.directory->HasDirectoryPath(components), row.isDirectory) << ::testing::PrintToString(row.path);
+    }
+    const RefPointer<Directory> a = tree.Open(tree.folder / "a");
+    EXPECT_TRUE(a->HasFile("file"));
+    EXPECT_FALSE(a->HasFile("b"));
+    EXPECT_FALSE(a->HasFile("missing"));
+    const RefPointer<Directory> same = tree.Open("//" + (tree.folder / "a"));  // as the target of a link gives it
+    ASSERT_TRUE(same);
+    EXPECT_EQ(GetFullPath(*same, true), GetFullPath(*a, true));
+}
+
+TEST(MacOSXDirectory, RefusesNamesThatTheFileSystemCannotHave) {
+    const LocalTree tree;
+    const UniChar half[] = {'a', 0xD800};
+    const Foundation::CFPointer<CFStringRef> text(CFStringCreateWithCharacters(nullptr, half, 2));
+    const String name(text.Get());
+    ElementFlags flags;
+    EXPECT_EQ(tree.directory->OpenFile(name, &kReadWriteStyle, true, nullptr), nullptr);
+    EXPECT_FALSE(tree.directory->CreateDirectory(name));
+    EXPECT_FALSE(tree.directory->Remove(name, true));
+    EXPECT_FALSE(tree.directory->GetChildFlags(name, &flags));
+    EXPECT_FALSE(tree.directory->HasFile(name));
+    EXPECT_TRUE(fs::is_empty(tree.folder.Path()));
+}
+
+}  // namespace
+}  // namespace ZEMA
