@@ -1,0 +1,158 @@
+#include <gtest/gtest.h>
+
+#include "core/Exception.h"
+#include "tests/xml/Markup.h"
+#include "xml/XMLDOMNodeAStringTester.h"
+
+namespace ZEMA::testing {
+namespace {
+
+using Words = std::vector<std::string>;
+
+// Names of the whole tree, children in parentheses.
+std::string Shape(const XMLDOMNodeAString& node) {
+    std::string shape(node.name.View());
+    for (const auto& child : node.children) shape += "(" + Shape(*child) + ")";
+    return shape;
+}
+
+class Tester : public XMLDOMNodeAStringTester {
+public:
+    explicit Tester(bool accepting) : accepts(accepting) {}
+    bool Test(const XMLDOMNodeAString& root) override {
+        seen.push_back(Shape(root));
+        for (const std::string& attribute : AttributesOf(root)) seen.push_back(attribute);
+        return accepts;
+    }
+    bool accepts;
+    Words seen;
+};
+
+class ThrowingTester : public XMLDOMNodeAStringTester {
+public:
+    bool Test(const XMLDOMNodeAString&) override { RangeException::Throw(); }
+};
+
+TEST(XMLParse, KeepsElementsAndAttributesInDocumentOrder) {
+    const ParsedText node("<?xml version='1.0'?><!-- c --><r b='1' a='2'><x><y/></x>t<?p i?><!-- c --><x/></r>");
+    EXPECT_TRUE(node.succeeded);
+    EXPECT_EQ(Shape(*node), "r(x(y))(x)");
+    EXPECT_EQ(AttributesOf(*node), (Words{"b=1", "a=2"}));
+    EXPECT_EQ(Strings(node->textLines), Words{"t"});
+}
+
+TEST(XMLParse, CutsTheTextOfAnElementIntoTrimmedLines) {
+    const struct {
+        const char* what;
+        const char* content;
+        Words lines;
+    } rows[] = {
+        {"nothing", "", {}},
+        {"blank lines alone", " \n\t\n ", {}},
+        {"lines between blank ones", "\n   line one  \n\n line two\n", {"line one", "line two"}},
+        {"white space in front of text in pieces", " \n&#32;&#10; a", {"a"}},
+        {"children are no separator", "ab<c> no </c>cd", {"abcd"}},
+        {"nor are comments, entities and CDATA", "a<!-- b -->&amp;<![CDATA[<]]>c", {"a&<c"}},
+        {"a line feed between children", "1<c/>\n<c/>2", {"1", "2"}},
+        {"a carriage return does not end a line", "a&#13;b\r\nc&#13;", {"a\rb", "c"}},
+        {"a no-break space is text", "&#160;", {"\xC2\xA0"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const ParsedText node("<r>" + std::string(row.content) + "</r>");
+        ASSERT_TRUE(node.succeeded);
+        EXPECT_EQ(Strings(node->textLines), row.lines);
+    }
+}
+
+TEST(XMLParse, DecodesWhatTheDocumentDeclares) {
+    const ParsedText latin("<?xml version='1.0' encoding='ISO-8859-1'?><r a='\xE4'>\xF6</r>");
+    EXPECT_EQ(AttributesOf(*latin), Words{"a=\xC3\xA4"});
+    EXPECT_EQ(Strings(latin->textLines), Words{"\xC3\xB6"});
+    EXPECT_EQ(Shape(*ParsedText("\xEF\xBB\xBF<r/>")), "r") << "a byte-order mark is no text";
+}
+
+TEST(XMLParse, EmptiesTheNodeWhenTheTextIsMalformed) {
+    const struct {
+        const char* what;
+        const char* text;
+        bool succeeds;
+    } rows[] = {
+        {"well formed", "<r a='1'>t<x>u</x></r>", true},
+        {"no text at all", "", false},
+        {"breaks off in an element", "<r a='1'>t<x>u</x>", false},
+        {"closes another element", "<r a='1'>t<x>u</y></r>", false},
+        {"an attribute twice", "<r a='1' a='1'>t<x>u</x></r>", false},
+        {"an unknown entity", "<r a='1'>t<x>&u;</x></r>", false},
+        {"bytes that are no UTF-8", "<r a='1'>t<x>\xFF</x></r>", false},
+        {"text behind the root", "<r a='1'>t<x>u</x></r>t", false},
+        {"two roots", "<r a='1'>t<x>u</x></r><r/>", false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const ParsedText node(row.text);
+        EXPECT_EQ(node.succeeded, row.succeeds);
+        EXPECT_EQ(IsEmpty(*node), !row.succeeds);
+    }
+}
+
+TEST(XMLParse, AddsToANodeThatHoldsSomething) {
+    const ParsedText node("<r a='1' b='2'>t<x/></r>");
+    EXPECT_TRUE(node->Parse(Bytes("<s c='5' b='4' d='6'>u<y/></s>"), nullptr));
+    EXPECT_EQ(Shape(*node), "s(x)(y)");
+    EXPECT_EQ(AttributesOf(*node), (Words{"a=1", "b=4", "c=5", "d=6"}));
+    EXPECT_EQ(Strings(node->textLines), Words{"u"});
+
+    node->attributes.PushBack({"a", "again"});
+    EXPECT_TRUE(node->Parse(Bytes("<r a='9'/>"), nullptr));
+    EXPECT_EQ(AttributesOf(*node), (Words{"a=9", "b=4", "c=5", "d=6", "a=again"})) << "the first of a name is set";
+}
+
+TEST(XMLParse, ShowsTheRootToTheTesterBeforeAnythingBelow) {
+    const struct {
+        const char* what;
+        const char* text;
+        bool accepts;
+        bool succeeds;
+    } rows[] = {
+        {"accepted", "<r a='1'><x/></r>", true, true},
+        {"rejected", "<r a='1'><x/></r>", false, false},
+        {"rejected without content", "<r a='1'/>", false, false},
+        {"rejected before the text breaks off", "<r a='1'><x></r>", false, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const auto tester = New<Tester>(row.accepts);
+        const ParsedText node(row.text, tester.Get());
+        EXPECT_EQ(node.succeeded, row.succeeds);
+        EXPECT_EQ(IsEmpty(*node), !row.succeeds);
+        EXPECT_EQ(tester->seen, (Words{"r", "a=1"}));
+        EXPECT_EQ(tester->ReferenceCount(), 1);
+    }
+}
+
+TEST(XMLParse, LetsAnExceptionThroughAndEmptiesTheNode) {
+    for (const char* text : {"<r a='1'><x>t</x></r>", "<r a='1'/>"}) {
+        SCOPED_TRACE(text);
+        const auto node = New<XMLDOMAString>();
+        const auto tester = New<ThrowingTester>();
+        EXPECT_THROW((void)node->Parse(Bytes(text), tester.Get()), RangeException*);
+        EXPECT_TRUE(IsEmpty(*node));
+        EXPECT_EQ(node->ReferenceCount(), 1);
+        EXPECT_TRUE(node->Parse(Bytes(text), nullptr)) << "the node can be used again";
+    }
+}
+
+TEST(XMLParse, SharesNamesAndRepeatedValues) {
+    const ParsedText node("<r><brick designID='3005'/><brick designID='3005'/></r>");
+    const auto& first = *node->children[0];
+    const auto& second = *node->children[1];
+    EXPECT_EQ(first.name.Data(), second.name.Data());
+    EXPECT_EQ(first.attributes[0].first.Data(), second.attributes[0].first.Data());
+    EXPECT_EQ(first.attributes[0].second.Data(), second.attributes[0].second.Data());
+    node->children[1]->name.Append("s", 1);
+    EXPECT_EQ(first.name.View(), "brick") << "but a change stays with its node";
+}
+
+}  // namespace
+}  // namespace ZEMA::testing
