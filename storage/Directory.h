@@ -26,6 +26,8 @@ public:
 
     struct OpenArgs;
 
+    Directory(const String& name, Directory* parent);
+
     void OnLastRelease() override;
 
     // Attributes. The base answers "directory, readable", false, and unknown times.
@@ -78,7 +80,6 @@ public:
     const OpenChildren& GetOpenChildren() const { return openChildren_; }
 
 protected:
-    Directory(const String& name, Directory* parent);
     ~Directory() override;
 
 private:

@@ -71,7 +71,7 @@ RefPointer<Directory> Follow(RefPointer<Directory> directory, BasicArray<String>
 // are let go of first: one that hides behind a directory's name ("a.zip" behind "a") must not take the new entries.
 RefPointer<Directory> MakeMissing(RefPointer<Directory> directory, const BasicArray<String>& rest,
                                   ResolutionMemo& memo) {
-    memo.ForgetAnswers();
+    memo.ForgetAnswers(*directory);
     std::size_t index = 0;
     for (; index < rest.Size(); ++index) {
         RefPointer<Directory> child = OpenDirectory(*directory, Slice(rest, index, index + 1), false);

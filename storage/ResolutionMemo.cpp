@@ -25,14 +25,26 @@ void ResolutionMemo::ForgetRefusals() {
     }
 }
 
-void ResolutionMemo::ForgetAnswers() {
-    // What goes may follow paths itself, and so come back here: first out of the memo, then out of the world.
+void ResolutionMemo::ForgetAnswers(Directory& base) {
+    // What goes may follow paths itself, and so come back here: first out of the memo, then out of the world. Nodes
+    // keep their places, as questions that are being asked stand in some of them.
     BasicArray<RefPointer<Directory>> leaving;
+    const auto release = [&](Node& node) {
+        leaving.PushBack(node.directory);
+        node.directory.Reset();
+    };
     for (Node& node : nodes_) {
         if (node.state != State::Answered) continue;
-        leaving.PushBack(node.directory);
         node.state = State::Unknown;
-        node.directory.Reset();
+        release(node);
+    }
+    for (auto position = bases_.begin(); position != bases_.end();) {
+        if (position->first == &base) {
+            ++position;
+            continue;
+        }
+        release(nodes_[position->second]);
+        position = bases_.Erase(position);
     }
 }
 

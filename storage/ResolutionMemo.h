@@ -41,8 +41,9 @@ public:
 
     void ForgetRefusals();
 
-    // Lets go of the mounted archives; they are asked for again when a path leads into them.
-    void ForgetAnswers();
+    // Lets go of the mounted archives and of all that was asked below other directories than `base`. A path that leads
+    // into an archive again asks for it again; what was refused below `base` stays refused.
+    void ForgetAnswers(Directory& base);
 
 private:
     enum class State { Unknown, Asking, Refused, Answered };
