@@ -1,0 +1,209 @@
+#include "MemoryVolume.h"
+
+#include <cstring>
+
+#include "storage/PathOperations.h"
+
+namespace ZEMA::testing {
+namespace {
+
+constexpr int kNewDirectory = ElementFlags::kDirectory | ElementFlags::kReadable | ElementFlags::kEntriesWritable;
+constexpr int kNewFile = ElementFlags::kReadable | ElementFlags::kWritable;
+
+class MemoryFile : public File {
+public:
+    MemoryFile(const String& name, Directory* parent, MemoryVolume& volume, MemoryNode& node)
+        : File(name, parent), volume_(volume), node_(node) {}
+
+    bool SetFlags(const ElementFlags* flags) override {
+        node_.flags = *flags;
+        volume_.log.push_back("flags " + Bytes(Name()));
+        return true;
+    }
+    ElementFlags GetFlags() override { return node_.flags; }
+    bool SetTimes(const ElementTimes* times) override {
+        node_.times = *times;
+        volume_.log.push_back("times " + Bytes(Name()));
+        return true;
+    }
+    ElementTimes GetTimes() override { return node_.times; }
+
+    bool ReadAt(std::uint64_t offset, std::uint64_t size, void* buffer, std::uint64_t* done) override {
+        const bool whole = Seek(offset) && size <= node_.bytes.size() - offset && !volume_.Fails();
+        if (whole) std::memcpy(buffer, node_.bytes.data() + offset, size);
+        return Moved(whole, size, done);
+    }
+    bool WriteAt(std::uint64_t offset, std::uint64_t size, const void* buffer, std::uint64_t* done) override {
+        if (!Seek(offset) || volume_.Fails()) return Moved(false, size, done);
+        if (offset + size > node_.bytes.size()) node_.bytes.resize(offset + size);
+        std::memcpy(node_.bytes.data() + offset, buffer, size);
+        return Moved(true, size, done);
+    }
+    bool Read(std::uint64_t size, void* buffer, std::uint64_t* done) override {
+        return ReadAt(position_, size, buffer, done);
+    }
+    bool Write(std::uint64_t size, const void* buffer, std::uint64_t* done) override {
+        return WriteAt(position_, size, buffer, done);
+    }
+    std::uint64_t GetSize() override { return node_.bytes.size(); }
+    bool SetSize(std::uint64_t size) override {
+        if (volume_.Fails()) return false;
+        node_.bytes.resize(size);
+        return true;
+    }
+    std::uint64_t GetPosition() override { return position_; }
+    bool Seek(std::uint64_t position) override {
+        if (position > node_.bytes.size()) return false;
+        position_ = position;
+        return true;
+    }
+
+protected:
+    ~MemoryFile() override = default;
+
+private:
+    bool Moved(bool whole, std::uint64_t size, std::uint64_t* done) {
+        if (done != nullptr) *done = whole ? size : 0;
+        if (whole) position_ += size;
+        return whole;
+    }
+
+    MemoryVolume& volume_;
+    MemoryNode& node_;
+    std::uint64_t position_ = 0;
+};
+
+}  // namespace
+
+std::string Bytes(const String& text) {
+    const AString bytes = text.ToAString();
+    return {bytes.Data(), bytes.Length()};
+}
+
+std::string Bytes(const BasicArray<String>& components) {
+    std::string joined;
+    for (const String& component : components) {
+        if (&component != components.begin()) joined += "/";
+        joined += Bytes(component);
+    }
+    return joined;
+}
+
+MemoryNode* MemoryVolume::NewNode(int flags) {
+    nodes.push_back(std::make_unique<MemoryNode>());
+    nodes.back()->flags.bits = static_cast<std::uint8_t>(flags);
+    return nodes.back().get();
+}
+
+MemoryNode* MemoryVolume::Put(const char* path, const char* bytes) {
+    BasicArray<String> components;
+    SplitPath(path, components);
+    MemoryNode* node = top;
+    for (const String& component : components) {
+        MemoryNode*& child = node->children[component];
+        if (child == nullptr) child = NewNode(kNewDirectory);
+        node = child;
+    }
+    if (bytes != nullptr) {
+        node->flags.bits = kNewFile;
+        node->bytes = bytes;
+    }
+    return node;
+}
+
+MemoryNode* MemoryVolume::At(const char* path) const {
+    BasicArray<String> components;
+    SplitPath(path, components);
+    MemoryNode* node = top;
+    for (const String& component : components) {
+        const auto position = node->children.Find(component);
+        if (position == node->children.end()) return nullptr;
+        node = position->second;
+    }
+    return node;
+}
+
+void MemoryDirectory::Log(const char* what, const std::string& name) {
+    volume_.log.push_back(what + (" " + name));
+}
+
+MemoryNode* MemoryDirectory::Child(const String& name) const {
+    const auto position = node_.children.Find(name);
+    return position != node_.children.end() ? position->second : nullptr;
+}
+
+bool MemoryDirectory::SetFlags(const ElementFlags* flags) {
+    node_.flags = *flags;
+    return true;
+}
+
+bool MemoryDirectory::SetTimes(const ElementTimes* times) {
+    node_.times = *times;
+    return true;
+}
+
+Directory* MemoryDirectory::CreateChildObject(const String& name) {
+    MemoryNode* const child = Child(name);
+    return child != nullptr ? new MemoryDirectory(name, this, volume_, *child) : nullptr;
+}
+
+bool MemoryDirectory::CreateDirectory(const String& name) {
+    Log("make", Bytes(name));
+    return Child(name) == nullptr && node_.children.Insert(name, volume_.NewNode(kNewDirectory));
+}
+
+File* MemoryDirectory::OpenFile(const String& name, const AccessStyle* style, bool create,
+                                const std::uint64_t* truncateTo) {
+    Log(style->write ? "write" : "read", Bytes(name));
+    MemoryNode* child = Child(name);
+    if (child == nullptr && create) child = node_.children[name] = volume_.NewNode(kNewFile);
+    if (child == nullptr || child->flags.IsDirectory()) return nullptr;
+    if (style->write && !child->flags.Has(ElementFlags::kWritable)) return nullptr;
+    if (truncateTo != nullptr) child->bytes.resize(*truncateTo);
+    return new MemoryFile(name, this, volume_, *child);
+}
+
+bool MemoryDirectory::Remove(const String& name, bool force) {
+    Log(force ? "remove with force" : "remove", Bytes(name));
+    const auto position = node_.children.Find(name);
+    if (position == node_.children.end()) return false;
+    node_.children.Erase(position);
+    return true;
+}
+
+bool MemoryDirectory::GetChildFlags(const String& name, ElementFlags* flags) {
+    const MemoryNode* const child = Child(name);
+    if (child != nullptr) *flags = child->flags;
+    return child != nullptr;
+}
+
+bool MemoryDirectory::SetChildFlags(const String& name, const ElementFlags* flags) {
+    Log(flags->Has(ElementFlags::kWritable) ? "unprotect" : "protect", Bytes(name));
+    MemoryNode* const child = Child(name);
+    if (child != nullptr) child->flags = *flags;
+    return child != nullptr;
+}
+
+bool MemoryDirectory::HasDirectoryPath(const BasicArray<String>& components) {
+    const MemoryNode* node = &node_;
+    for (const String& component : components) {
+        const auto position = node->children.Find(component);
+        if (position == node->children.end() || !position->second->flags.IsDirectory()) return false;
+        node = position->second;
+    }
+    return true;
+}
+
+bool MemoryDirectory::HasFile(const String& name) {
+    const MemoryNode* const child = Child(name);
+    return child != nullptr && !child->flags.IsDirectory();
+}
+
+bool MemoryDirectory::List(const String& pattern, Listing* listing) {
+    for (const auto& [name, child] : node_.children) {
+        if (MatchPattern(name, pattern)) listing->Insert({name, child->flags, child->times, child->bytes.size()});
+    }
+    return true;
+}
+
+}  // namespace ZEMA::testing
