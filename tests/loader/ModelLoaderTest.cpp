@@ -1,0 +1,89 @@
+#include "loader/ModelLoader.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "LoadedDocument.h"
+#include "storage/MacOSXStorageFactory.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZEMA::testing {
+namespace {
+
+// Notes what it is given instead of reading it.
+class NotingLoader : public ModelLoader {
+public:
+    using ModelLoader::Load;
+    bool Load(AString content, StorageScene2*, std::uint32_t options) override {
+        texts.push_back(std::string(content.View()) + "/" + std::to_string(options));
+        fileIsFree = path.OpenFile(&kReadWriteStyle, false) != nullptr;
+        return true;
+    }
+
+    Words texts;
+    Path path;
+    bool fileIsFree = false;
+};
+
+class ModelLoaderTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(files_->Attach()); }
+    void TearDown() override { files_->Detach(); }
+
+    // The path in the storage tree of a file in the folder.
+    Path PathOf(const std::string& name) const { return Path(String(Bytes("file" + folder_ / name))); }
+
+    TemporaryFolder folder_;
+    RefPointer<MacOSXStorageFactory> files_ = New<MacOSXStorageFactory>();
+    RefPointer<NotingLoader> loader_ = New<NotingLoader>();
+    RefPointer<StorageScene2> scene_ = New<StorageScene2>();
+};
+
+TEST_F(ModelLoaderTest, ReadsTheWholeFileAndClosesIt) {
+    const std::string text = std::string("<a>\0</a>", 8) + std::string(100000, '\n');
+    folder_.Write("model", text);
+    loader_->path = PathOf("model");
+    EXPECT_TRUE(loader_->Load(loader_->path, scene_.Get(), 3));
+    EXPECT_EQ(loader_->texts, Words{text + "/3"});
+    EXPECT_TRUE(loader_->fileIsFree);
+    EXPECT_EQ(loader_->errorMask, 0U);
+}
+
+TEST_F(ModelLoaderTest, RefusesWhatItCannotReadWhole) {
+    folder_.Write("empty", "");
+    std::filesystem::create_directory(folder_ / "folder");
+    std::filesystem::resize_file(folder_.Write("huge", "<a/>"), std::uintmax_t{1} << 31);
+    const std::string place = "pathError path file" + folder_.Path().string() + "/";
+    const struct {
+        const char* name;
+        std::string error;
+        std::uint32_t mask;
+    } rows[] = {
+        {"absent", place + "absent", 1},
+        {"folder", place + "folder", 1},
+        {"huge", place + "huge", 1},
+        {"empty", "unknown error detail empty", 1024},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_FALSE(loader_->Load(PathOf(row.name), scene_.Get(), 1));
+        EXPECT_EQ(Descriptions(*loader_), Words{row.error}) << "the errors of the load before are gone";
+        EXPECT_EQ(loader_->errorMask, row.mask);
+    }
+    EXPECT_FALSE(loader_->Load(Path(), scene_.Get(), 1));
+    EXPECT_EQ(Descriptions(*loader_), Words{"pathError path "});
+    EXPECT_EQ(loader_->texts, Words());
+}
+
+TEST_F(ModelLoaderTest, LoadsAModelByPath) {
+    folder_.Write("model", Wqfml(Bricks(BrickWithBone())));
+    const RefPointer<ModelLoaderWQFML5> loader = New<ModelLoaderWQFML5>();
+    EXPECT_TRUE(loader->Load(PathOf("model"), scene_.Get(), 1));
+    EXPECT_EQ(scene_->bricks.Size(), 1U);
+    EXPECT_FALSE(loader->Load(PathOf("absent"), scene_.Get(), 1));
+    EXPECT_EQ(scene_->bricks.Size(), 1U) << "left alone";
+}
+
+}  // namespace
+}  // namespace ZEMA::testing
