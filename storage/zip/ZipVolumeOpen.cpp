@@ -33,7 +33,7 @@ RefPointer<ZipFileHeader> MakeMember(const ZipCentralHeader& header, std::uint32
 }  // namespace
 
 bool ZipStorageVolume::Open() {
-    if (GetSize(*archive_) == 0 && !WriteEmptyEndRecord(*archive_)) return false;
+    if (GetSize(*archive_) == 0 && !(IsWritable() && WriteEmptyEndRecord(*archive_))) return false;
     if (!ReadEndRecord(*archive_, endRecord_)) return false;
     rootNode_ = New<ZipTreeNode>(String(), nullptr, nullptr);
     if (!ReadCentralDirectory()) return false;
