@@ -35,11 +35,12 @@ bool Output::Write(std::string_view piece) {
 }
 
 void PrintMessage(std::string_view subject, std::string_view text) {
-    std::string line = "wqf: ";
-    if (!subject.empty()) line.append(EscapeControls(ReplaceInvalidUtf8(subject))).append(": ");
-    line.append(EscapeControls(ReplaceInvalidUtf8(text))).append("\n");
-    // There is no one left to tell that standard error cannot be written.
-    (void)WriteAll(STDERR_FILENO, line);
+    PrintMessage(std::string(subject).append(": ").append(text));
+}
+
+void PrintMessage(std::string_view text) {
+    // Where standard error cannot be written, there is no one left to tell.
+    (void)WriteAll(STDERR_FILENO, "wqf: " + EscapeControls(ReplaceInvalidUtf8(text)) + "\n");
 }
 
 ProgressLine::ProgressLine(std::size_t total)

@@ -23,9 +23,10 @@ private:
     int error_ = 0;
 };
 
-// One line on standard error, "wqf: SUBJECT: TEXT", or "wqf: TEXT" when the subject is empty. Bytes that are not UTF-8
-// and control characters are shown as such, so that it stays one line.
+// One line on standard error, "wqf: SUBJECT: TEXT" or "wqf: TEXT", written at once. Control characters are \u00XX in it
+// and bytes that are not UTF-8 are U+FFFD, so that it stays one line.
 void PrintMessage(std::string_view subject, std::string_view text);
+void PrintMessage(std::string_view text);
 
 // A line on standard error that tells how far the work is. Only drawn on a terminal, for many documents, and a few
 // times a second. Whatever else is written must be written while it is hidden: standard output may be the same

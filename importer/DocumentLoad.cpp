@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "core/Exception.h"
+#include "loader/ModelLoaderWQFML4.h"
 #include "loader/ModelLoaderWQFML5.h"
 #include "storage/Directory.h"
 
@@ -37,8 +38,12 @@ bool DocumentLoad::Run(const String& storagePath) {
 }
 
 bool DocumentLoad::LoadModel(const Path& model) {
-    const RefPointer<ModelLoader> format5 = New<ModelLoaderWQFML5>(nullptr);
-    return Try(*format5, Version(5), model);
+    RefPointer<ModelLoader> loader = New<ModelLoaderWQFML5>(nullptr);
+    if (Try(*loader, Version(5), model)) return true;
+    if ((loader->errorMask & kWorthAnotherFormat) == 0) return false;
+    loader = nullptr;  // what it still holds of the document goes before the document is read again
+    loader = New<ModelLoaderWQFML4>();
+    return Try(*loader, Version(4), model);
 }
 
 bool DocumentLoad::Try(ModelLoader& loader, const Version& format, const Path& model) {

@@ -1,0 +1,173 @@
+// All options of all commands; the only place that knows the option parser.
+
+#include "tools/wqf/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <utility>
+
+#include "host/Output.h"
+#include "tools/wqf/Commands.h"
+
+namespace ZEMA {
+
+namespace {
+
+using Action = std::function<int()>;
+
+// One command: `declare` enters its options in the parser and returns what is to be done once they are read.
+struct Command {
+    const char* name;
+    const char* summary;
+    Action (*declare)(CLI::App& parser);
+};
+
+// The parser gives some values a meaning of its own ("++", "{}", "[a]", the empty text), but a file may have any name.
+// So whatever is no option goes through it with a zero byte in front, which no argument of a program can hold.
+std::vector<std::string> Shielded(std::vector<std::string> arguments) {
+    bool onlyValues = false;
+    for (std::string& argument : arguments) {
+        if (!onlyValues && argument == "--") {
+            onlyValues = true;
+        } else if (onlyValues || !argument.starts_with("-")) {
+            argument.insert(0, 1, '\0');
+        }
+    }
+    return arguments;
+}
+
+std::string Bared(const std::string& value) {
+    return value.starts_with('\0') ? value.substr(1) : value;
+}
+
+int WrongUse(const std::string& command, const std::string& problem) {
+    PrintMessage(problem);
+    PrintMessage("try 'wqf" + (command.empty() ? "" : " " + command) + " --help'");
+    return kExitWrongUse;
+}
+
+// In a message of the parser.
+std::string WithoutShields(std::string message) {
+    std::erase(message, '\0');
+    return message;
+}
+
+void AddText(CLI::App& parser, const std::string& name, std::string& text, const char* kind, const std::string& help) {
+    const auto set = [&text](const std::string& value) { text = Bared(value); };
+    parser.add_option_function<std::string>(name, set, help)->type_name(kind);
+}
+
+void AddPaths(CLI::App& parser, std::vector<std::string>& paths, const std::string& help) {
+    const auto set = [&paths](const std::vector<std::string>& values) {
+        std::transform(values.begin(), values.end(), std::back_inserter(paths), Bared);
+    };
+    parser.add_option_function<std::vector<std::string>>("PATH", set, help)->type_name("");
+}
+
+// The names of a command's output formats; the first is what it prints unless told otherwise.
+template <class Format>
+void AddFormat(CLI::App& parser, Format& format, const std::vector<std::pair<std::string, Format>>& names) {
+    std::string choices;
+    for (const auto& [name, value] : names) choices += (choices.empty() ? "" : ", ") + name;
+    const auto find = [names](const std::string& wanted) {
+        return std::find_if(names.begin(), names.end(), [&](const auto& item) { return item.first == Bared(wanted); });
+    };
+    const auto set = [&format, find](const std::string& name) { format = find(name)->second; };
+    const auto check = [names, find, choices](const std::string& name) {
+        return find(name) == names.end() ? "'" + Bared(name) + "' is none of " + choices : std::string();
+    };
+    format = names.front().second;
+    parser.add_option_function<std::string>("--format", set, "How to print: " + choices)
+        ->type_name("FORMAT")
+        ->check(check);
+}
+
+Action DeclareImport(CLI::App& parser) {
+    const auto options = std::make_shared<ImportOptions>();
+    AddFormat<RecordFormat>(parser, options->format,
+                            {{"text", RecordFormat::Text},
+                             {"json", RecordFormat::Json},
+                             {"ndjson", RecordFormat::Ndjson},
+                             {"plist", RecordFormat::PropertyList}});
+    AddText(parser, "--bundle", options->bundle, "DIR", "The plug-in bundle, where it is not beside the program");
+    AddText(parser, "--files0-from", options->files0From, "FILE",
+            "Read the paths from FILE ('-': standard input), with a zero byte between each two");
+    AddPaths(parser, options->paths, "Documents, or folders to search for *.wqf and *.wqfml");
+    return [options] {
+        if (options->paths.empty() == options->files0From.empty()) {
+            return WrongUse("import",
+                            options->paths.empty() ? "no PATH is given" : "--files0-from and PATHs exclude each other");
+        }
+        return RunImport(*options);
+    };
+}
+
+constexpr Command kCommands[] = {
+    {"import", "Print the attributes that the plug-in imports from documents", DeclareImport},
+};
+
+const Command* FindCommand(const std::string& name) {
+    const auto found = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                    [&](const Command& command) { return command.name == name; });
+    return found == std::end(kCommands) ? nullptr : found;
+}
+
+int Print(const std::string& text) {
+    Output output;
+    output.Write(text);
+    return ExitStatusOf(output);
+}
+
+int PrintOverview() {
+    std::string text = "Usage: wqf COMMAND [OPTIONS] ...\n\nLooks into brick-model documents.\n\nCommands:\n";
+    for (const Command& command : kCommands) {
+        std::string line = "  " + std::string(command.name);
+        line.resize(std::max<std::size_t>(line.size() + 2, 14), ' ');
+        text += line + command.summary + "\n";
+    }
+    text += "\n'wqf help COMMAND' tells the options of a command; 'wqf --version' the version.\n";
+    return Print(text);
+}
+
+int RunCommand(const Command& command, const std::vector<std::string>& given) {
+    CLI::App parser(command.summary, std::string("wqf ") + command.name);
+    const Action action = command.declare(parser);
+    std::vector<std::string> arguments = Shielded(given);
+    std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+    try {
+        parser.parse(arguments);
+    } catch (const CLI::CallForHelp&) {
+        return Print(parser.help());
+    } catch (const CLI::ParseError& error) {
+        // Its own exit codes go up to 115 and would be taken for something else.
+        return WrongUse(command.name, WithoutShields(error.what()));
+    }
+    return action();
+}
+
+int RunHelp(const std::vector<std::string>& topics) {
+    if (topics.empty()) return PrintOverview();
+    const Command* const command = FindCommand(topics[0]);
+    if (command == nullptr) return WrongUse("", "there is no command '" + topics[0] + "'");
+    return RunCommand(*command, {"--help"});
+}
+
+}  // namespace
+
+int RunCommandLine(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) return WrongUse("", "no command is given");
+    const std::string& first = arguments[0];
+    const std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
+    if (first == "--help" || first == "-h") return PrintOverview();
+    if (first == "--version") return Print("wqf " ZEMA_VERSION "\n");
+    if (first == "help") return RunHelp(rest);
+    const Command* const command = FindCommand(first);
+    if (command != nullptr) return RunCommand(*command, rest);
+    return WrongUse("", (first.starts_with("-") ? "there is no option '" : "there is no command '") + first + "'");
+}
+
+}  // namespace ZEMA

@@ -1,0 +1,19 @@
+#include "tools/wqf/Commands.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+namespace ZEMA {
+
+int ExitStatusOf(const Output& output) {
+    if (!output.Failed()) return kExitDone;
+    if (output.Error() == EPIPE) {
+        std::signal(SIGPIPE, SIG_DFL);
+        std::raise(SIGPIPE);
+    }
+    PrintMessage("standard output", std::strerror(output.Error()));
+    return kExitSomeFailed;
+}
+
+}  // namespace ZEMA

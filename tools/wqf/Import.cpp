@@ -1,0 +1,83 @@
+// wqf import: what the plug-in says of documents.
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/BundleLocation.h"
+#include "host/DocumentFinder.h"
+#include "host/DocumentRecord.h"
+#include "host/Output.h"
+#include "host/PathList.h"
+#include "host/PluginHost.h"
+#include "host/RecordWriter.h"
+#include "tools/wqf/Commands.h"
+
+namespace ZEMA {
+
+namespace {
+
+std::unique_ptr<PluginHost> LoadPlugin(const std::string& given) {
+    std::string problem;
+    const std::optional<std::string> bundle = FindBundle(given, problem);
+    std::unique_ptr<PluginHost> host = bundle ? PluginHost::Load(*bundle, problem) : nullptr;
+    if (!host) PrintMessage(problem);
+    return host;
+}
+
+std::vector<FoundDocument> FindAll(const std::vector<std::string>& paths) {
+    std::vector<FoundDocument> documents;
+    for (const std::string& path : paths) {
+        if (!FindDocuments(path, documents)) PrintMessage(path, "there are no documents in this folder");
+    }
+    return documents;
+}
+
+// Returns how many documents were not imported. Ends early when nobody takes the output any more.
+std::size_t ImportAll(const PluginHost& host, const std::vector<FoundDocument>& documents, RecordWriter& writer,
+                      Output& output) {
+    ProgressLine progress(documents.size());
+    std::size_t done = 0;
+    std::size_t failed = 0;
+    for (const FoundDocument& document : documents) {
+        const DocumentRecord record = ImportDocument(host, document);
+        progress.Hide();
+        if (!output.Write(writer.Record(record))) break;
+        if (!record.imported) PrintMessage(record.path, record.error);
+        failed += record.imported ? 0 : 1;
+        progress.Show(++done, failed);
+    }
+    return failed;
+}
+
+}  // namespace
+
+int RunImport(const ImportOptions& options) {
+    std::string problem;
+    const std::optional<std::vector<std::string>> paths =
+        options.files0From.empty() ? options.paths : ReadPathList(options.files0From, problem);
+    if (!paths) {
+        PrintMessage(options.files0From, problem);
+        return kExitWrongUse;
+    }
+    const std::unique_ptr<PluginHost> host = LoadPlugin(options.bundle);
+    if (!host) return kExitWrongUse;
+
+    const std::vector<FoundDocument> documents = FindAll(*paths);
+    const std::unique_ptr<RecordWriter> writer = NewRecordWriter(options.format, documents.size() > 1);
+    Output output;
+    output.Write(writer->Head());
+    const std::size_t failed = ImportAll(*host, documents, *writer, output);
+    output.Write(writer->Tail());
+
+    if (!host->Close(problem)) {
+        PrintMessage(problem);
+        return kExitSomeFailed;
+    }
+    if (output.Failed()) return ExitStatusOf(output);
+    return failed == 0 ? kExitDone : kExitSomeFailed;
+}
+
+}  // namespace ZEMA
