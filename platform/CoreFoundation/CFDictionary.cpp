@@ -8,7 +8,8 @@
 #include "platform/CoreFoundation/CFRuntime.h"
 
 // Entries lie in the order in which they came; nothing is ever removed. While they are few a search walks over them;
-// then a table of slots, found by hash with linear probing and at most half full, says where each one is.
+// then a table of slots, found by hash with linear probing and at most half full, says where each one is. The room for
+// those few is taken at once, so that adding them to an empty dictionary fails at the first or not at all.
 struct __CFDictionary : ZEMA::CF::Object {
     struct Entry {
         CFHashCode hash;
@@ -106,7 +107,7 @@ void __CFDictionary::FillSlot(std::size_t entryIndex) {
 
 void __CFDictionary::MakeRoom() {
     const std::size_t count = entries.size() + 1;
-    if (count > entries.capacity()) entries.reserve(std::max<std::size_t>(4, 2 * entries.size()));
+    if (count > entries.capacity()) entries.reserve(std::max<std::size_t>(kCountWithoutSlots, 2 * entries.size()));
     if (count <= kCountWithoutSlots || 2 * count <= slots.size()) return;
     slots.assign(std::bit_ceil(4 * count), 0);
     for (std::size_t index = 0; index < entries.size(); ++index) FillSlot(index);
