@@ -12,7 +12,7 @@ using Words = std::vector<std::string>;
 // Names of the whole tree, children in parentheses.
 std::string Shape(const XMLDOMNodeAString& node) {
     std::string shape(node.name.View());
-    for (const auto& child : node.children) shape += "(" + Shape(*child) + ")";
+    for (const auto& child : node.children) shape.append("(").append(Shape(*child)).append(")");
     return shape;
 }
 
