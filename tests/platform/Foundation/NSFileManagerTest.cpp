@@ -4,11 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "platform/Foundation/NSPathUtilities.h"
 #include "tests/platform/Foundation/Text.h"
@@ -19,8 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using ZEMA::testing::TemporaryFolder;
-
-constexpr std::uint32_t kGroupReads = 0640;
 
 NSFileManager& Manager() {
     return NSFileManager::defaultManager();
@@ -46,6 +42,10 @@ struct Fixture : TemporaryFolder {
     }
     Text At(const std::string& name) const { return MakeText(*this / name); }
 };
+
+CFPointer<CFArrayRef> Contents(const std::string& path) {
+    return Manager().contentsOfDirectoryAtPath(MakeText(path).get());
+}
 
 std::set<std::string> NamesIn(const CFPointer<CFArrayRef>& array) {
     std::set<std::string> names;
@@ -78,8 +78,6 @@ TEST(NSFileManager, TellsWhatIsThere) {
         bool isDirectory = false;
         EXPECT_EQ(Manager().fileExistsAtPath(fixture.At(row.name).get(), &isDirectory), row.exists);
         EXPECT_EQ(isDirectory, row.isDirectory);
-        EXPECT_EQ(static_cast<bool>(Manager().destinationOfSymbolicLinkAtPath(fixture.At(row.name).get())),
-                  row.type == NSFileTypeSymbolicLink);
         const auto attributes = Manager().attributesOfItemAtPath(fixture.At(row.name).get());
         ASSERT_EQ(attributes.has_value(), row.type.has_value());
         if (!attributes) continue;
@@ -89,23 +87,21 @@ TEST(NSFileManager, TellsWhatIsThere) {
     EXPECT_FALSE(Manager().fileExistsAtPath(MakeText("").get()));
     EXPECT_FALSE(Manager().fileExistsAtPath(nullptr));
     EXPECT_EQ(Utf8(Manager().destinationOfSymbolicLinkAtPath(fixture.At("dangling").get())), "nowhere");
+    EXPECT_FALSE(Manager().destinationOfSymbolicLinkAtPath(fixture.At("file").get()));
 }
 
 TEST(NSFileManager, SetsAttributesThroughLinks) {
     const Fixture fixture;
     NSFileAttributes changed;
-    changed.filePosixPermissions = kGroupReads;
+    changed.filePosixPermissions = 0640u;
     changed.fileModificationDate = NSDate::dateWithTimespec({1'000'000'000, 123'456'000});
     changed.fileCreationDate = NSDate::dateWithTimespec({900'000'000, 0});
     ASSERT_TRUE(Manager().setAttributes(changed, fixture.At("link").get()));
     const struct stat status = StatusOf(fixture / "file");
-    EXPECT_EQ(status.st_mode & 07777, kGroupReads);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
     EXPECT_EQ(status.st_mtim.tv_sec, 1'000'000'000);
     EXPECT_EQ(status.st_mtim.tv_nsec, 123'456'000);
     EXPECT_EQ(status.st_atim.tv_nsec, 123'456'000) << "the time of access goes along";
-    const auto attributes = Manager().attributesOfItemAtPath(fixture.At("file").get());
-    EXPECT_EQ(attributes->filePosixPermissions, kGroupReads);
-    EXPECT_EQ(attributes->fileModificationDate->timeIntervalSince1970(), 1'000'000'000.123456);
     EXPECT_FALSE(Manager().setAttributes(changed, fixture.At("missing").get()));
     EXPECT_FALSE(Manager().setAttributes({}, fixture.At("dangling").get()));
 }
@@ -133,28 +129,17 @@ TEST(NSFileManager, CreatesAFileInThePlaceOfAnother) {
     umask(mask);
     EXPECT_EQ(StatusOf(fixture / "second-name").st_size, 4) << "the old file keeps its text under its other name";
     EXPECT_TRUE(fs::is_fifo(fixture / "pipe"));
-    EXPECT_EQ(NamesIn(Manager().contentsOfDirectoryAtPath(MakeText(fixture.Path().string()).get())).size(), 9u)
-        << "nothing is left beside the files";
-}
-
-TEST(NSFileManager, CreatesADirectoryWhereNothingIs) {
-    const Fixture fixture;
-    EXPECT_TRUE(Manager().createDirectoryAtPath(fixture.At("new").get()));
-    for (const char* name : {"new", "file", "dangling", "missing/x"}) {
-        EXPECT_FALSE(Manager().createDirectoryAtPath(fixture.At(name).get())) << name;
-    }
+    EXPECT_EQ(NamesIn(Contents(fixture.Path())).size(), 9u) << "nothing is left beside the files";
 }
 
 TEST(NSFileManager, RemovesTreesButNoTargets) {
     const Fixture fixture;
     fs::create_symlink(fixture / "empty", fixture / "folder/out");
-    EXPECT_TRUE(Manager().removeItemAtPath(fixture.At("link-to-folder").get()));
-    EXPECT_TRUE(fs::exists(fixture / "folder/inside"));
-    for (const char* name : {"dangling", "file", "folder", "pipe"}) {
+    for (const char* name : {"link", "link-to-folder", "dangling", "folder", "pipe"}) {
         EXPECT_TRUE(Manager().removeItemAtPath(fixture.At(name).get())) << name;
         EXPECT_FALSE(Manager().removeItemAtPath(fixture.At(name).get())) << name;
     }
-    EXPECT_TRUE(fs::exists(fixture / "empty"));
+    EXPECT_EQ(NamesIn(Contents(fixture.Path())), (std::set<std::string>{"empty", "file"}));
 }
 
 TEST(NSFileManager, MovesToFreeNamesOnly) {
@@ -163,34 +148,29 @@ TEST(NSFileManager, MovesToFreeNamesOnly) {
         const char* to;
         bool moved;
     } rows[] = {
-        {"file", "new", true},         {"folder", "new", true},     {"link", "new", true},
-        {"file", "pipe", false},       {"file", "empty", false},    {"file", "dangling", false},
-        {"file", "file", false},       {"missing", "new", false},   {"file", "missing/new", false},
-        {"folder", "folder/x", false}, {"empty", "folder/x", true},
+        {"folder", "new", true},        {"dangling", "new", true},     {"file", "pipe", false},
+        {"empty", "folder", false},     {"file", "dangling", false},   {"file", "file", false},
+        {"file", "missing/new", false}, {"folder", "folder/x", false},
     };
     for (const auto& row : rows) {
         const Fixture fixture;
         SCOPED_TRACE(std::string(row.from) + " to " + row.to);
-        const bool isThere = fs::exists(fs::symlink_status(fixture / row.from));
         EXPECT_EQ(Manager().moveItemAtPath(fixture.At(row.from).get(), fixture.At(row.to).get()), row.moved);
-        EXPECT_EQ(fs::exists(fs::symlink_status(fixture / row.from)), isThere && !row.moved);
+        EXPECT_NE(fs::exists(fs::symlink_status(fixture / row.from)), row.moved);
     }
 }
 
 TEST(NSFileManager, ListsTheNamesThatCanBeNamed) {
     const TemporaryFolder folder;
-    const auto contents = [&](const std::string& path) {
-        return Manager().contentsOfDirectoryAtPath(MakeText(path).get());
-    };
-    EXPECT_EQ(NamesIn(contents(folder.Path().string())).size(), 0u) << "empty, not null";
+    EXPECT_EQ(NamesIn(Contents(folder.Path())).size(), 0u) << "empty, not null";
     const std::set<std::string> names = {".hidden", "\xEF\xBB\xBFmarked", "caf\xC3\xA9"};
     for (const std::string& name : names) folder.Write(name, "");
     folder.Write("caf\xE9", "");
-    EXPECT_EQ(NamesIn(contents(folder.Path().string())), names);
+    EXPECT_EQ(NamesIn(Contents(folder.Path())), names);
     fs::create_symlink(".", folder / ".link");
-    EXPECT_EQ(NamesIn(contents(folder / ".link")).size(), 4u);
-    EXPECT_FALSE(contents(folder / ".hidden"));
-    EXPECT_FALSE(contents(folder / "missing"));
+    EXPECT_EQ(NamesIn(Contents(folder / ".link")).size(), 4u);
+    EXPECT_FALSE(Contents(folder / ".hidden"));
+    EXPECT_FALSE(Contents(folder / "missing"));
 }
 
 TEST(NSFileManager, WalksDepthFirstAndEntersNoLink) {
@@ -200,17 +180,13 @@ TEST(NSFileManager, WalksDepthFirstAndEntersNoLink) {
     fixture.Write("folder/caf\xE9/unnamed", "");
     fs::create_symlink(fixture / "empty", fixture / "folder/out");
     NSDirectoryEnumerator items = Manager().enumeratorAtPath(fixture.At("folder").get());
-    std::vector<std::string> order;
-    std::map<std::string, NSFileAttributes> attributes;
+    std::map<std::string, std::size_t> order;
     for (StringPointer item = items.nextObject(); item; item = items.nextObject()) {
-        order.push_back(Utf8(item));
-        attributes[order.back()] = items.fileAttributes().value();
+        order.insert({Utf8(item), order.size()});
+        EXPECT_EQ(items.fileAttributes()->fileType == NSFileTypeSymbolicLink, Utf8(item) == "out");
     }
-    EXPECT_EQ(attributes.size(), 4u);
-    EXPECT_EQ(attributes["below/deep"].fileSize, 5u);
-    EXPECT_EQ(attributes["out"].fileType, NSFileTypeSymbolicLink);
-    EXPECT_LT(std::find(order.begin(), order.end(), "below"), std::find(order.begin(), order.end(), "below/deep"));
-    EXPECT_FALSE(items.nextObject());
+    EXPECT_EQ(order.size(), 4u);
+    EXPECT_LT(order.at("below"), order.at("below/deep"));
     for (const char* name : {"empty", "file", "missing", "link-to-folder"}) {
         EXPECT_FALSE(Manager().enumeratorAtPath(fixture.At(name).get()).nextObject()) << name;
     }
