@@ -1,6 +1,7 @@
 #include "tests/storage/zip/ZipTest.h"
 
 #include "storage/zip/ZipStorageFactory.h"
+#include "tests/support/StrictArchive.h"
 
 namespace ZEMA::testing {
 
@@ -39,6 +40,42 @@ MemoryNode& ZipTest::Put(const char* name, const std::string& bytes) {
 RefPointer<Directory> ZipTest::Mount(const std::string& bytes) {
     Put("a.wqf", bytes);
     return Remount();
+}
+
+namespace {
+
+// All that a volume knows of where things are.
+std::vector<std::uint32_t> Bookkeeping(const ZipStorageVolume& volume) {
+    const ZipEndRecord& end = volume.EndRecord();
+    std::vector<std::uint32_t> all = {end.position, end.entryCount, end.directorySize, end.directoryOffset,
+                                      volume.CentralDirectoryEnd()};
+    using FileOrder = ZipStorageVolume::FileOrder;
+    using DirectoryOrder = ZipStorageVolume::DirectoryOrder;
+    for (auto* member = volume.MembersInFileOrder().First(); member; member = FileOrder::Next(member)) {
+        all.insert(all.end(), {member->localHeaderOffset, member->centralHeaderOffset, member->flags, member->method,
+                               member->crc32, member->compressedSize, member->uncompressedSize, member->archivedSize});
+    }
+    for (auto* member = volume.MembersInDirectoryOrder().Last(); member; member = DirectoryOrder::Previous(member)) {
+        all.push_back(member->centralHeaderOffset);
+    }
+    return all;
+}
+
+}  // namespace
+
+void ZipTest::ExpectSound(Directory& top, const std::map<std::string, std::string>& members) {
+    std::map<std::string, std::string> found;
+    EXPECT_NO_THROW(found = ReadStrictly(Archive()));
+    EXPECT_EQ(found, members);
+    const RefPointer<File> file = OpenFile(*mem, "a.wqf", &kReadStyle, false, nullptr);
+    const RefPointer<ZipStorageVolume> fresh = New<ZipStorageVolume>(file.Get(), kReadStyle);
+    ASSERT_TRUE(fresh->Open());
+    EXPECT_EQ(Bookkeeping(VolumeOf(top)), Bookkeeping(*fresh));
+    std::uint32_t here = 0;
+    std::uint32_t there = 0;
+    ASSERT_TRUE(VolumeOf(top).FindAppendPosition(here) && fresh->FindAppendPosition(there));
+    EXPECT_GE(here, there) << "behind the last member, or where a later one was";
+    EXPECT_LE(here, fresh->EndRecord().directoryOffset);
 }
 
 RefPointer<Directory> ZipTest::Remount() {

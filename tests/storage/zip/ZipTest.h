@@ -1,6 +1,7 @@
 // What the tests of mounted archives share: an archive in memory that is mounted through a path.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,10 @@ protected:
     RefPointer<Directory> Mount(const std::string& bytes);
     RefPointer<Directory> Remount();
     const std::string& Archive() const { return BytesOf("a.wqf"); }
+
+    // The archive is flawless, holds just these members under their stored names, and the volume that edited it knows
+    // of it what a new one reads.
+    void ExpectSound(Directory& top, const std::map<std::string, std::string>& members);
 
     RefPointer<File> OpenMember(Directory& directory, const char* path, AccessStyle style) {
         return OpenFile(directory, path, &style, false, nullptr);
