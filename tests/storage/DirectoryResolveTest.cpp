@@ -100,8 +100,14 @@ TEST_F(DirectoryResolve, MountsWhatTheDirectoryRunsInto) {
 }
 
 // Read literally, the mounting rule makes the calls double with every missing component.
-TEST_F(DirectoryResolve, PutsEachQuestionOnce) {
-    RegisterArchives();
+TEST_F(DirectoryResolve, PutsEachQuestionOnceAndNestsThemNotTooDeep) {
+    int nesting = 0;
+    Register<MemoryDirectory>("zip", FactoryRank::Selective, [&](const Directory::OpenArgs& question) {
+        EXPECT_LE(++nesting, 100);
+        Object* const answer = MountArchives(archive)(question);
+        --nesting;
+        return answer;
+    });
     const struct {
         const char* front;
         int missing;
