@@ -1,0 +1,192 @@
+// Random edits of an archive beside a plain map of what it should hold.
+#include <random>
+
+#include "tests/storage/zip/ZipTest.h"
+#include "tests/support/ArchiveTools.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZEMA::testing {
+namespace {
+
+// Stored names and contents; a folder has its "/" and no contents.
+using Members = std::map<std::string, std::string>;
+
+// Chooses edits, makes them in both, and says whether the tree answered as the map does. Files and folders draw their
+// names from different letters, so that neither ever stands in the other's way.
+class Editor {
+public:
+    explicit Editor(std::uint32_t seed) : random_(seed) {}
+
+    const Members& Expected() const { return members_; }
+    const std::string& Story() const { return story_; }
+
+    // False when the answers differ.
+    bool Step(Directory& top) {
+        switch (Pick(9)) {
+            case 0:
+            case 1:
+            case 2:
+                return Write(top);
+            case 3:
+                return Cut(top);
+            case 4:
+                return RemoveFile(top);
+            case 5:
+                return MakeFolder(top);
+            case 6:
+                return RemoveFolder(top);
+            case 7:
+                return Transfer(top, true);
+            default:
+                return Transfer(top, false);
+        }
+    }
+
+private:
+    std::size_t Pick(std::size_t count) { return random_() % count; }
+    bool Has(const std::string& name) const { return members_.count(name) != 0; }
+
+    // "" for the top, else with its "/".
+    std::string AnyFolder() {
+        std::vector<std::string> folders = {""};
+        for (const auto& member : members_) {
+            if (member.first.back() == '/') folders.push_back(member.first);
+        }
+        return folders[Pick(folders.size())];
+    }
+    std::string AnyFile() { return AnyFolder() + std::string(1, "fghi"[Pick(4)]); }
+
+    // Sizes about the borders at which something changes, as text or as noise.
+    std::string AnyContents() {
+        const std::size_t sizes[] = {0, 1, 1000, 8191, 8192, 8193, 20000, 131071, 131073};
+        const std::size_t size = sizes[Pick(9)];
+        return Pick(2) == 0 ? std::string(size, 't') : NoiseBytes(size, static_cast<std::uint32_t>(random_()));
+    }
+
+    // What a user might type for a name: in any case, when it is there already.
+    String Typed(const std::string& name) {
+        std::string typed = name;
+        for (char& letter : typed) {
+            if (Has(name) && Pick(2) == 0) letter = static_cast<char>(std::toupper(letter));
+        }
+        return String(AString(typed.c_str()));
+    }
+
+    bool Tell(const std::string& what, bool answer, bool expected) {
+        story_ += what + (answer ? "\n" : " (refused)\n");
+        return answer == expected;
+    }
+
+    bool Write(Directory& top) {
+        const std::string name = AnyFile();
+        const std::string contents = AnyContents();
+        const bool answer = WriteMember(top, Bytes(Typed(name)).c_str(), contents);
+        members_[name] = contents;
+        return Tell("write " + name + " " + std::to_string(contents.size()), answer, true);
+    }
+
+    bool Cut(Directory& top) {
+        const std::string name = AnyFile();
+        const std::uint64_t size = Pick(30000);
+        const RefPointer<File> file = OpenFile(top, Typed(name), &kReadWriteStyle, false, nullptr);
+        if (file && SetSize(*file, size)) members_[name].resize(size);
+        return Tell("cut " + name, file != nullptr, Has(name));
+    }
+
+    // The folder that holds a name, and the name alone.
+    static std::pair<RefPointer<Directory>, String> Split(Directory& top, const String& path) {
+        BasicArray<String> parts;
+        SplitPath(path, parts);
+        const String last = parts.Back();
+        parts.PopBack();
+        return {OpenDirectory(top, parts, false), last};
+    }
+
+    bool RemoveFile(Directory& top) {
+        const std::string name = AnyFile();
+        const auto [folder, last] = Split(top, Typed(name));
+        const bool answer = folder->Remove(last, false);
+        return Tell("remove " + name, answer, members_.erase(name) != 0);
+    }
+
+    bool MakeFolder(Directory& top) {
+        const std::string name = AnyFolder() + std::string(1, "pq"[Pick(2)]);
+        if (name.size() > 6) return true;
+        const auto [folder, last] = Split(top, String(AString(name.c_str())));
+        const bool answer = folder->CreateDirectory(last);
+        return Tell("make " + name, answer, members_.emplace(name + "/", "").second);
+    }
+
+    bool RemoveFolder(Directory& top) {
+        const std::string name = AnyFolder();
+        if (name.empty()) return true;
+        const auto [folder, last] = Split(top, String(AString(name.substr(0, name.size() - 1).c_str())));
+        const bool answer = folder->Remove(last, true);
+        std::erase_if(members_, [&](const auto& member) { return member.first.starts_with(name); });
+        return Tell("remove " + name, answer, true);
+    }
+
+    // Moves or copies a file, over another one or not.
+    bool Transfer(Directory& top, bool move) {
+        const std::string from = AnyFile();
+        const std::string to = AnyFile();
+        if (from == to) return true;
+        const bool overwrite = Pick(2) == 0;
+        const bool expected = Has(from) && (overwrite || !Has(to));
+        const auto [source, oldName] = Split(top, Typed(from));
+        const auto [target, newName] = Split(top, Typed(to));
+        const bool rename = move && !overwrite && source == target;
+        const bool answer = rename ? source->Rename(oldName, newName)
+                            : move ? source->Move(oldName, target.Get(), newName, overwrite, false)
+                                   : source->Copy(oldName, target.Get(), newName, overwrite, false);
+        if (expected) members_[to] = members_[from];
+        if (expected && move) members_.erase(from);
+        return Tell((move ? "move " : "copy ") + from + " " + to, answer, expected);
+    }
+
+    std::mt19937 random_;
+    Members members_;
+    std::string story_;
+};
+
+// What the tree shows.
+void Walk(Directory& directory, const std::string& path, Members& found) {
+    Listing listing;
+    List(directory, "*", &listing);
+    for (const Descriptor& entry : listing) {
+        const std::string name = path + Bytes(entry.name);
+        if (!entry.flags.IsDirectory()) {
+            found[name] = ReadMember(directory, Bytes(entry.name).c_str());
+            continue;
+        }
+        found[name + "/"] = "";
+        Walk(*OpenDirectory(directory, entry.name, false), name + "/", found);
+    }
+}
+
+class ZipModelTest : public ZipTest, public ::testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(ZipModelTest, HoldsWhatItShould) {
+    Editor editor(GetParam());
+    RefPointer<Directory> top = Mount("");
+    for (int step = 0; step < 120; ++step) {
+        ASSERT_TRUE(editor.Step(*top)) << editor.Story();
+        ExpectSound(*top, editor.Expected());
+        if (step % 7 == 0) {
+            top.Reset();
+            top = Remount();
+            ASSERT_TRUE(top);
+        }
+        Members found;
+        Walk(*top, "", found);
+        ASSERT_TRUE(found == editor.Expected() && !HasFailure()) << editor.Story();
+    }
+    const TemporaryFolder folder;
+    const std::string path = folder.Write("a.zip", Archive());
+    EXPECT_EQ(ToolsThatRefuse(path, editor.Expected().empty()), std::vector<std::string>());
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ZipModelTest, ::testing::Range(1u, 9u));
+
+}  // namespace
+}  // namespace ZEMA::testing
