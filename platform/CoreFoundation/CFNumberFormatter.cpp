@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <charconv>
-#include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <optional>
 
@@ -30,23 +30,51 @@ bool IsBlank(UniChar unit) {
 
 template <class Unit>
 bool IsDigit(Unit unit) {
-    return unit >= '0' && unit <= '9';
+    return static_cast<unsigned>(unit - '0') < 10;
 }
 
-// The parts of a number at the front of some units, as positions behind each part.
-struct Shape {
-    std::size_t start = 0;     // of the digits, behind a '-'
-    std::size_t mantissa = 0;  // end of digits, point, digits
-    std::size_t end = 0;       // end of the number: behind an exponent, if there is one
+// What stands at the front of some units. Without a number only `end` means anything.
+struct Number {
     bool isNumber = false;
-    bool isZero = true;  // no digit of the mantissa other than 0
-    bool isNan = false;  // the three letters, which are passed over but are no value
+    bool isNegative = false;
+    std::size_t end = 0;             // behind what is used up, number or not
+    std::uint64_t mantissa = 0;      // all digits without the point; wrong with more than 19
+    std::size_t digitCount = 0;      // zeros in front left out, so 0 means zero
+    std::int64_t fractionCount = 0;  // digits behind the point
+    std::int64_t exponent = 0;       // as written, up to just beyond 32 bits
 };
 
+constexpr std::int64_t kLargestExponent = std::numeric_limits<std::int32_t>::max();
+
 template <class Unit>
-std::size_t EndOfDigits(std::span<const Unit> units, std::size_t position) {
-    while (position < units.size() && IsDigit(units[position])) ++position;
+std::size_t TakeDigits(std::span<const Unit> units, std::size_t position, Number& number) {
+    if (number.digitCount == 0) {
+        while (position < units.size() && units[position] == '0') ++position;
+    }
+    const std::size_t start = position;
+    std::uint64_t mantissa = number.mantissa;
+    for (; position < units.size() && IsDigit(units[position]); ++position) {
+        mantissa = mantissa * 10 + static_cast<std::uint64_t>(units[position] - '0');
+    }
+    number.mantissa = mantissa;
+    number.digitCount += position - start;
     return position;
+}
+
+// 'e' or 'E', a sign or none, digits; without digits nothing is taken.
+template <class Unit>
+void TakeExponent(std::span<const Unit> units, Number& number) {
+    std::size_t position = number.end;
+    if (position == units.size() || (units[position] != 'e' && units[position] != 'E')) return;
+    ++position;
+    const bool isNegative = position < units.size() && units[position] == '-';
+    if (isNegative || (position < units.size() && units[position] == '+')) ++position;
+    std::int64_t magnitude = 0;
+    for (; position < units.size() && IsDigit(units[position]); ++position) {
+        if (magnitude <= kLargestExponent) magnitude = magnitude * 10 + (units[position] - '0');
+        number.end = position + 1;
+    }
+    number.exponent = isNegative ? -magnitude : magnitude;
 }
 
 template <class Unit>
@@ -58,72 +86,63 @@ bool StartsWithNan(std::span<const Unit> units) {
 }
 
 template <class Unit>
-std::size_t EndOfExponent(std::span<const Unit> units, std::size_t position) {
-    if (position == units.size() || (units[position] != 'e' && units[position] != 'E')) return position;
-    std::size_t digits = position + 1;
-    if (digits < units.size() && (units[digits] == '+' || units[digits] == '-')) ++digits;
-    const std::size_t end = EndOfDigits(units, digits);
-    return end > digits ? end : position;
+Number NumberAt(std::span<const Unit> units) {
+    Number number;
+    number.isNegative = !units.empty() && units[0] == '-';
+    const std::size_t start = number.isNegative ? 1 : 0;
+    std::size_t end = TakeDigits(units, start, number);
+    std::size_t pointCount = 0;
+    if (end < units.size() && units[end] == '.') {
+        pointCount = 1;
+        const std::size_t fraction = end + 1;
+        end = TakeDigits(units, fraction, number);
+        number.fractionCount = static_cast<std::int64_t>(end - fraction);
+    }
+    number.isNumber = end - start > pointCount;
+    if (number.isNumber) {
+        number.end = end;
+        TakeExponent(units, number);
+    } else {
+        number.end = start + (StartsWithNan(units.subspan(start)) ? 3 : 0);  // passed over, but no value
+    }
+    return number;
 }
 
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr std::int64_t kLargestExactPower = 22;
+constexpr std::size_t kExactDigits = 15;
+
+// The nearest double of the magnitude. Short numbers, which is nearly all, are one exact integer times or divided by
+// one exact power of ten, and so rounded once.
 template <class Unit>
-Shape ShapeOf(std::span<const Unit> units) {
-    Shape shape;
-    if (!units.empty() && units[0] == '-') shape.start = 1;
-    const std::size_t point = EndOfDigits(units, shape.start);
-    const bool hasPoint = point < units.size() && units[point] == '.';
-    shape.mantissa = hasPoint ? EndOfDigits(units, point + 1) : point;
-    const std::size_t digitCount = shape.mantissa - shape.start - (hasPoint ? 1 : 0);
-    shape.isNumber = digitCount > 0;
-    if (!shape.isNumber) {
-        shape.isNan = StartsWithNan(units.subspan(shape.start));
-        shape.end = shape.start + (shape.isNan ? 3 : 0);
-        return shape;
+std::optional<double> NearestDouble(std::span<const Unit> units, const Number& number) {
+    const std::int64_t power = number.exponent - number.fractionCount;
+    if (number.digitCount <= kExactDigits && std::abs(power) <= kLargestExactPower) {
+        const auto mantissa = static_cast<double>(number.mantissa);
+        return power < 0 ? mantissa / kPowersOfTen[-power] : mantissa * kPowersOfTen[power];
     }
-    const auto mantissa = units.subspan(shape.start, shape.mantissa - shape.start);
-    shape.isZero = std::ranges::none_of(mantissa, [](Unit unit) { return unit >= '1' && unit <= '9'; });
-    shape.end = EndOfExponent(units, shape.mantissa);
-    return shape;
-}
-
-// An exponent beyond 32 bits decides by itself: the number is zero or out of range, whatever its digits.
-enum class Exponent { Ordinary, Tiny, Huge };
-
-Exponent ExponentOf(std::span<const char> number, const Shape& shape) {
-    if (shape.end == shape.mantissa) return Exponent::Ordinary;
-    std::size_t position = shape.mantissa + 1;
-    const bool isNegative = number[position] == '-';
-    if (!IsDigit(number[position])) ++position;
-    std::uint64_t magnitude = 0;
-    for (const char digit : number.subspan(position, shape.end - position)) {
-        magnitude = magnitude * 10 + static_cast<std::uint64_t>(digit - '0');
-        if (magnitude > std::numeric_limits<std::int32_t>::max()) return isNegative ? Exponent::Tiny : Exponent::Huge;
-    }
-    return Exponent::Ordinary;
-}
-
-// By way of a double, as the framework does: its range decides, and a value is rounded twice.
-std::optional<float> ValueOf(std::span<const char> number, const Shape& shape) {
-    const Exponent exponent = ExponentOf(number, shape);
-    if (exponent == Exponent::Huge) return std::nullopt;
-    if (exponent == Exponent::Tiny || shape.isZero) return 0.0f;
-    double value = 0;
-    const auto result = std::from_chars(number.data(), number.data() + shape.end, value);
-    // A C library that sets ERANGE for doubles below the normal ones makes those fail.
-    if (result.ec != std::errc() || std::abs(value) < DBL_MIN || std::abs(value) > double{FLT_MAX}) return std::nullopt;
-    const float rounded = static_cast<float>(value);
-    return rounded == 0 ? 0.0f : rounded;  // the sign of zero is lost
-}
-
-std::optional<float> Read(std::span<const char> number, const Shape& shape) {
-    return ValueOf(number, shape);
-}
-
-std::optional<float> Read(std::span<const UniChar> number, const Shape& shape) {
     char digits[kMaximumUnits];
-    std::transform(number.begin(), number.begin() + static_cast<std::ptrdiff_t>(shape.end), digits,
-                   [](UniChar unit) { return static_cast<char>(unit); });
-    return ValueOf({digits, shape.end}, shape);
+    const std::size_t start = number.isNegative ? 1 : 0;
+    const char* end = std::transform(units.begin() + static_cast<std::ptrdiff_t>(start),
+                                     units.begin() + static_cast<std::ptrdiff_t>(number.end), digits,
+                                     [](Unit unit) { return static_cast<char>(unit); });
+    double value = 0;
+    const bool isInRange = std::from_chars(digits, end, value).ec == std::errc();
+    return isInRange ? std::optional(value) : std::nullopt;
+}
+
+// By way of a double, as the framework does: its range decides, and the value is rounded twice.
+template <class Unit>
+std::optional<float> ValueOf(std::span<const Unit> units, const Number& number) {
+    // An exponent beyond 32 bits decides by itself: out of range or zero, whatever the digits.
+    if (number.exponent > kLargestExponent) return std::nullopt;
+    if (number.exponent < -kLargestExponent || number.digitCount == 0) return 0.0f;
+    const std::optional<double> value = NearestDouble(units, number);
+    // Doubles below the normal ones fail as well: the C library of this system calls them out of range.
+    if (!value || *value < DBL_MIN || *value > double{FLT_MAX}) return std::nullopt;
+    const float rounded = static_cast<float>(*value);
+    return number.isNegative && rounded > 0 ? -rounded : rounded;  // the sign of zero is lost
 }
 
 }  // namespace
@@ -144,14 +163,13 @@ Boolean CFNumberFormatterGetValueFromString(CFNumberFormatterRef formatter, CFSt
     Require(Checked(formatter, Type::NumberFormatter).form == 0 && type == kCFNumberFloat32Type);
     const TextView view = range ? ViewOf(text, *range) : ViewOf(text);
     return view.Visit([&](auto units) -> Boolean {
-        const auto first =
-            std::ranges::find_if_not(units, [](auto unit) { return IsBlank(static_cast<UniChar>(unit)); });
-        if (first == units.end()) return false;  // the range stays as it is
-        const auto blankCount = static_cast<std::size_t>(first - units.begin());
-        const auto number = units.subspan(blankCount, std::min(units.size() - blankCount, kMaximumUnits));
-        const Shape shape = ShapeOf(number);
-        if (range) range->length = static_cast<CFIndex>(blankCount + shape.end);
-        const std::optional<float> read = shape.isNumber ? Read(number, shape) : std::nullopt;
+        std::size_t blankCount = 0;
+        while (blankCount < units.size() && IsBlank(static_cast<UniChar>(units[blankCount]))) ++blankCount;
+        if (blankCount == units.size()) return false;  // the range stays as it is
+        const auto rest = units.subspan(blankCount, std::min(units.size() - blankCount, kMaximumUnits));
+        const Number number = NumberAt(rest);
+        if (range) range->length = static_cast<CFIndex>(blankCount + number.end);
+        const std::optional<float> read = number.isNumber ? ValueOf(rest, number) : std::nullopt;
         if (read) *static_cast<float*>(value) = *read;
         return read.has_value();
     });

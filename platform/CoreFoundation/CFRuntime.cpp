@@ -50,12 +50,6 @@ Hasher::Hasher() {
     factor = secretFactor;
 }
 
-void Hasher::Add(std::uint64_t word) {
-    __extension__ using Product = unsigned __int128;
-    const Product product = static_cast<Product>(state ^ word) * factor;
-    state = static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64) ^ (factor >> 7);
-}
-
 }  // namespace ZEMA::CF
 
 using namespace ZEMA::CF;

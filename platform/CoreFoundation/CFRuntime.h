@@ -87,7 +87,11 @@ using Owned = std::unique_ptr<const T, Releaser>;
 // run: nobody can prepare many texts that meet in one place of a dictionary.
 struct Hasher {
     Hasher();
-    void Add(std::uint64_t word);
+    void Add(std::uint64_t word) {
+        __extension__ using Product = unsigned __int128;
+        const Product product = static_cast<Product>(state ^ word) * factor;
+        state = static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64) ^ (factor >> 7);
+    }
 
     std::uint64_t state;
     std::uint64_t factor;

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <mutex>
 #include <new>
 #include <unordered_map>
@@ -12,8 +11,6 @@
 
 namespace ZEMA::CF {
 namespace {
-
-constexpr std::size_t kMaximumLength = std::numeric_limits<std::uint32_t>::max() - 1;
 
 constinit ConstantText emptyText("");
 
@@ -24,14 +21,6 @@ NewUnits<Unit> Allocate(std::uint8_t form, std::size_t length, std::size_t unitC
     const auto* text = new (block) __CFString(form, static_cast<std::uint32_t>(length));
     void* units = static_cast<std::byte*>(block) + sizeof(__CFString);
     return {text, static_cast<Unit*>(units)};
-}
-
-const void* UnitsBehind(const __CFString& text) {
-    return reinterpret_cast<const std::byte*>(&text) + sizeof(__CFString);
-}
-
-const MutableText& AsMutable(const __CFString& text) {
-    return static_cast<const MutableText&>(text);
 }
 
 CFStringRef NewNarrowCopy(std::span<const char> units) {
@@ -69,19 +58,32 @@ bool EqualTexts(const Object* object1, const Object* object2) {
     });
 }
 
-// Takes four units at a step. They count by value: the same text has the same hash in both forms.
+// Four units side by side in one number, each in 16 bits.
+std::uint64_t FourUnits(const UniChar* units) {
+    std::uint64_t word;
+    std::memcpy(&word, units, sizeof(word));
+    return word;
+}
+
+std::uint64_t FourUnits(const char* units) {
+    std::uint32_t bytes;
+    std::memcpy(&bytes, units, sizeof(bytes));
+    std::uint64_t word = bytes;
+    word = (word | (word << 16)) & 0x0000FFFF0000FFFF;
+    return (word | (word << 8)) & 0x00FF00FF00FF00FF;
+}
+
+// Units count by value: the same text has the same hash in both forms.
 CFHashCode HashText(const Object* object) {
     const TextView text = ViewOf(static_cast<CFStringRef>(object));
     Hasher hasher;
     hasher.Add(text.Length());
-    text.Visit([&](auto units) {
-        for (std::size_t start = 0; start < units.size(); start += 4) {
-            std::uint64_t word = 0;
-            for (const auto unit : units.subspan(start, std::min<std::size_t>(4, units.size() - start))) {
-                word = (word << 16) | static_cast<UniChar>(unit);
-            }
-            hasher.Add(word);
-        }
+    text.Visit([&]<class Unit>(std::span<const Unit> units) {
+        for (; units.size() >= 4; units = units.subspan(4)) hasher.Add(FourUnits(units.data()));
+        if (units.empty()) return;
+        Unit rest[4] = {};
+        std::memcpy(rest, units.data(), units.size_bytes());
+        hasher.Add(FourUnits(rest));
     });
     return hasher.state;
 }
@@ -90,15 +92,9 @@ CFHashCode HashText(const Object* object) {
 
 const Class kStringClass = {DestroyText, EqualTexts, HashText};
 
-TextView ViewOf(CFStringRef reference) {
-    const __CFString& text = Checked(reference, Type::String);
-    if (text.form & __CFString::kMutable) {
-        const MutableText& changing = AsMutable(text);
-        if (changing.IsWide()) return {changing.wide.data(), changing.wide.size()};
-        return {changing.narrow.data(), changing.narrow.size()};
-    }
-    if (text.form & __CFString::kWide) return {static_cast<const UniChar*>(UnitsBehind(text)), text.length};
-    return {static_cast<const char*>(UnitsBehind(text)), text.length};
+TextView ViewOf(const MutableText& text) {
+    if (text.IsWide()) return {text.wide.data(), text.wide.size()};
+    return {text.narrow.data(), text.narrow.size()};
 }
 
 TextView ViewOf(CFStringRef text, CFRange range) {
@@ -185,6 +181,7 @@ CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* byte
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* units, CFIndex count) {
     Require(count >= 0);
+    if (static_cast<std::size_t>(count) > kMaximumLength) throw std::bad_alloc();
     return NewText({units, static_cast<std::size_t>(count)});
 }
 

@@ -28,7 +28,6 @@ void AppendNumber(MutableText& text, unsigned long number) {
 }
 
 void CheckLength(std::size_t length, std::size_t appended) {
-    constexpr std::size_t kMaximumLength = std::numeric_limits<std::uint32_t>::max() - 1;
     if (appended > kMaximumLength - length) throw std::bad_alloc();
 }
 

@@ -42,9 +42,12 @@ char32_t Folded(char unit) {
 }
 
 CFComparisonResult CompareFoldedAscii(std::span<const char> left, std::span<const char> right) {
-    const auto [leftEnd, rightEnd] = std::ranges::mismatch(left, right, {}, Folded, Folded);
-    if (leftEnd == left.end() || rightEnd == right.end()) return Order(left.size(), right.size());
-    return Order(Folded(*leftEnd), Folded(*rightEnd));
+    const std::size_t common = std::min(left.size(), right.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        if (left[i] == right[i] || Folded(left[i]) == Folded(right[i])) continue;
+        return Order(Folded(left[i]), Folded(right[i]));
+    }
+    return Order(left.size(), right.size());
 }
 
 CFComparisonResult CompareFolded(TextView left, TextView right) {

@@ -49,11 +49,15 @@ struct MutableText : __CFString {
     std::vector<UniChar> wide;  // else the text
 };
 
-// The units of a text, or of a part of it, where they lie.
+inline constexpr std::size_t kMaximumLength = 0xFFFFFFFE;  // of a text; a longer one is out of memory
+
+// The units of a text, or of a part of it, where they lie. Small enough to be passed in registers.
 class TextView {
 public:
-    TextView(const char* units, std::size_t length) : units_(units), length_(length), isWide_(false) {}
-    TextView(const UniChar* units, std::size_t length) : units_(units), length_(length), isWide_(true) {}
+    TextView(const char* units, std::size_t length)
+        : units_(units), length_(static_cast<std::uint32_t>(length)), isWide_(false) {}
+    TextView(const UniChar* units, std::size_t length)
+        : units_(units), length_(static_cast<std::uint32_t>(length)), isWide_(true) {}
 
     bool IsWide() const { return isWide_; }
     std::size_t Length() const { return length_; }
@@ -74,11 +78,20 @@ public:
 
 private:
     const void* units_;
-    std::size_t length_;
+    std::uint32_t length_;
     bool isWide_;
 };
 
-TextView ViewOf(CFStringRef text);
+TextView ViewOf(const MutableText& text);
+
+inline TextView ViewOf(CFStringRef reference) {
+    const __CFString& text = Checked(reference, Type::String);
+    if (text.form & __CFString::kMutable) return ViewOf(static_cast<const MutableText&>(text));
+    const void* units = reinterpret_cast<const std::byte*>(&text) + sizeof(__CFString);
+    if (text.form & __CFString::kWide) return {static_cast<const UniChar*>(units), text.length};
+    return {static_cast<const char*>(units), text.length};
+}
+
 TextView ViewOf(CFStringRef text, CFRange range);  // a range out of bounds ends the process
 
 // A text that cannot change, with one reference of the caller's; the empty one is the shared constant.

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cstdlib>
+#include <limits>
+#include <random>
 
 #include "tests/platform/Vectors.h"
 
@@ -67,6 +70,23 @@ TEST(CFNumberFormatter, SkipsBlanksOfAllScriptsButNoLineEnds) {
         EXPECT_EQ(CFNumberFormatterGetValueFromString(Formatter(), text.get(), &range, kCFNumberFloat32Type, &value),
                   row.isRead);
         EXPECT_EQ(range.length, row.length);
+    }
+}
+
+// Numbers of up to 20 digits with points and exponents everywhere, so that all ways to the nearest double are taken.
+TEST(CFNumberFormatter, RoundsAsTheCLibraryDoes) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 20'000; ++i) {
+        std::string digits = std::to_string(random() >> (random() % 64));
+        digits.insert(random() % (digits.size() + 1), ".");
+        const std::string text = digits + "e" + std::to_string(static_cast<int>(random() % 60) - 40);
+        SCOPED_TRACE(text);
+        float value = 77;
+        const bool isRead = CFNumberFormatterGetValueFromString(Formatter(), MakeText(text).get(), nullptr,
+                                                                kCFNumberFloat32Type, &value);
+        const double expected = std::strtod(text.c_str(), nullptr);
+        ASSERT_EQ(isRead, expected <= std::numeric_limits<float>::max());
+        ASSERT_EQ(value, isRead ? static_cast<float>(expected) : 77);
     }
 }
 
