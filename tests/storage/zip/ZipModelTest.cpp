@@ -1,6 +1,8 @@
-// Random edits of an archive beside a plain map of what it should hold.
+// Random edits of a storage tree beside a plain map of what it should hold: in an archive and in a local folder.
 #include <random>
 
+#include "storage/MacOSXDirectory.h"
+#include "storage/MacOSXStorageFactory.h"
 #include "tests/storage/zip/ZipTest.h"
 #include "tests/support/ArchiveTools.h"
 #include "tests/support/TemporaryFolder.h"
@@ -15,7 +17,7 @@ using Members = std::map<std::string, std::string>;
 // names from different letters, so that neither ever stands in the other's way.
 class Editor {
 public:
-    explicit Editor(std::uint32_t seed) : random_(seed) {}
+    Editor(std::uint32_t seed, bool anyCase) : random_(seed), anyCase_(anyCase) {}
 
     const Members& Expected() const { return members_; }
     const std::string& Story() const { return story_; }
@@ -67,7 +69,7 @@ private:
     String Typed(const std::string& name) {
         std::string typed = name;
         for (char& letter : typed) {
-            if (Has(name) && Pick(2) == 0) letter = static_cast<char>(std::toupper(letter));
+            if (anyCase_ && Has(name) && Pick(2) == 0) letter = static_cast<char>(std::toupper(letter));
         }
         return String(AString(typed.c_str()));
     }
@@ -145,6 +147,7 @@ private:
     }
 
     std::mt19937 random_;
+    bool anyCase_;
     Members members_;
     std::string story_;
 };
@@ -167,7 +170,7 @@ void Walk(Directory& directory, const std::string& path, Members& found) {
 class ZipModelTest : public ZipTest, public ::testing::WithParamInterface<std::uint32_t> {};
 
 TEST_P(ZipModelTest, HoldsWhatItShould) {
-    Editor editor(GetParam());
+    Editor editor(GetParam(), true);
     RefPointer<Directory> top = Mount("");
     for (int step = 0; step < 120; ++step) {
         ASSERT_TRUE(editor.Step(*top)) << editor.Story();
@@ -184,6 +187,21 @@ TEST_P(ZipModelTest, HoldsWhatItShould) {
     const TemporaryFolder folder;
     const std::string path = folder.Write("a.zip", Archive());
     EXPECT_EQ(ToolsThatRefuse(path, editor.Expected().empty()), std::vector<std::string>());
+}
+
+TEST_P(ZipModelTest, AndSoDoesALocalFolder) {
+    ASSERT_TRUE(ObjectFactory::Instance()->Register(&typeid(MacOSXDirectory), New<MacOSXStorageFactory>().Get(),
+                                                    &typeid(Directory)));
+    const TemporaryFolder folder;
+    Editor editor(GetParam(), false);
+    const RefPointer<Directory> top = Open(("file" + folder.Path().string()).c_str());
+    ASSERT_TRUE(top);
+    for (int step = 0; step < 120; ++step) {
+        Members found;
+        const bool same = editor.Step(*top);
+        Walk(*top, "", found);
+        ASSERT_TRUE(same && found == editor.Expected()) << editor.Story();
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, ZipModelTest, ::testing::Range(1u, 9u));
