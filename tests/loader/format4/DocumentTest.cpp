@@ -1,0 +1,129 @@
+// The way from element to element: what is read where, and what is skipped.
+#include <gtest/gtest.h>
+
+#include "tests/loader/format4/Documents.h"
+
+namespace ZEMA::testing {
+namespace {
+
+Words NamesOf(const BasicArray<StorageScene::Model>& models) {
+    Words names;
+    for (const auto& model : models) names.push_back(Utf8(model.name));
+    return names;
+}
+
+TEST(Format4Document, EmptyRootIsAnEmptyScene) {
+    const LoadedScene loaded(Root(""));
+    EXPECT_TRUE(loaded.succeeded);
+    EXPECT_TRUE(loaded->models.Empty() && loaded->cameras.Empty() && loaded->meta.Empty());
+    EXPECT_TRUE(loaded->name.IsEmpty());
+}
+
+TEST(Format4Document, SkipsWhatItDoesNotKnow) {
+    const std::string model = "<Model name='wrong'/>";
+    const struct {
+        const char* what;
+        std::string content;  // of the root
+    } rows[] = {
+        {"unknown in the root", "<Other>" + model + "<Scene>" + model + "</Scene></Other>"},
+        {"a root in the root", Root(Model(""))},
+        {"unknown in the scene", "<Scene><Other>" + model + "</Other></Scene>"},
+        {"other case", "<scene>" + model + "</scene>"},
+        {"a model outside", model},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LoadedScene loaded(Root(row.content + Model("")));
+        EXPECT_TRUE(loaded.succeeded);
+        EXPECT_EQ(NamesOf(loaded->models), Words{"model"});
+    }
+}
+
+TEST(Format4Document, SecondRootIsReadUnderAWrongOne) {
+    const LoadedScene loaded("<WQFML versionMajor='5'>" + Root(Model("")) + "<Scene><Model name='x'/></Scene>" +
+                             "<WQFML versionMajor='3'/></WQFML>");
+    EXPECT_EQ(NamesOf(loaded->models), Words{"model"});
+    EXPECT_EQ(Descriptions(*loaded.loader), (Words{"versionError expected Version 4 actual Version 5"}))
+        << "what follows the second root is skipped";
+}
+
+TEST(Format4Document, ReadsSectionsInAnyOrderAndNumber) {
+    const LoadedScene loaded(Root(Model("") + "<Cameras><Camera refID='1'/></Cameras><Scene cameraRefID='1'>" +
+                                  "<Model name='b'/><Model/></Scene><Cameras><Camera refID='2'/></Cameras>"));
+    EXPECT_EQ(NamesOf(loaded->models), (Words{"model", "b", ""}));
+    EXPECT_EQ(loaded->cameras.Size(), 2U);
+    EXPECT_EQ(loaded->camera, loaded->cameras[0]);
+}
+
+TEST(Format4Document, ReadsCameras) {
+    const LoadedScene loaded(Root(
+        "<Cameras>"
+        "<Camera refID='1' name='\xC3\xA4' distance='2.5' fieldOfView='45' orthographic='true' tx='1' ty='2' tz='3'>"
+        "<Camera refID='2' orthographic='TRUE'/><Other><Camera refID='3'/></Other></Camera>"
+        "<Camera refID='1' name='again'/></Cameras><Scene cameraRefID='1'/>"));
+    ASSERT_EQ(loaded->cameras.Size(), 3U) << "one in a camera counts, one below an unknown element does not";
+    const StorageScene2::Camera& camera = *loaded->cameras[0];
+    EXPECT_EQ(Utf8(camera.name), "\xC3\xA4");
+    EXPECT_EQ(camera.distance, 2.5F);
+    EXPECT_EQ(camera.fieldOfView, 45);
+    EXPECT_TRUE(camera.orthographic);
+    EXPECT_EQ(camera.transformation, Matrix4::FromTranslation({1, 2, 3}));
+    EXPECT_FALSE(loaded->cameras[1]->orthographic);
+    EXPECT_EQ(loaded->cameras[1]->fieldOfView, 80);
+    EXPECT_EQ(loaded->camera, loaded->cameras[2]) << "the later camera of a number is meant";
+}
+
+TEST(Format4Document, ReadsGroupsAndTheirNumbers) {
+    const LoadedScene loaded(
+        Root(Model("<Group name='a' tx='5'/><Group refID='1' name='b'/><Group refID='1' name='c'/>"
+                   "<Group refID='-1' name='d'/>"
+                   "<Joint><GroupRef groupRef='1'/><GroupRef groupRef='4294967295'/></Joint>")));
+    ASSERT_EQ(loaded->models[0].rigids.Size(), 4U);
+    EXPECT_EQ(loaded.Group(0).transformation, Matrix4::FromTranslation({5, 0, 0}));
+    EXPECT_EQ(loaded->models[0].joints[0].rigid1, loaded->models[0].rigids[2]);
+    EXPECT_EQ(loaded->models[0].joints[0].rigid2, nullptr) << "no group has the number of none";
+}
+
+TEST(Format4Document, ReadsJoints) {
+    const LoadedScene loaded(
+        Root(Model("<Group refID='1'/><Group refID='2'/>"
+                   "<Joint name='j' type='ball'><GroupRef groupRef='1' ax='1' ay='0' zx='0' zy='1' zz='0' tx='4'/>"
+                   "<Other/><GroupRef tz='6' groupRef='2'/></Joint><Joint type='hinge'><GroupRef groupRef='2'/>"
+                   "<GroupRef groupRef='1'/></Joint><Joint><GroupRef groupRef='1'/><GroupRef groupRef='2'/></Joint>")));
+    EXPECT_TRUE(loaded.succeeded);
+    const auto& joints = loaded->models[0].joints;
+    ASSERT_EQ(joints.Size(), 3U);
+    EXPECT_EQ(Utf8(joints[0].name), "j");
+    EXPECT_EQ(joints[0].rigid1, loaded->models[0].rigids[0]);
+    EXPECT_EQ(joints[0].rigid2, loaded->models[0].rigids[1]);
+    EXPECT_EQ(joints[0].a1, (Vector3{1, 0, 0}));
+    EXPECT_EQ(joints[0].z1, (Vector3{0, 1, 0}));
+    EXPECT_EQ(joints[0].t1, (Vector3{4, 0, 0}));
+    EXPECT_EQ(joints[0].a2, (Vector3{0, 1, 0}));
+    EXPECT_EQ(joints[0].t2, (Vector3{0, 0, 6}));
+    EXPECT_EQ(joints[0].type, 0U);
+    EXPECT_EQ(joints[1].type, 1U);
+    EXPECT_EQ(joints[2].type, 1U);
+}
+
+TEST(Format4Document, JointOfAnotherModelsGroup) {
+    const LoadedScene loaded(
+        Root("<Scene><Model><Group refID='1'/></Model><Model><Group refID='2'/>"
+             "<Joint><GroupRef groupRef='1'/><GroupRef groupRef='2'/></Joint></Model></Scene>"));
+    EXPECT_TRUE(loaded.succeeded);
+    EXPECT_EQ(loaded->models[1].joints[0].rigid1, loaded->models[0].rigids[0]);
+}
+
+// A joint's handlers leave at the first closing "Joint", also when that closes one inside; what follows is then read as
+// if it stood in the model.
+TEST(Format4Document, JointEndsAtTheFirstClosingTag) {
+    const LoadedScene loaded(
+        Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/>"
+                   "<GroupRef groupRef='2'/><Joint/><Group refID='3'/></Joint><Group refID='4'/>")));
+    EXPECT_TRUE(loaded.succeeded);
+    EXPECT_EQ(loaded->models[0].joints.Size(), 1U);
+    EXPECT_EQ(loaded->models[0].rigids.Size(), 4U);
+}
+
+}  // namespace
+}  // namespace ZEMA::testing

@@ -1,0 +1,125 @@
+// Format-4 documents as text, and what became of them.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "core/RefPointer.h"
+#include "loader/ModelLoaderWQFML4.h"
+#include "scene/StorageScene.h"
+#include "scene/StorageScene2.h"
+
+namespace ZEMA::testing {
+
+using Words = std::vector<std::string>;
+
+inline std::string Utf8(const String& text) {
+    return std::string(text.ToAString().View());
+}
+
+inline AString Bytes(const std::string& text) {
+    return {text.data(), static_cast<std::uint32_t>(text.size())};
+}
+
+inline std::string Root(const std::string& sections) {
+    return "<WQFML versionMajor='4' versionMinor='0'>" + sections + "</WQFML>";
+}
+
+inline std::string Model(const std::string& content) {
+    return "<Scene><Model name='model'>" + content + "</Model></Scene>";
+}
+
+// One group, number 1, of these parts.
+inline std::string Group(const std::string& parts) {
+    return Model("<Group refID='1'>" + parts + "</Group>");
+}
+
+// The attributes that a part must have, and others.
+inline std::string Part(int refID, const std::string& attributes = "", const std::string& content = "") {
+    return "<Part refID='" + std::to_string(refID) + "' materialID='21' " + attributes + ">" + content + "</Part>";
+}
+
+inline std::string Instruction(const std::string& steps) {
+    return "<BuildingInstructions><BuildingInstruction name='bi'>" + steps +
+           "</BuildingInstruction></BuildingInstructions>";
+}
+
+inline std::string Step(const std::string& attributes, const std::string& content = "") {
+    return "<Step " + attributes + ">" + content + "</Step>";
+}
+
+inline std::string PartRef(int part, const std::string& attributes = "") {
+    return "<PartRef partRefID='" + std::to_string(part) + "' " + attributes + "/>";
+}
+
+inline std::string Repeated(const std::string& text, std::size_t count) {
+    std::string result;
+    for (std::size_t i = 0; i < count; ++i) result += text;
+    return result;
+}
+
+// A document in which everything is right: cameras 1 and 2, groups 1 and 2 with parts 1 to 3, a joint, a step.
+inline std::string GoodDocument() {
+    return Root(
+        "<Meta><Application name='App'/></Meta>"
+        "<Cameras><Camera refID='1'/><Camera refID='2'/></Cameras>"
+        "<Scene cameraRefID='1'><Model>"
+        "<Group refID='1'><Part refID='1' designID='3005' materialID='21'/>"
+        "<Part refID='2' designID='3004' materialID='21'/></Group>"
+        "<Group refID='2'><Part refID='3' designID='3003' materialID='21'/></Group>"
+        "<Joint><GroupRef groupRef='1' ax='0' ay='0' az='1'/><GroupRef groupRef='2'/></Joint>"
+        "</Model></Scene>"
+        "<BuildingInstructions><BuildingInstruction cameraRefID='1'>"
+        "<Step cameraRefID='2'><PartRef partRefID='1'/></Step>"
+        "</BuildingInstruction></BuildingInstructions>");
+}
+
+// `text` with its first `from` replaced; one that is not there is the test's own mistake.
+inline std::string Broken(std::string text, const std::string& from, const std::string& to) {
+    const std::size_t position = text.find(from);
+    if (position == std::string::npos) throw std::logic_error("nothing to break: " + from);
+    return text.replace(position, from.size(), to);
+}
+
+inline Words Descriptions(const ModelLoader& loader) {
+    Words words;
+    for (const auto& error : loader.errors) {
+        String text;
+        error->Describe(text);
+        words.push_back(Utf8(text));
+    }
+    return words;
+}
+
+// The format-4 scene that a document gives, joints included.
+struct LoadedScene {
+    explicit LoadedScene(const std::string& text, std::uint32_t options = 0)
+        : loader(New<ModelLoaderWQFML4>()), scene(New<StorageScene>()) {
+        succeeded = loader->LoadScene(Bytes(text), scene.Get(), options);
+    }
+
+    StorageScene* operator->() const { return scene.Get(); }
+    StorageScene::Rigid& Group(std::size_t index) const { return *scene->models[0].rigids[index]; }
+    StorageScene::Part& Part(std::size_t part, std::size_t group = 0) const { return *Group(group).parts[part]; }
+
+    RefPointer<ModelLoaderWQFML4> loader;
+    RefPointer<StorageScene> scene;
+    bool succeeded = false;
+};
+
+// The same, converted.
+struct ConvertedDocument {
+    explicit ConvertedDocument(const std::string& text, std::uint32_t options = 0)
+        : loader(New<ModelLoaderWQFML4>()), scene(New<StorageScene2>()) {
+        succeeded = loader->Load(Bytes(text), scene.Get(), options);
+    }
+
+    StorageScene2* operator->() const { return scene.Get(); }
+
+    RefPointer<ModelLoaderWQFML4> loader;
+    RefPointer<StorageScene2> scene;
+    bool succeeded = false;
+};
+
+}  // namespace ZEMA::testing

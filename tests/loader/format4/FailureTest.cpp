@@ -1,0 +1,220 @@
+// Everything that can be wrong with a document, and how it is told.
+#include <gtest/gtest.h>
+
+#include "tests/loader/format4/Documents.h"
+
+namespace ZEMA::testing {
+namespace {
+
+constexpr std::uint32_t kReadJoints = 0;
+
+TEST(Format4Failure, GoodDocumentHasNone) {
+    const LoadedScene loaded(GoodDocument(), kReadJoints);
+    EXPECT_EQ(Descriptions(*loaded.loader), Words());
+    EXPECT_TRUE(loaded.succeeded);
+    EXPECT_EQ(loaded.loader->errorMask, 0U);
+}
+
+TEST(Format4Failure, TellsWhatIsWrong) {
+    const Words jointError{"jointError"};
+    const struct {
+        const char* what;
+        const char* from;
+        const char* to;
+        Words errors;
+        std::uint32_t mask;
+    } rows[] = {
+        {"malformed", "</Model>", "</Modell>", {"parserError"}, 512},
+        {"minor version",
+         "versionMinor='0'",
+         "versionMinor='1'",
+         {"versionError expected Version 4 actual Version 4.1"},
+         2},
+        {"major version",
+         "versionMajor='4'",
+         "versionMajor='5'",
+         {"versionError expected Version 4 actual Version 5"},
+         2},
+        {"no version", " versionMajor='4'", "", {"versionError expected Version 4 actual Version 0"}, 2},
+        {"scene's camera",
+         "Scene cameraRefID='1'",
+         "Scene cameraRefID='9'",
+         {"cameraError error detail nonExistingCamera"},
+         8},
+        {"camera without refID",
+         "<Camera refID='2'/>",
+         "<Camera refID='2'/><Camera/>",
+         {"cameraError error detail missingRefID"},
+         8},
+        {"camera with a negative one",
+         "<Camera refID='2'/>",
+         "<Camera refID='2'/><Camera refID='-1'/>",
+         {"cameraError error detail missingRefID"},
+         8},
+        {"instruction's camera",
+         "<BuildingInstruction cameraRefID='1'",
+         "<BuildingInstruction cameraRefID='9'",
+         {"biError error detail nonExistingCamera"},
+         256},
+        {"step's camera",
+         "<Step cameraRefID='2'",
+         "<Step cameraRefID='9'",
+         {"biError error detail nonExistingCamera"},
+         256},
+        {"part of a step", "partRefID='1'", "partRefID='9'", {"biError error detail nonExistingPart"}, 256},
+        {"part of a step not named", " partRefID='1'", "", {"biError error detail nonExistingPart"}, 256},
+        {"part without refID", "<Part refID='2'", "<Part", {"partError error detail missingRefID"}, 32},
+        {"part without material",
+         "designID='3004' materialID='21'",
+         "designID='3004'",
+         {"partError error detail notOneMaterial"},
+         32},
+        {"assembly without ID",
+         "<Part refID='2'",
+         "<Part refID='2' assemblyRefID='1'",
+         {"partError error detail assembly"},
+         32},
+        {"assembly without refID",
+         "<Part refID='2'",
+         "<Part refID='2' assemblyID='1'",
+         {"partError error detail assembly"},
+         32},
+        {"assembly of ID 0",
+         "<Part refID='2'",
+         "<Part refID='2' assemblyRefID='1' assemblyID='0'",
+         {"partError error detail assembly"},
+         32},
+        {"flex without control point",
+         "<Part refID='2'",
+         "<Part refID='2' flexRefID='1'",
+         {"partError error detail flex"},
+         32},
+        {"control point without flex",
+         "<Part refID='2'",
+         "<Part refID='2' controlPoint='0'",
+         {"partError error detail flex"},
+         32},
+        {"the first check counts",
+         "<Part refID='2'",
+         "<Part flexRefID='1' assemblyID='1'",
+         {"partError error detail missingRefID"},
+         32},
+        {"third end of a joint", "</Joint>", "<GroupRef groupRef='1'/></Joint>", jointError, 4},
+        {"joint's a", "az='1'", "az='1.00002'", jointError, 4},
+        {"joint's z", "<GroupRef groupRef='2'", "<GroupRef groupRef='2' zx='1'", jointError, 4},
+        {"joint's a is no number", "az='1'", "az='nan'", jointError, 4},
+        {"joint with one end", "<GroupRef groupRef='2'/>", "", jointError, 4},
+        {"joint of one group", "<GroupRef groupRef='2'/>", "<GroupRef groupRef='1'/>", jointError, 4},
+        {"unknown group", "groupRef='2'", "groupRef='9'", {"jointError", "jointError"}, 4},
+        {"unknown group and a bad vector",
+         "groupRef='2'",
+         "zx='1' groupRef='9'",
+         {"jointError", "jointError", "jointError"},
+         4},
+        {"unknown group hides what follows it", "groupRef='2'", "groupRef='9' zx='1'", {"jointError", "jointError"}, 4},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LoadedScene loaded(Broken(GoodDocument(), row.from, row.to), kReadJoints);
+        EXPECT_FALSE(loaded.succeeded);
+        EXPECT_EQ(Descriptions(*loaded.loader), row.errors);
+        EXPECT_EQ(loaded.loader->errorMask, row.mask);
+    }
+}
+
+TEST(Format4Failure, NeedsARootOfItsName) {
+    for (const char* text : {"<wqfml versionMajor='4'/>", "<a><WQFML versionMajor='4'/></a>"}) {
+        SCOPED_TRACE(text);
+        const LoadedScene loaded(text);
+        EXPECT_FALSE(loaded.succeeded);
+        EXPECT_EQ(Descriptions(*loaded.loader), Words{"unknown error detail missingWQFMLTag"});
+        EXPECT_EQ(loaded.loader->errorMask, 1024U);
+    }
+}
+
+TEST(Format4Failure, FindsEverythingInOneLoad) {
+    std::string text = Broken(GoodDocument(), "Scene cameraRefID='1'", "Scene cameraRefID='9'");
+    text = Broken(text, "<Part refID='2'", "<Part");
+    text = Broken(text, "partRefID='1'", "partRefID='9'");
+    const LoadedScene loaded(text, kReadJoints);
+    EXPECT_EQ(Descriptions(*loaded.loader),
+              (Words{"cameraError error detail nonExistingCamera", "partError error detail missingRefID",
+                     "biError error detail nonExistingPart"}));
+    EXPECT_EQ(loaded.loader->errorMask, 8U | 32U | 256U);
+    const LoadedScene malformed(Broken(text, "</WQFML>", ""), kReadJoints);
+    EXPECT_EQ(Descriptions(*malformed.loader).size(), 4U) << "the parser's comes after them";
+}
+
+TEST(Format4Failure, IncompleteFlexesRaiseNothing) {
+    const struct {
+        const char* what;
+        const char* second;  // the attributes of part 2; part 1 is point 0, part 3 point 1
+        bool succeeds;
+    } rows[] = {
+        {"complete", "flexRefID='7' controlPoint='2'", true},
+        {"a gap", "flexRefID='7' controlPoint='3'", false},
+        {"another assembly", "flexRefID='7' controlPoint='2' assemblyRefID='1' assemblyID='5'", false},
+        {"a replaced part does not count", "flexRefID='7' controlPoint='0' assemblyRefID='1' assemblyID='5'", true},
+        {"a flexible element of its own", "flexRefID='8' controlPoint='0'", true},
+        {"whose first point is missing", "flexRefID='8' controlPoint='1'", false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LoadedScene loaded(Root(Group(Part(2, row.second) + Part(1, "flexRefID='7' controlPoint='0'") +
+                                            Part(3, "flexRefID='7' controlPoint='1'"))));
+        EXPECT_EQ(loaded.succeeded, row.succeeds);
+        EXPECT_TRUE(loaded.loader->errors.Empty());
+    }
+}
+
+TEST(Format4Failure, DroppedPartsAreInNoGroup) {
+    const LoadedScene loaded(
+        Root(Group(Part(1, "flexRefID='7'", "<SubMaterial surfaceID='1' materialID='2'/>") + Part(2))));
+    ASSERT_EQ(loaded.Group(0).parts.Size(), 1U);
+    EXPECT_EQ(loaded.Part(0).materials.Size(), 1U) << "what was in the dropped part is nobody's";
+}
+
+TEST(Format4Failure, JointErrorsNameTheJoint) {
+    const LoadedScene loaded(Broken(GoodDocument(), "groupRef='2'", "groupRef='1'"), kReadJoints);
+    EXPECT_EQ(loaded->models[0].joints.Size(), 1U) << "it stays in the model";
+}
+
+TEST(Format4Failure, OptionsLeaveChecksOut) {
+    const struct {
+        const char* what;
+        const char* from;
+        const char* to;
+        std::uint32_t options;
+        bool succeeds;
+    } rows[] = {
+        {"joints are skipped", "groupRef='2'", "groupRef='1'", 1, true},
+        {"with the wrong option they are not", "groupRef='2'", "groupRef='1'", 2, false},
+        {"unknown camera of an instruction", "<BuildingInstruction cameraRefID='1'",
+         "<BuildingInstruction cameraRefID='9'", 2, true},
+        {"unknown camera of a step", "<Step cameraRefID='2'", "<Step cameraRefID='9'", 3, true},
+        {"unknown camera of the scene", "Scene cameraRefID='1'", "Scene cameraRefID='9'", 3, false},
+        {"unknown part of a step", "partRefID='1'", "partRefID='9'", 3, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(LoadedScene(Broken(GoodDocument(), row.from, row.to), row.options).succeeded, row.succeeds);
+    }
+    EXPECT_TRUE(LoadedScene(GoodDocument(), 1)->models[0].joints.Empty());
+}
+
+TEST(Format4Failure, NextLoadStartsAfresh) {
+    const LoadedScene loaded(Broken(GoodDocument(), "<Part refID='2'", "<Part"));
+    EXPECT_TRUE(loaded.loader->LoadScene(Bytes(Root("")), loaded.scene.Get(), 0));
+    EXPECT_TRUE(loaded.loader->errors.Empty());
+    EXPECT_EQ(loaded.loader->errorMask, 0U);
+    EXPECT_TRUE(loaded->models.Empty());
+}
+
+TEST(Format4Failure, LeavesTheTargetAlone) {
+    const ConvertedDocument converted(Broken(GoodDocument(), "<Part refID='2'", "<Part"));
+    EXPECT_FALSE(converted.succeeded);
+    EXPECT_TRUE(converted->meta.Empty() && converted->cameras.Empty() && converted->rigidSystems.Empty());
+}
+
+}  // namespace
+}  // namespace ZEMA::testing

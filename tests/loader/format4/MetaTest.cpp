@@ -1,0 +1,59 @@
+#include <gtest/gtest.h>
+
+#include "tests/loader/format4/Documents.h"
+
+namespace ZEMA::testing {
+namespace {
+
+LoadedScene WithMeta(const std::string& entries) {
+    return LoadedScene(Root("<Meta>" + entries + "</Meta>"));
+}
+
+TEST(Format4Meta, KeepsEveryEntryWithItsAttributes) {
+    const LoadedScene loaded = WithMeta("<Brand b='1' a='2'/><Author>x</Author><Brand/>");
+    ASSERT_EQ(loaded->meta.Size(), 3U);
+    EXPECT_EQ(Utf8(loaded->meta[0].name), "Brand");
+    ASSERT_EQ(loaded->meta[0].attributes.Size(), 2U);
+    EXPECT_EQ(Utf8(loaded->meta[0].attributes[0].key), "b");
+    EXPECT_EQ(Utf8(loaded->meta[0].attributes[1].value), "2");
+    EXPECT_EQ(Utf8(loaded->meta[1].value), "x");
+    EXPECT_TRUE(loaded->meta[2].value.IsEmpty());
+}
+
+TEST(Format4Meta, CollectsTextUpToTheFirstElement) {
+    const struct {
+        const char* what;
+        const char* content;
+        const char* value;
+    } rows[] = {
+        {"untrimmed", " a\n b ", " a\n b "},         {"in pieces", "a&amp;<![CDATA[<b>]]>&#228;", "a&<b>\xC3\xA4"},
+        {"across a comment", "a<!-- x -->b", "ab"},  {"not in nor behind an element", "a<x>b<y>c</y></x>d<z/>e", "a"},
+        {"nothing but an element", "<x>b</x>c", ""}, {"beyond ASCII", "\xE2\x82\xAC", "\xE2\x82\xAC"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LoadedScene loaded = WithMeta("<E>" + std::string(row.content) + "</E> between <F>f</F>");
+        ASSERT_EQ(loaded->meta.Size(), 2U);
+        EXPECT_EQ(Utf8(loaded->meta[0].value), row.value);
+        EXPECT_EQ(Utf8(loaded->meta[1].value), "f");
+    }
+}
+
+TEST(Format4Meta, TakesNamesAndAttributesAsAscii) {
+    const LoadedScene loaded = WithMeta("<\xC3\xA4 k\xC3\xA4='v' k='\xC3\xA4'>\xC3\xA4</\xC3\xA4>");
+    ASSERT_EQ(loaded->meta.Size(), 1U);
+    EXPECT_TRUE(loaded->meta[0].name.IsEmpty());
+    EXPECT_TRUE(loaded->meta[0].attributes[0].key.IsEmpty());
+    EXPECT_TRUE(loaded->meta[0].attributes[1].value.IsEmpty());
+    EXPECT_EQ(Utf8(loaded->meta[0].value), "\xC3\xA4");
+}
+
+TEST(Format4Meta, KeepsTheTextOfAnEntryThatBreaksOff) {
+    const LoadedScene loaded("<WQFML versionMajor='4'><Meta><E>text");
+    EXPECT_FALSE(loaded.succeeded);
+    ASSERT_EQ(loaded->meta.Size(), 1U);
+    EXPECT_EQ(Utf8(loaded->meta[0].value), "text");
+}
+
+}  // namespace
+}  // namespace ZEMA::testing

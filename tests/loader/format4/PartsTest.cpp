@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "loader/DesignCatalogue.h"
+#include "tests/loader/format4/Documents.h"
+
+namespace ZEMA::testing {
+namespace {
+
+using Numbers = std::vector<unsigned long>;
+
+Numbers NumbersOf(const BasicArray<unsigned long>& numbers) {
+    return {numbers.begin(), numbers.end()};
+}
+
+LoadedScene WithParts(const std::string& parts) {
+    return LoadedScene(Root(Group(parts)));
+}
+
+TEST(Format4Parts, ReadsAttributes) {
+    const LoadedScene loaded =
+        WithParts(Part(1, "name='\xC3\xA4' designID='3005' itemNos='300521,300526' other='x' tx='1' ty='2' tz='3'"));
+    const StorageScene::Part& part = loaded.Part(0);
+    EXPECT_EQ(Utf8(part.name), "\xC3\xA4");
+    EXPECT_EQ(part.designID, 3005U);
+    EXPECT_EQ(Utf8(part.itemNos), "300521,300526");
+    EXPECT_EQ(NumbersOf(part.materials), Numbers{21});
+    EXPECT_EQ(part.transformation, Matrix4::FromTranslation({1, 2, 3}));
+    EXPECT_FALSE(part.assembly || part.flex);
+    EXPECT_TRUE(WithParts(Part(1, "itemNos='\xC3\xA4'")).Part(0).itemNos.IsEmpty()) << "item numbers are ASCII";
+}
+
+TEST(Format4Parts, ReadsMaterialsOfSurfaces) {
+    const struct {
+        const char* what;
+        const char* content;
+        Numbers materials;
+    } rows[] = {
+        {"none", "", {21}},
+        {"grows with zeros", "<SubMaterial surfaceID='3' materialID='5'/>", {21, 0, 0, 5}},
+        {"later ones replace",
+         "<SubMaterial surfaceID='1' materialID='5'/><SubMaterial surfaceID='1' materialID='6'/>",
+         {21, 6}},
+        {"not surface 0", "<SubMaterial surfaceID='0' materialID='5'/>", {21}},
+        {"not material 0", "<SubMaterial surfaceID='2' materialID='0'/>", {21}},
+        {"not without a surface", "<SubMaterial materialID='5'/>", {21}},
+        {"also one in another", "<SubMaterial><SubMaterial surfaceID='1' materialID='5'/></SubMaterial>", {21, 5}},
+        {"not one in an unknown element", "<Other><SubMaterial surfaceID='1' materialID='5'/></Other>", {21}},
+        {"nor one in a part inside",
+         "<Part refID='2' materialID='1'><SubMaterial surfaceID='1' materialID='5'/></Part>",
+         {21}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LoadedScene loaded = WithParts(Part(1, "", row.content));
+        EXPECT_EQ(NumbersOf(loaded.Part(0).materials), row.materials);
+        EXPECT_EQ(loaded.Group(0).parts.Size(), 1U);
+    }
+}
+
+TEST(Format4Parts, KeepsDecorationsAsTheyCome) {
+    const LoadedScene loaded =
+        WithParts(Part(1, "", "<Decoration surfaceID='2' decorationID='7'/><Decoration/><Decoration surfaceID='2'/>"));
+    const auto& decorations = loaded.Part(0).decorations;
+    ASSERT_EQ(decorations.Size(), 3U);
+    EXPECT_EQ(decorations[0].surfaceID, 2U);
+    EXPECT_EQ(decorations[0].decorationID, 7U);
+    EXPECT_EQ(decorations[1].surfaceID, 0U);
+    EXPECT_EQ(decorations[2].decorationID, 0U);
+}
+
+TEST(Format4Parts, GathersAssembliesAcrossGroups) {
+    const LoadedScene loaded(Root(Model("<Group>" + Part(1, "assemblyRefID='4' assemblyID='100'") +
+                                        Part(2, "assemblyRefID='5' assemblyID='100'") + "</Group><Group>" +
+                                        Part(3, "assemblyRefID='4' assemblyID='200'") + "</Group>")));
+    const auto& assembly = loaded.Part(0).assembly;
+    ASSERT_TRUE(assembly);
+    EXPECT_EQ(assembly->assemblyID, 100U) << "the first part's";
+    EXPECT_EQ(loaded.Part(0, 1).assembly, assembly);
+    ASSERT_EQ(assembly->parts.Size(), 2U);
+    EXPECT_EQ(assembly->parts[1], &loaded.Part(0, 1));
+    EXPECT_NE(loaded.Part(1).assembly, assembly);
+}
+
+TEST(Format4Parts, PlacesFlexesByControlPoint) {
+    const LoadedScene loaded =
+        WithParts(Part(1, "designID='8' flexRefID='4' controlPoint='2'") +
+                  Part(2, "designID='9' flexRefID='4' controlPoint='0'") + Part(3, "flexRefID='4' controlPoint='2'"));
+    const auto& flex = loaded.Part(0).flex;
+    ASSERT_TRUE(flex);
+    EXPECT_EQ(flex->designID, 8U) << "the first part's";
+    ASSERT_EQ(flex->parts.Size(), 3U);
+    EXPECT_EQ(flex->parts[0], &loaded.Part(1));
+    EXPECT_EQ(flex->parts[1], nullptr);
+    EXPECT_EQ(flex->parts[2], &loaded.Part(2)) << "which replaced the first";
+    EXPECT_EQ(loaded.Part(2).flex, flex);
+}
+
+TEST(Format4Parts, LaterPartOfANumberIsMeant) {
+    const LoadedScene loaded(Root(Group(Part(1) + Part(1)) + Instruction(Step("", PartRef(1)))));
+    EXPECT_EQ(loaded->buildingInstructions[0].steps[0]->parts[0].part.Get(), &loaded.Part(1));
+}
+
+// A part of this design in a document of that brick set, turned so that its own x axis is the model's -z axis.
+LoadedScene Corrected(std::uint32_t design, const std::string& brickSet) {
+    return LoadedScene(Root("<Meta>" + brickSet + "</Meta>" +
+                            Group(Part(1, "angle='90' tx='1' designID='" + std::to_string(design) + "'"))));
+}
+
+std::string BrickSet(const std::string& version) {
+    return "<BrickSet version='" + version + "'/>";
+}
+
+// "4.2" for a row that holds until brick set 4.3, by its last version before that.
+std::string Before(const LegacyCorrection& row) {
+    const std::string major = std::to_string(row.fixedInMinor > 0 ? row.fixedInMajor : row.fixedInMajor - 1);
+    return major + (row.fixedInMinor > 0 ? "." + std::to_string(row.fixedInMinor - 1) + ".9" : ".999");
+}
+
+std::string From(const LegacyCorrection& row) {
+    return std::to_string(row.fixedInMajor) + "." + std::to_string(row.fixedInMinor);
+}
+
+TEST(Format4Parts, CorrectsOldPlacements) {
+    for (const LegacyCorrection& row : LegacyCorrections()) {
+        if (row.successor != 0) continue;
+        SCOPED_TRACE(row.design);
+        const Matrix4 offset = Corrected(row.design, BrickSet(Before(row))).Part(0).transformation;
+        EXPECT_NEAR(offset.m[12], 1, 1e-6);
+        EXPECT_NEAR(offset.m[14], 0.8, 1e-6) << "along the part's own x axis";
+        const Matrix4 kept = Corrected(row.design, BrickSet(From(row))).Part(0).transformation;
+        EXPECT_NEAR(kept.m[14], 0, 1e-6) << "no longer from that version on";
+        EXPECT_EQ(Corrected(row.design, BrickSet(Before(row))).Part(0).designID, row.design);
+    }
+}
+
+TEST(Format4Parts, ReplacesRetiredDesigns) {
+    for (const LegacyCorrection& row : LegacyCorrections()) {
+        if (row.successor == 0) continue;
+        SCOPED_TRACE(row.design);
+        for (const char* version : {"1", "1000.2"}) {
+            const LoadedScene loaded = Corrected(row.design, BrickSet(version));
+            EXPECT_EQ(loaded.Part(0).designID, row.successor);
+            EXPECT_NEAR(loaded.Part(0).transformation.m[14], 0, 1e-6) << "one correction at most";
+        }
+    }
+}
+
+TEST(Format4Parts, CorrectsByTheVersionOfTheBrickSet) {
+    const auto retired = std::find_if(LegacyCorrections().begin(), LegacyCorrections().end(),
+                                      [](const LegacyCorrection& row) { return row.successor != 0; });
+    const struct {
+        const char* what;
+        std::string brickSet;
+        bool corrected;
+    } rows[] = {
+        {"none", "", false},
+        {"a version", BrickSet("1"), true},
+        {"a major version of 0", BrickSet("0.9"), false},
+        {"no number", BrickSet("x"), false},
+        {"no version", "<BrickSet/>", false},
+        {"not ASCII", BrickSet("\xC3\xA4 1"), false},
+        {"of another entry", "<Brand version='1'/>", false},
+        {"the last one counts", BrickSet("1") + BrickSet("0"), false},
+        {"what it does not reach stays", BrickSet("1") + BrickSet("x"), true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const std::uint32_t expected = row.corrected ? retired->successor : retired->design;
+        EXPECT_EQ(Corrected(retired->design, row.brickSet).Part(0).designID, expected);
+    }
+    const LoadedScene late(Root(Group(Part(1, "designID='" + std::to_string(retired->design) + "'")) + "<Meta>" +
+                                BrickSet("1") + "</Meta>"));
+    EXPECT_EQ(late.Part(0).designID, retired->design) << "it must be known when the part is read";
+}
+
+TEST(Format4Parts, FlexTakesTheDesignAsItWasRead) {
+    const auto retired = std::find_if(LegacyCorrections().begin(), LegacyCorrections().end(),
+                                      [](const LegacyCorrection& row) { return row.successor != 0; });
+    const LoadedScene loaded(
+        Root("<Meta>" + BrickSet("1") + "</Meta>" +
+             Group(Part(1, "flexRefID='1' controlPoint='0' designID='" + std::to_string(retired->design) + "'"))));
+    EXPECT_EQ(loaded.Part(0).flex->designID, retired->design);
+    EXPECT_EQ(loaded.Part(0).designID, retired->successor);
+}
+
+}  // namespace
+}  // namespace ZEMA::testing
