@@ -1,7 +1,7 @@
 // Reference counts, equality and hashes of all objects.
 #include "platform/CoreFoundation/CFRuntime.h"
 
-#include <random>
+#include <unistd.h>
 
 namespace ZEMA::CF {
 namespace {
@@ -37,8 +37,10 @@ const Object& ObjectAt(CFTypeRef reference) {
 }
 
 std::uint64_t SecretNumber() {
-    std::random_device device;
-    return (std::uint64_t{device()} << 32) | device();
+    std::uint64_t number = 0;
+    // Without a source of chance, where the system has put the program must do.
+    if (getentropy(&number, sizeof(number)) != 0) number = reinterpret_cast<std::uintptr_t>(&number);
+    return number;
 }
 
 }  // namespace

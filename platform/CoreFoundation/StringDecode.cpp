@@ -1,6 +1,7 @@
 // From bytes to units.
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "platform/CoreFoundation/StringObject.h"
 
@@ -86,6 +87,7 @@ CFStringRef DecodeUtf8(std::span<const UInt8> bytes) {
 // Units may come at odd addresses and in the other byte order, and their text may turn out to be ASCII.
 CFStringRef DecodeUtf16(std::span<const UInt8> bytes, std::size_t highByte) {
     if (bytes.size() < 2) return nullptr;
+    if (bytes.size() / 2 > kMaximumLength) throw std::bad_alloc();
     std::vector<UniChar> units(bytes.size() / 2);
     for (std::size_t i = 0; i < units.size(); ++i) {
         units[i] = static_cast<UniChar>((bytes[2 * i + highByte] << 8) | bytes[2 * i + 1 - highByte]);
