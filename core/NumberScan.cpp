@@ -94,8 +94,31 @@ bool HasZeroMantissa(const Decimal& number) {
     return std::none_of(number.first, end, [](char byte) { return byte >= '1' && byte <= '9'; });
 }
 
+// Up to 15 digits are exact in a double, and so is the power of ten that they are divided by: the quotient is the
+// nearest double. Nearly all numbers of a document are that short, and this costs a third of the general conversion.
+bool ConvertShort(const Decimal& number, double& value) {
+    constexpr std::ptrdiff_t kExactDigits = 15;
+    static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
+    if (number.exponent != nullptr || number.end - number.first > kExactDigits) return false;
+    const bool negative = *number.first == '-';
+    std::uint64_t digits = 0;
+    const char* behindPoint = number.end;
+    for (const char* cursor = number.first + negative; cursor != number.end; ++cursor) {
+        if (*cursor == '.') {
+            behindPoint = cursor + 1;
+        } else {
+            digits = digits * 10 + static_cast<unsigned>(*cursor - '0');
+        }
+    }
+    const double magnitude = static_cast<double>(digits) / kPowersOfTen[number.end - behindPoint];
+    value = negative ? -magnitude : magnitude;
+    return true;
+}
+
 // The nearest double; false when it is out of range.
 bool Convert(const Decimal& number, double& value) {
+    if (ConvertShort(number, value)) return true;
 #if defined(__cpp_lib_to_chars)
     return std::from_chars(number.first, number.end, value).ec == std::errc();
 #else  // a standard library that has from_chars for integers only
