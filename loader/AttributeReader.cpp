@@ -22,6 +22,18 @@ bool ScanFloatAt(const String& text, float& value, std::uint32_t& position) {
     return text.ScanFloat(value, position);
 }
 
+// Up to nine digits and nothing else, which is what nearly all numbers are.
+bool ScanPlainDigits(std::string_view text, std::uint32_t& value) {
+    if (text.empty() || text.size() > 9) return false;
+    std::uint32_t number = 0;
+    for (const char byte : text) {
+        if (byte < '0' || byte > '9') return false;
+        number = number * 10 + static_cast<std::uint32_t>(byte - '0');
+    }
+    value = number;
+    return true;
+}
+
 template <class Text>
 void ScanFloatsOf(const Text& text, std::span<float> values) {
     std::uint32_t position = 0;
@@ -98,6 +110,7 @@ void ScanFloats(const AString& text, std::span<float> values) {
 }
 
 bool ScanUnsigned(std::string_view text, std::uint32_t& value) {
+    if (ScanPlainDigits(text, value)) return true;
     std::uint32_t position = 0;
     return IsAscii(text) ? ScanUInt32(text, value, position) : ToString(text).ScanUInt32(value, position);
 }

@@ -18,6 +18,12 @@ RefPointer<StorageScene2::Brick> NewBrick(std::uint32_t design) {
     return brick;
 }
 
+// Whether a refID is taken, with `place` where it stands or would stand.
+template <class Map>
+bool IsUsed(Map& map, typename Map::Position place, std::uint32_t refID) {
+    return place != map.end() && place->first == refID;
+}
+
 }  // namespace
 
 bool ModelLoaderWQFML5::ReadBricks(const Node& root, StorageScene2& scene) {
@@ -33,14 +39,15 @@ bool ModelLoaderWQFML5::ReadBricks(const Node& root, StorageScene2& scene) {
 bool ModelLoaderWQFML5::ReadBrick(const Node& node, StorageScene2& scene) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BrickError>(BrickError::MissingRefID));
-    if (brickMap.Contains(refID)) return Fail(New<BrickError>(BrickError::ReusedRefID));
+    const auto place = brickMap.LowerBound(refID);
+    if (IsUsed(brickMap, place, refID)) return Fail(New<BrickError>(BrickError::ReusedRefID));
     std::uint32_t designID = 0;
     ReadUnsigned(node, "designID", designID);
     if (designID == 0) return Fail(New<BrickError>(BrickError::MissingDesignID));
 
     const RefPointer<StorageScene2::Brick> brick = NewBrick(designID);
     ReadString(node, "itemNos", brick->itemNos);
-    brickMap.Insert(refID, brick.Get());
+    brickMap.InsertBefore(place, refID, brick.Get());
     scene.bricks.PushBack(brick);
     const bool behaviors = ReadBehaviors(node, brick->behaviors);
     brick->parts.Reserve(CountChildren(node, "Part"));
@@ -53,14 +60,15 @@ bool ModelLoaderWQFML5::ReadBrick(const Node& node, StorageScene2& scene) {
 bool ModelLoaderWQFML5::ReadPart(const Node& node, StorageScene2::Brick& brick) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<PartError>(nullptr, PartError::MissingRefID));
-    if (partMap.Contains(refID)) return Fail(New<PartError>(nullptr, PartError::ReusedRefID));
+    const auto place = partMap.LowerBound(refID);
+    if (IsUsed(partMap, place, refID)) return Fail(New<PartError>(nullptr, PartError::ReusedRefID));
     std::uint32_t designID = 0;
     ReadUnsigned(node, "designID", designID);
     if (designID == 0) return Fail(New<PartError>(nullptr, PartError::MissingDesignID));
 
     const RefPointer<StorageScene2::Part> part = New<StorageScene2::Part>(designID);
     if (!ReadPartLists(node, *part)) return false;
-    partMap.Insert(refID, part.Get());
+    partMap.InsertBefore(place, refID, part.Get());
     part->brick = &brick;
     brick.parts.PushBack(part);
     const bool behaviors = ReadBehaviors(node, part->behaviors);
@@ -86,9 +94,10 @@ bool ModelLoaderWQFML5::ReadPartLists(const Node& node, StorageScene2::Part& par
 bool ModelLoaderWQFML5::ReadBone(const Node& node, StorageScene2::Part& part) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BoneError>(BoneError::MissingRefID));
-    if (boneMap.Contains(refID)) return Fail(New<BoneError>(BoneError::ReusedRefID));
+    const auto place = boneMap.LowerBound(refID);
+    if (IsUsed(boneMap, place, refID)) return Fail(New<BoneError>(BoneError::ReusedRefID));
     const RefPointer<StorageScene2::Bone> bone = New<StorageScene2::Bone>();
-    boneMap.Insert(refID, bone.Get());
+    boneMap.InsertBefore(place, refID, bone.Get());
     bone->part = &part;
     part.bones.PushBack(bone);
     bone->transformation = ReadTransformation(node);
