@@ -47,7 +47,7 @@ std::string FailureReasonOf(const std::string& path) {
     if (check.attempts.empty() || check.loaded) return "the plug-in did not import it and does not say why";
     const LoadAttempt& last = check.attempts.back();
     if (!last.reason.empty()) return last.reason;
-    if (last.errors.empty()) return "it cannot be loaded";
+    if (last.errors.empty()) return "the model is not complete, and the loader names no error";
     const std::size_t more = last.errors.size() - 1;
     return last.errors.front() + (more == 0 ? "" : " (and " + std::to_string(more) + " more)");
 }

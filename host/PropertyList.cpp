@@ -37,7 +37,7 @@ std::optional<Value> ReadDictionary(const XMLDOMNodeAString& node, int depth, st
             return std::nullopt;
         }
         std::string key = TextOf(*node.children[i]);
-        if (i + 1 == node.children.Size()) {
+        if (i + 1 == node.children.Size() || node.children[i + 1]->name == "key") {
             problem = "the key '" + key + "' has no value";
             return std::nullopt;
         }

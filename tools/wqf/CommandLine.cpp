@@ -8,6 +8,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "host/Output.h"
@@ -74,11 +75,13 @@ void AddFormat(CLI::App& parser, Format& format, const std::vector<std::pair<std
     std::string choices;
     for (const auto& [name, value] : names) choices += (choices.empty() ? "" : ", ") + name;
     const auto find = [names](const std::string& wanted) {
-        return std::find_if(names.begin(), names.end(), [&](const auto& item) { return item.first == Bared(wanted); });
+        const auto named = [&](const auto& item) { return item.first == Bared(wanted); };
+        const auto found = std::find_if(names.begin(), names.end(), named);
+        return found == names.end() ? std::nullopt : std::optional<Format>(found->second);
     };
-    const auto set = [&format, find](const std::string& name) { format = find(name)->second; };
-    const auto check = [names, find, choices](const std::string& name) {
-        return find(name) == names.end() ? "'" + Bared(name) + "' is none of " + choices : std::string();
+    const auto set = [&format, find](const std::string& name) { format = *find(name); };
+    const auto check = [find, choices](const std::string& name) {
+        return find(name) ? std::string() : "'" + Bared(name) + "' is none of " + choices;
     };
     format = names.front().second;
     parser.add_option_function<std::string>("--format", set, "How to print: " + choices)

@@ -1,0 +1,83 @@
+#include "host/FileReading.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+
+#include "host/PathList.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZEMA::testing {
+
+namespace {
+
+void MakeSocket(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+    const int socketFile = socket(AF_UNIX, SOCK_STREAM, 0);
+    EXPECT_EQ(bind(socketFile, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    close(socketFile);
+}
+
+}  // namespace
+
+// A pipe without a writer would be waited for without end.
+TEST(FileReading, OpensRegularFilesOnly) {
+    const TemporaryFolder folder;
+    folder.Write("file", "abc");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0666), 0);
+    MakeSocket(folder / "socket");
+    std::filesystem::create_symlink("file", folder.Path() / "link");
+    std::filesystem::create_symlink("pipe", folder.Path() / "linked pipe");
+    const struct {
+        std::string path;
+        const char* problem;
+    } rows[] = {
+        {folder / "file", ""},
+        {folder / "link", ""},
+        {folder / "pipe", "is a pipe, not a regular file"},
+        {folder / "linked pipe", "is a pipe, not a regular file"},
+        {folder / "socket", "is a socket, not a regular file"},
+        {"/dev/null", "is a device, not a regular file"},
+        {folder.Path().string(), "is a folder"},
+        {folder / "missing", "No such file or directory"},
+        {folder / "file/below", "Not a directory"},
+        {folder / std::string(300, 'x'), "File name too long"},
+        {"", "No such file or directory"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(WhyUnreadable(row.path), row.problem);
+        std::string problem;
+        EXPECT_EQ(ReadRegularFile(row.path, 3, problem).value_or("none"), *row.problem == '\0' ? "abc" : "none");
+        EXPECT_EQ(problem, row.problem);
+    }
+    std::string problem;
+    EXPECT_FALSE(ReadRegularFile(folder / "file", 2, problem));
+    EXPECT_EQ(problem, "is too large");
+}
+
+TEST(PathList, HasAZeroByteBetweenPaths) {
+    const TemporaryFolder folder;
+    const struct {
+        std::string bytes;
+        std::vector<std::string> paths;
+    } rows[] = {
+        {"", {}},
+        {"a\nb", {"a\nb"}},
+        {std::string("a\0b\0", 4), {"a", "b"}},
+        {std::string("a\0\0\xFF", 4), {"a", "", "\xFF"}},
+    };
+    std::string problem;
+    for (const auto& row : rows) EXPECT_EQ(ReadPathList(folder.Write("list", row.bytes), problem), row.paths);
+    EXPECT_FALSE(ReadPathList(folder.Path().string(), problem));
+    EXPECT_EQ(problem, "Is a directory");
+}
+
+}  // namespace ZEMA::testing

@@ -1,0 +1,43 @@
+// A plug-in module with one factory for each thing that a host may find wrong.
+
+#include <CoreServices/CoreServices.h>
+
+namespace {
+
+HRESULT KnowsNothing(void*, REFIID, void** result) {
+    *result = nullptr;
+    return E_NOINTERFACE;
+}
+HRESULT KnowsAll(void* instance, REFIID, void** result) {
+    *result = instance;
+    return S_OK;
+}
+ULONG Counts(void*) {
+    return 1;
+}
+Boolean ImportsNothing(void*, CFMutableDictionaryRef, CFStringRef, CFStringRef) {
+    return false;
+}
+
+const MDImporterInterfaceStruct otherTable = {nullptr, KnowsNothing, Counts, Counts, ImportsNothing};
+const MDImporterInterfaceStruct leakingTable = {nullptr, KnowsAll, Counts, Counts, ImportsNothing};
+const MDImporterInterfaceStruct* other = &otherTable;
+const MDImporterInterfaceStruct* leaking = &leakingTable;
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) void* MakesNothing(CFAllocatorRef, CFUUIDRef) {
+    return nullptr;
+}
+
+extern "C" __attribute__((visibility("default"))) void* MakesNoImporter(CFAllocatorRef, CFUUIDRef) {
+    return &other;
+}
+
+extern "C" __attribute__((visibility("default"))) void* LeavesAnInstance(CFAllocatorRef, CFUUIDRef) {
+    const CFUUIDRef factory =
+        CFUUIDCreateFromString(kCFAllocatorDefault, CFSTR("1A62A22C-F866-420C-AF47-37B71F698B92"));
+    CFPlugInAddInstanceForFactory(factory);
+    CFRelease(factory);
+    return &leaking;
+}

@@ -1,0 +1,47 @@
+#include <gtest/gtest.h>
+
+#include "tests/tools/Process.h"
+
+namespace ZEMA::testing {
+
+TEST(CommandLine, TellsHowToUseIt) {
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"--help"}, {"-h"}, {"help"}, {"--version"}}) {
+        const Result result = Wqf(arguments);
+        EXPECT_EQ(result.exit, 0) << arguments[0];
+        EXPECT_NE(result.out.find("wqf"), std::string::npos);
+        EXPECT_EQ(result.err, "");
+    }
+    EXPECT_EQ(Wqf({"help", "import"}).out, Wqf({"import", "--help"}).out);
+    EXPECT_NE(Wqf({"help", "import"}).out.find("--files0-from FILE"), std::string::npos);
+}
+
+TEST(CommandLine, RefusesWhatItDoesNotKnow) {
+    const struct {
+        std::vector<std::string> arguments;
+        const char* problem;
+    } rows[] = {
+        {{}, "wqf: no command is given\n"},
+        {{"impart"}, "wqf: there is no command 'impart'\n"},
+        {{"help", "impart"}, "wqf: there is no command 'impart'\n"},
+        {{"--fast"}, "wqf: there is no option '--fast'\n"},
+        {{"import"}, "wqf: no PATH is given\n"},
+        {{"import", "--"}, "wqf: no PATH is given\n"},
+        {{"import", "--fast", "a.wqf"}, "wqf: The following argument was not expected: --fast\n"},
+        {{"import", "--format", "yaml", "a.wqf"}, "wqf: --format: 'yaml' is none of text, json, ndjson, plist\n"},
+        {{"import", "a.wqf", "--bundle"}, "wqf: --bundle: 1 required DIR missing\n"},
+        {{"import", "--files0-from", "-", "a.wqf"}, "wqf: --files0-from and PATHs exclude each other\n"},
+        {{"import", "--files0-from", "/no/list"}, "wqf: /no/list: No such file or directory\n"},
+        {{"import", "--bundle", "/no/bundle", "a.wqf"}, "wqf: /no/bundle: there is no such bundle\n"},
+        {{"import", "--bundle", "/", "a.wqf"}, "wqf: //Contents/Info.plist: No such file or directory\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.problem);
+        const Result result = Wqf(row.arguments);
+        EXPECT_EQ(result.exit, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err.substr(0, result.err.find('\n') + 1), row.problem);
+    }
+}
+
+}  // namespace ZEMA::testing

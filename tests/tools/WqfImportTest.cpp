@@ -1,0 +1,184 @@
+// wqf import as a process: what it prints, what it says, and how it ends.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/ArchiveBuilder.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/Process.h"
+
+namespace ZEMA::testing {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kModel = R"(<WQFML versionMajor="5"><Meta><Author name="Zo&#235;"/></Meta><Bricks/></WQFML>)";
+constexpr const char* kAttributes =
+    R"({"kMDItemVersion":"5","kMDItemAuthors":["Zoë"],"com_zema_wqf_numberofbricks":0,"com_zema_wqf_listofbricks":[]})";
+
+std::string Archive() {
+    return ArchiveBuilder().Deflated("IMAGE100.WQFML", kModel).Bytes();
+}
+
+std::vector<Json> Lines(const std::string& out) {
+    std::vector<Json> objects;
+    for (std::size_t start = 0; start < out.size();) {
+        const std::size_t end = out.find('\n', start);
+        objects.push_back(Json::parse(out.substr(start, end - start)));
+        start = end + 1;
+    }
+    return objects;
+}
+
+std::string Imported(const std::string& path) {
+    return R"({"path":")" + path + R"(","imported":true,"attributes":)" + kAttributes + "}";
+}
+
+std::string NotImported(const std::string& path, const std::string& error) {
+    return R"({"path":")" + path + R"(","imported":false,"attributes":{},"error":")" + error + R"("})";
+}
+
+class WqfImport : public ::testing::Test {
+protected:
+    const TemporaryFolder folder_;
+    const std::string good_ = folder_.Write("good.wqf", Archive());
+    const std::string bare_ = folder_.Write("bare.wqfml", kModel);
+};
+
+}  // namespace
+
+TEST_F(WqfImport, PrintsOneObjectForEachInput) {
+    ASSERT_EQ(mkfifo((folder_ / "pipe.wqf").c_str(), 0666), 0);
+    fs::create_directory(folder_.Path() / "empty");
+    fs::create_symlink("good.wqf", folder_.Path() / "link");
+    const std::string garbage = folder_.Write("line\nbreak.wqf", "garbage");
+    const std::string foreign = folder_.Write("\xE9.wqf", kModel);
+    const std::string root = folder_.Path().string();
+    const Result result = Wqf({"import", "--format=ndjson", good_, folder_ / "gone.wqf", folder_ / "pipe.wqf",
+                               folder_ / "empty", bare_, folder_ / "link", garbage, foreign, "/dev/null", good_});
+    EXPECT_EQ(result.exit, 1);
+    std::string expected = Imported(good_) + "\n" + NotImported(root + "/gone.wqf", "No such file or directory") +
+                           "\n" + NotImported(root + "/pipe.wqf", "is a pipe, not a regular file") + "\n" +
+                           Imported(bare_) + "\n" + Imported(root + "/link") + "\n" +
+                           NotImported(root + "/line\\nbreak.wqf", "parserError") + "\n" +
+                           NotImported(root + "/\xEF\xBF\xBD.wqf", "the path is not UTF-8") + "\n" +
+                           NotImported("/dev/null", "is a device, not a regular file") + "\n" + Imported(good_) + "\n";
+    EXPECT_EQ(result.out, expected);
+    EXPECT_EQ(result.err, "wqf: " + root + "/empty: there are no documents in this folder\n" + "wqf: " + root +
+                              "/gone.wqf: No such file or directory\n" + "wqf: " + root +
+                              "/pipe.wqf: is a pipe, not a regular file\n" + "wqf: " + root +
+                              "/line\\u000Abreak.wqf: parserError\n" + "wqf: " + root +
+                              "/\xEF\xBF\xBD.wqf: the path is not UTF-8\n" +
+                              "wqf: /dev/null: is a device, not a regular file\n");
+}
+
+TEST_F(WqfImport, SaysHowManyMoreErrorsThereAre) {
+    const std::string path = folder_.Write(
+        "bad.wqfml", R"(<WQFML versionMajor="5"><Bricks><Brick/><Brick/><Brick refID="1"/></Bricks></WQFML>)");
+    EXPECT_EQ(Wqf({"import", path}).err, "wqf: " + path + ": brickError error detail missingRefID (and 2 more)\n");
+}
+
+TEST_F(WqfImport, PrintsEveryFormat) {
+    const Result text = Wqf({"import", good_});
+    EXPECT_EQ(text.exit, 0);
+    EXPECT_EQ(text.out.substr(0, text.out.find('\n')), "com_zema_wqf_listofbricks   = (");
+    const Result several = Wqf({"import", "--", good_, folder_ / "gone", bare_});
+    EXPECT_EQ(several.out, good_ + ":\n" + text.out + "\n" + bare_ + ":\n" + text.out);
+
+    const Result json = Wqf({"import", "--format", "json", good_, folder_ / "gone"});
+    EXPECT_EQ(json.exit, 1);
+    EXPECT_EQ(Json::parse(json.out).dump(),
+              "[" + Imported(good_) + "," + NotImported(folder_ / "gone", "No such file or directory") + "]");
+
+    const Result list = Shell("\"$WQF\" import --format plist '" + good_ + "' '" + bare_ +
+                              "' | python3 -c 'import json,plistlib,sys; "
+                              "print(json.dumps(plistlib.loads(sys.stdin.buffer.read()), ensure_ascii=False))'");
+    EXPECT_EQ(Json::parse(list.out).dump(), "[" + Imported(good_) + "," + Imported(bare_) + "]");
+}
+
+TEST_F(WqfImport, ReadsListsOfPathsAndSearchesFolders) {
+    fs::create_directories(folder_.Path() / "sub/.deep");
+    folder_.Write("sub/.deep/b.WQF", Archive());
+    folder_.Write("sub/a.wqf", Archive());
+    const std::string list = folder_ / "sub" + std::string(1, '\0') + good_ + std::string(1, '\0');
+    const std::string expected =
+        Imported(folder_ / "sub/.deep/b.WQF") + "\n" + Imported(folder_ / "sub/a.wqf") + "\n" + Imported(good_) + "\n";
+    EXPECT_EQ(Wqf({"import", "--format=ndjson", "--files0-from", "-"}, list).out, expected);
+    EXPECT_EQ(Wqf({"import", "--format=ndjson", "--files0-from=" + folder_.Write("list", list)}).out, expected);
+
+    const Result none = Wqf({"import", "--format=json", "--files0-from", "-"}, "");
+    EXPECT_EQ(none.exit, 0);
+    EXPECT_EQ(none.out, "[]\n");
+    fs::create_directory(folder_.Path() / "empty");
+    EXPECT_EQ(Wqf({"import", folder_ / "empty"}).exit, 0);
+}
+
+// The option parser has meanings of its own for some of these.
+TEST_F(WqfImport, TakesFilesOfAnyName) {
+    std::string line = "cd '" + folder_.Path().string() + "' && ";
+    std::string expected;
+    for (const char* name : {"++", "{}", "[a]", "a,b", "import", "help", " ", "%%", "-x.wqf", "--"}) {
+        folder_.Write(name, Archive());
+        expected += Imported(name) + "\n";
+    }
+    const Result result =
+        Shell(line + "\"$WQF\" import --format ndjson ++ '{}' '[a]' a,b import help ' ' %% -- -x.wqf --");
+    EXPECT_EQ(result.out, expected);
+    EXPECT_EQ(result.exit, 0) << result.err;
+    for (const char* alone : {"{}", "[a]", "''"}) {
+        EXPECT_EQ(Lines(Shell(line + "\"$WQF\" import --format ndjson " + alone).out).size(), 1u) << alone;
+    }
+}
+
+TEST_F(WqfImport, EndsQuietlyWhenNobodyReads) {
+    // Enough records to fill any pipe.
+    std::string paths;
+    for (int i = 0; i < 3000; ++i) paths += folder_ / "no such document" + std::string(1, '\0');
+    folder_.Write("list", paths);
+    const Result result = Shell("{ \"$WQF\" import --format ndjson --files0-from '" + (folder_ / "list") + "' 2>'" +
+                                (folder_ / "err") + "'; echo $? >'" + (folder_ / "status") + "'; } | head -n 1");
+    EXPECT_EQ(Lines(result.out).size(), 1u);
+    EXPECT_EQ(folder_.Read("status"), std::to_string(128 + SIGPIPE) + "\n");
+    EXPECT_EQ(folder_.Read("err").find("standard output"), std::string::npos);
+
+    const Result full = Shell("\"$WQF\" import '" + good_ + "' >/dev/full");
+    EXPECT_EQ(full.exit, 1);
+    EXPECT_EQ(full.err, "wqf: standard output: No space left on device\n");
+}
+
+// A record that is written in two pieces could be torn apart by another program that writes into the same pipe.
+TEST_F(WqfImport, WritesARecordAtOnce) {
+    EXPECT_EQ(Wqf({"import", "--format", "ndjson", good_, folder_ / "gone", bare_}).pieces, 3);
+}
+
+TEST_F(WqfImport, LoadsTheBundleThatItIsTold) {
+    fs::copy(ZEMA_BUNDLE, folder_ / "Other.mdimporter", fs::copy_options::recursive);
+    EXPECT_EQ(Wqf({"import", "--format", "ndjson", "--bundle", folder_ / "Other.mdimporter", good_}).out,
+              Imported(good_) + "\n");
+    fs::remove(folder_ / "Other.mdimporter/Contents/Linux/WQFImporter");
+    const Result broken = Wqf({"import", "--bundle", folder_ / "Other.mdimporter", good_});
+    EXPECT_EQ(broken.exit, 2);
+    EXPECT_EQ(broken.err,
+              "wqf: " + (folder_ / "Other.mdimporter/Contents/Linux/WQFImporter") + ": No such file or directory\n");
+}
+
+// As installed: the program finds the bundle under lib/wqf beside its own folder.
+TEST_F(WqfImport, FindsTheInstalledBundle) {
+    fs::create_directories(folder_.Path() / "bin");
+    fs::create_directories(folder_.Path() / "lib/wqf");
+    const std::string program = folder_ / "bin/wqf";
+    fs::copy(ZEMA_PROGRAM, program);
+    const std::string import =
+        "LD_LIBRARY_PATH='" ZEMA_PLATFORM_FOLDER "' '" + program + "' import --format ndjson '" + good_ + "'";
+    EXPECT_EQ(Shell(import).exit, 2);
+    fs::copy(ZEMA_BUNDLE, folder_ / "lib/wqf/WQFImporter.mdimporter", fs::copy_options::recursive);
+    EXPECT_EQ(Shell(import).out, Imported(good_) + "\n");
+}
+
+}  // namespace ZEMA::testing
