@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "LoadedDocument.h"
@@ -11,8 +12,7 @@ namespace {
 
 using Scene = StorageScene2;
 
-// Collects what a scene holds in a short notation, so that one text shows all that a load left in it:
-// brick 1 with a part 2 of materials 3, 4 and decoration 0, 5 and two bones is "1{2[3,4|0,5]**}".
+// Collects what a scene holds in the notation of documents5.txt, so that one text shows all that a load left in it.
 class Outline {
 public:
     explicit Outline(const Scene& scene) {
@@ -76,156 +76,48 @@ private:
     std::ostringstream out_;
 };
 
-TEST(ModelLoaderWQFML5, RefusesOtherDocuments) {
-    const struct {
-        const char* what;
-        const char* text;
-        Words errors;
-        std::uint32_t mask;
-    } rows[] = {
-        {"no text", "", {"parserError"}, 512},
-        {"not well-formed behind a good root", "<WQFML versionMajor='5'><Bricks></WQFML>", {"parserError"}, 512},
-        {"not well-formed before any root", "<<WQFML versionMajor='4'/>", {"parserError"}, 512},
-        {"another root", "<wqfml versionMajor='5'/>", {"unknown error detail missingWQFMLTag"}, 1024},
-        {"another root, malformed later", "<OTHER><a></OTHER>", {"unknown error detail missingWQFMLTag"}, 1024},
-        {"version 4, malformed later",
-         "<WQFML versionMajor='4' versionMinor='0'><a></WQFML>",
-         {"versionError expected Version 5 actual Version 4"},
-         2},
-        {"version 5.1",
-         "<WQFML versionMajor='5' versionMinor='1'><Bricks/></WQFML>",
-         {"versionError expected Version 5 actual Version 5.1"},
-         2},
-        {"no version", "<WQFML versionMajor='five'/>", {"versionError expected Version 5 actual Version 0"}, 2},
-        {"no bricks section, which is no error of its own", "<WQFML versionMajor='5' versionMinor='0'/>", {}, 0},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        const LoadedDocument document(row.text);
-        EXPECT_FALSE(document.succeeded);
-        EXPECT_EQ(document.Errors(), row.errors);
-        EXPECT_EQ(document.loader->errorMask, row.mask);
+// One document of documents5.txt, which says how they are written.
+struct Case {
+    std::string what;
+    std::string text;
+    Words errors;
+    std::string outcome;
+};
+
+std::vector<Case> Cases() {
+    std::ifstream file(ZEMA_DOCUMENTS);
+    std::vector<Case> cases(1);
+    bool isWhole = true;
+    for (std::string line; std::getline(file, line);) {
+        Case& last = cases.back();
+        if (line.starts_with("#")) {
+            isWhole = line.starts_with("##");
+            last = {line, {}, {}, {}};
+        } else if (line.starts_with("! ")) {
+            last.errors.push_back(line.substr(2));
+        } else if (line.starts_with("= ")) {
+            last.outcome = line.substr(2);
+            if (!isWhole) last.text = Wqfml(last.text);
+            cases.emplace_back();
+        } else {
+            last.text += line;
+        }
     }
+    cases.pop_back();
+    return cases;
 }
 
 TEST(ModelLoaderWQFML5, GoesOnAfterWhatIsWrong) {
-    const std::string brick = BrickWithBone();
-    const auto parts = [](const std::string& more) {
-        return Bricks("<Brick refID='1' designID='1'>" + more + "<Part refID='9' designID='2' materials='3'/></Brick>");
-    };
-    const auto withBrick = [&](const std::string& more) { return Bricks(brick) + more; };
-    const struct {
-        const char* what;
-        std::string sections;
-        bool succeeds;
-        Words errors;
-        const char* outline;
-    } rows[] = {
-        {"a good brick", Bricks(brick), true, {}, "0 cameras; 1{2[3]*}"},
-        {"only the first section of a name counts", Bricks("") + Bricks(brick), true, {}, "0 cameras;"},
-        {"cameras without and with a reused refID",
-         "<Cameras><Camera/><Camera refID='1'/><Camera refID='1'/><camera/></Cameras>" + Bricks(brick),
-         false,
-         {"cameraError error detail missingRefID", "cameraError error detail reusedRefID"},
-         "1 cameras; 1{2[3]*}"},
-        {"the bricks' camera",
-         "<Cameras><Camera refID='7'/></Cameras><Bricks cameraRef='7'/>",
-         true,
-         {},
-         "1! cameras;"},
-        {"an unknown one",
-         "<Bricks cameraRef='7'>" + brick + "</Bricks>",
-         true,
-         {"cameraError error detail nonExistingCamera"},
-         "0 cameras; 1{2[3]*}"},
-        {"bricks left out with all below them",
-         Bricks("<Brick designID='1'><Part/></Brick><Brick refID='1'/><Brick refID='1' designID='0'/>" + brick +
-                "<Brick refID='1' designID='5'><Part/></Brick><brick/>"),
-         false,
-         {"brickError error detail missingRefID", "brickError error detail missingDesignID",
-          "brickError error detail missingDesignID", "brickError error detail reusedRefID"},
-         "0 cameras; 1{2[3]*}"},
-        {"parts without a refID or design",
-         parts("<Part designID='2'/><Part refID='1'/><Part refID='1' designID='x'/>"),
-         false,
-         {"partError error detail missingRefID", "partError error detail missingDesignID",
-          "partError error detail missingDesignID"},
-         "0 cameras; 1{2[3]}"},
-        {"a reused part refID",
-         parts("<Part refID='9' designID='4' materials='5'/>"),
-         false,
-         {"partError error detail reusedRefID"},
-         "0 cameras; 1{4[5]}"},
-        {"a bad material",
-         parts("<Part refID='1' designID='4' materials='1,x,3'/>"),
-         true,
-         {"partError error detail wrongMaterial design id 4"},
-         "0 cameras; 1{4[1,0,3]2[3]}"},
-        {"no material",
-         parts("<Part refID='1' designID='4'/><Part refID='1' designID='5' materials=''/>"),
-         false,
-         {"partError error detail missingMaterial design id 4", "partError error detail missingMaterial design id 5"},
-         "0 cameras; 1{2[3]}"},
-        {"decorations",
-         parts("<Part refID='1' designID='4' materials='1' decoration='5,6'/>"),
-         true,
-         {},
-         "0 cameras; 1{4[1|0,5,6]2[3]}"},
-        {"a bad decoration",
-         parts("<Part refID='1' designID='4' materials='1' decoration='x'/>"),
-         true,
-         {"partError error detail wrongDecoration design id 4"},
-         "0 cameras; 1{4[1|0,0]2[3]}"},
-        {"bones without and with a reused refID",
-         parts("<Part refID='1' designID='4' materials='1'><Bone/><Bone refID='1'/><Bone refID='1'/></Part>"),
-         false,
-         {"boneError error detail missingRefID", "boneError error detail reusedRefID"},
-         "0 cameras; 1{4[1]*2[3]}"},
-        {"unknown parts of a group, without an error",
-         withBrick("<GroupSystems><GroupSystem><Group name='a' partRefs='1,99,x'><Group name='b' partRefs='1'/></Group>"
-                   "</GroupSystem></GroupSystems>"),
-         false,
-         {},
-         "0 cameras; 1{2[3]*} group a(+-- group b(+))"},
-        {"rigids without and with a reused refID; unknown bones",
-         withBrick(
-             "<RigidSystems><RigidSystem><Rigid/><Rigid refID='1' boneRefs='1,2'/><Rigid refID='1'/></RigidSystem>"
-             "</RigidSystems>"),
-         false,
-         {"rigidError error detail missingRefID", "rigidError error detail reusedRefID"},
-         "0 cameras; 1{2[3]*} rigid(+-)"},
-        {"joints come after all rigids",
-         withBrick("<RigidSystems><RigidSystem><Joint type='hinge'><RigidRef rigidRef='1'/><RigidRef/></Joint>"
-                   "<Rigid refID='1'/></RigidSystem></RigidSystems>"),
-         true,
-         {},
-         "0 cameras; 1{2[3]*} rigid() joint0(+-)"},
-        {"joints without a type or a known rigid",
-         withBrick("<RigidSystems><RigidSystem><Rigid refID='1'/><Joint/><Joint type='Ball'/><Joint type='ball'/>"
-                   "<Joint type='ball'><RigidRef rigidRef='2'/></Joint></RigidSystem></RigidSystems>"),
-         false,
-         {"jointError", "jointError", "jointError"},
-         "0 cameras; 1{2[3]*} rigid() joint1(--)"},
-        {"instructions",
-         "<Cameras><Camera refID='3'/></Cameras>" +
-             withBrick("<BuildingInstructions><BuildingInstruction><PartRef/><Camera cameraRef='9'/><Camera/>"
-                       "<Step><PartRef/><Camera cameraRef='3'/><Step/><PartRef partRef='1'/></Step>"
-                       "</BuildingInstruction></BuildingInstructions>"),
-         false,
-         {"biError error detail nonExistingCamera", "biError error detail nonExistingPart"},
-         "1 cameras; 1{2[3]*} camera- step( part- camera+ step() part+)"},
-        {"behaviours without a name or a key are failures only",
-         "<Behaviors><Behavior/></Behaviors>" + withBrick("<Meta/>"),
-         false,
-         {},
-         "0 cameras; 1{2[3]*}"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        const LoadedDocument document(Wqfml(row.sections));
-        EXPECT_EQ(document.succeeded, row.succeeds);
-        EXPECT_EQ(document.Errors(), row.errors);
-        EXPECT_EQ(Outline(*document.scene).Text(), row.outline);
+    const std::vector<Case> cases = Cases();
+    EXPECT_EQ(cases.size(), 25U);
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.what);
+        const LoadedDocument document(one.text);
+        EXPECT_EQ(document.Errors(), one.errors);
+        EXPECT_EQ((document.succeeded ? "true " : "false ") + Outline(*document.scene).Text(), one.outcome);
+        std::uint32_t kinds = 0;
+        for (const auto& error : document.loader->errors) kinds |= error->kind;
+        EXPECT_EQ(document.loader->errorMask, kinds);
     }
 }
 
