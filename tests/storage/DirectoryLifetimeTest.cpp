@@ -30,14 +30,14 @@ TEST_F(DirectoryLifetime, FilesKeepTheirDirectories) {
 
 // One directory keeps the next: a release that went from destructor to destructor would exhaust the stack.
 TEST_F(DirectoryLifetime, LetsGoOfDeepChains) {
-    constexpr int kDepth = 30000;
+    constexpr int kDepth = 100000;
     RefPointer<Directory> deepest = mem;
     RefPointer<Directory> middle;
     for (int depth = 0; depth < kDepth; ++depth) {
         deepest = New<Directory>("d", deepest.Get());
         if (depth == kDepth / 2) middle = deepest;
     }
-    EXPECT_EQ(GetFullPath(*deepest, true).Length(), 3u + 2 * kDepth);
+    EXPECT_EQ(GetFullPath(*deepest, true).Length(), 3u + 2u * kDepth);
     deepest.Reset();
     EXPECT_TRUE(middle->GetOpenChildren().Empty());  // those above are held by this one
     EXPECT_FALSE(mem->GetOpenChildren().Empty());
