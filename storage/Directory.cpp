@@ -19,14 +19,22 @@ Directory::Directory(const String& name, Directory* parent)
     if (parent != nullptr) parent->openChildren_[name] = this;
 }
 
-Directory::~Directory() = default;
+// A directory whose construction failed further down never came to its last release, and must not be found any more.
+Directory::~Directory() {
+    const StorageLock lock;
+    LeaveParent();
+}
 
 void Directory::OnLastRelease() {
-    if (Directory* const parent = Parent()) {
-        for (const String& alias : aliases_) EraseEntry(parent->openChildren_, alias, this);
-        EraseEntry(parent->openChildren_, Name(), this);
-    }
+    LeaveParent();
     DirectoryElement::OnLastRelease();
+}
+
+void Directory::LeaveParent() {
+    Directory* const parent = Parent();
+    if (parent == nullptr) return;
+    for (const String& alias : aliases_) EraseEntry(parent->openChildren_, alias, this);
+    EraseEntry(parent->openChildren_, Name(), this);
 }
 
 void AddAlias(Directory& directory, const String& alias) {

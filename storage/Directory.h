@@ -85,6 +85,7 @@ protected:
 private:
     friend void AddAlias(Directory& directory, const String& alias);
 
+    void LeaveParent();
     void SkipFoundDirectories();
 
     OpenChildren openChildren_;  // weak: each child erases itself
