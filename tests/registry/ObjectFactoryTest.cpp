@@ -28,9 +28,8 @@ class Factory : public SpecificObjectFactory {
 public:
     Factory(EventLog& log, std::string name, FactoryRank rank = FactoryRank::General, bool answers = true)
         : SpecificObjectFactory(rank), log_(log), name_(std::move(name)), answers_(answers) {}
-    Object* Create(ObjectFactoryArgs* args) override {
+    Object* Create(ObjectFactoryArgs*) override {
         log_.push_back("ask " + name_);
-        lastArgs = args;
         if (whenAsked) whenAsked();
         return answers_ ? new LoggedObject(log_, "object of " + name_) : nullptr;
     }
@@ -40,7 +39,6 @@ public:
     }
     bool attaches = true;
     std::function<void()> whenAsked;
-    ObjectFactoryArgs* lastArgs = nullptr;
 
 protected:
     ~Factory() override { log_.push_back("end of " + name_); }
@@ -73,19 +71,17 @@ protected:
 };
 
 TEST_F(ObjectFactoryTest, AnswersForConcreteAndAbstractTypes) {
-    const auto circles = Make("circles", FactoryRank::General, false);
-    const auto squares = Make("squares");
-    EXPECT_TRUE(factory->Register(&typeid(Circle), circles.Get(), &typeid(Shape)));
-    EXPECT_TRUE(factory->Register(&typeid(Square), squares.Get(), &typeid(Shape)));
+    EXPECT_TRUE(factory->Register(&typeid(Circle), Make("circles", FactoryRank::General, false).Get(), &typeid(Shape)));
+    EXPECT_TRUE(factory->Register(&typeid(Square), Make("squares").Get(), &typeid(Shape)));
+    EXPECT_TRUE(factory->Register(&typeid(Triangle), Make("triangles").Get(), &typeid(Shape)));
     EXPECT_TRUE(factory->Register(&typeid(Tone), Make("tones").Get(), &typeid(Sound)));
+    // The first answer ends the asking.
     EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"ask circles", "ask squares"}));
     EXPECT_TRUE(answered);
-    EXPECT_EQ(squares->lastArgs, &args);
     // A concrete type is its own factory's affair alone.
     EXPECT_EQ(Asked(typeid(Circle)), (EventLog{"ask circles"}));
     EXPECT_FALSE(answered);
-    EXPECT_EQ(Asked(typeid(Triangle)), (EventLog{}));
-    EXPECT_FALSE(answered);
+    EXPECT_EQ(Asked(typeid(EventLog)), (EventLog{}));
 
     Object* const object = factory->Create(&typeid(Tone), nullptr);
     EXPECT_EQ(object->ReferenceCount(), 0);
@@ -111,12 +107,6 @@ TEST_F(ObjectFactoryTest, AsksSelectiveFactoriesFirstInWhateverOrderTheyCame) {
         }
         EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"ask triangles", "ask circles", "ask squares"}));
     } while (std::next_permutation(std::begin(order), std::end(order)));
-}
-
-TEST_F(ObjectFactoryTest, TheFirstAnswerEndsTheAsking) {
-    EXPECT_TRUE(factory->Register(&typeid(Circle), Make("circles").Get(), &typeid(Shape)));
-    EXPECT_TRUE(factory->Register(&typeid(Square), Make("squares", FactoryRank::Selective).Get(), &typeid(Shape)));
-    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"ask squares"}));
 }
 
 TEST_F(ObjectFactoryTest, AttachesOnceAndCountsRegistrations) {
