@@ -111,16 +111,20 @@ MemoryNode* MemoryVolume::Put(const char* path, const char* bytes) {
     return node;
 }
 
-MemoryNode* MemoryVolume::At(const char* path) const {
-    BasicArray<String> components;
-    SplitPath(path, components);
-    MemoryNode* node = top;
-    for (const String& component : components) {
+MemoryNode* MemoryNode::At(const BasicArray<String>& path) {
+    MemoryNode* node = this;
+    for (const String& component : path) {
         const auto position = node->children.Find(component);
         if (position == node->children.end()) return nullptr;
         node = position->second;
     }
     return node;
+}
+
+MemoryNode* MemoryVolume::At(const char* path) const {
+    BasicArray<String> components;
+    SplitPath(path, components);
+    return top->At(components);
 }
 
 void MemoryDirectory::Log(const char* what, const std::string& name) {
@@ -130,16 +134,6 @@ void MemoryDirectory::Log(const char* what, const std::string& name) {
 MemoryNode* MemoryDirectory::Child(const String& name) const {
     const auto position = node_.children.Find(name);
     return position != node_.children.end() ? position->second : nullptr;
-}
-
-bool MemoryDirectory::SetFlags(const ElementFlags* flags) {
-    node_.flags = *flags;
-    return true;
-}
-
-bool MemoryDirectory::SetTimes(const ElementTimes* times) {
-    node_.times = *times;
-    return true;
 }
 
 Directory* MemoryDirectory::CreateChildObject(const String& name) {
@@ -185,18 +179,8 @@ bool MemoryDirectory::SetChildFlags(const String& name, const ElementFlags* flag
 }
 
 bool MemoryDirectory::HasDirectoryPath(const BasicArray<String>& components) {
-    const MemoryNode* node = &node_;
-    for (const String& component : components) {
-        const auto position = node->children.Find(component);
-        if (position == node->children.end() || !position->second->flags.IsDirectory()) return false;
-        node = position->second;
-    }
-    return true;
-}
-
-bool MemoryDirectory::HasFile(const String& name) {
-    const MemoryNode* const child = Child(name);
-    return child != nullptr && !child->flags.IsDirectory();
+    const MemoryNode* const node = node_.At(components);
+    return node != nullptr && node->flags.IsDirectory();
 }
 
 bool MemoryDirectory::List(const String& pattern, Listing* listing) {

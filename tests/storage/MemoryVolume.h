@@ -21,6 +21,8 @@ struct MemoryNode {
     ElementTimes times;
     std::string bytes;
     BasicMap<String, MemoryNode*, StringCaseInsensitiveLess<String>> children;
+
+    MemoryNode* At(const BasicArray<String>& path);  // null when there is none
 };
 
 // Outlives what is opened in it. Its failures are counted over all operations on the contents of files.
@@ -36,7 +38,7 @@ struct MemoryVolume {
 
     // Makes an entry, with the directories on the way.
     MemoryNode* Put(const char* path, const char* bytes);  // null for a directory
-    MemoryNode* At(const char* path) const;                // null when there is none
+    MemoryNode* At(const char* path) const;
 };
 
 class MemoryDirectory : public Directory {
@@ -44,9 +46,9 @@ public:
     MemoryDirectory(const String& name, Directory* parent, MemoryVolume& volume, MemoryNode& node)
         : Directory(name, parent), volume_(volume), node_(node) {}
 
-    bool SetFlags(const ElementFlags* flags) override;
+    bool SetFlags(const ElementFlags* flags) override { return node_.flags = *flags, true; }
     ElementFlags GetFlags() override { return node_.flags; }
-    bool SetTimes(const ElementTimes* times) override;
+    bool SetTimes(const ElementTimes* times) override { return node_.times = *times, true; }
     ElementTimes GetTimes() override { return node_.times; }
     Directory* CreateChildObject(const String& name) override;
     bool CreateDirectory(const String& name) override;
@@ -56,7 +58,7 @@ public:
     bool SetChildFlags(const String& name, const ElementFlags* flags) override;
     bool IsEmpty() override { return node_.children.Empty(); }
     bool HasDirectoryPath(const BasicArray<String>& components) override;
-    bool HasFile(const String& name) override;
+    bool HasFile(const String& name) override { return Child(name) != nullptr && !Child(name)->flags.IsDirectory(); }
     bool List(const String& pattern, Listing* listing) override;
 
 protected:
