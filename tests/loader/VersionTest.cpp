@@ -16,21 +16,15 @@ TEST(Version, ComparesComponentsAsNumbers) {
 }
 
 TEST(Version, IsWrittenWithoutZerosAtTheEnd) {
-    const struct {
-        Version version;
-        const char* text;
-    } rows[] = {
-        {Version(), "0"},
-        {Version(4), "4"},
-        {Version(4, 1), "4.1"},
-        {Version(4, 0, 2), "4.0.2"},
-        {Version(4, 0, 0, 1), "4.0.0.1"},
-        {Version(4294967295U, 0, 3), "4294967295.0.3"},
-    };
-    for (const auto& row : rows) {
-        String text("v");
-        row.version.AppendTo(text);
-        EXPECT_EQ(Utf8(text), std::string("v") + row.text);
+    const std::pair<Version, std::string> rows[] = {{Version(), "0"},
+                                                    {Version(4, 1), "4.1"},
+                                                    {Version(4, 0, 2), "4.0.2"},
+                                                    {Version(4, 0, 0, 1), "4.0.0.1"},
+                                                    {Version(4294967295U, 0, 3), "4294967295.0.3"}};
+    for (const auto& [version, text] : rows) {
+        String out("v");
+        version.AppendTo(out);
+        EXPECT_EQ(Utf8(out), "v" + text);
     }
 }
 
