@@ -45,8 +45,12 @@ protected:
 template <class T, class Cmp = Less<T>>
 class BasicSet : public BasicKeyTree<T, std::set<T, Cmp>> {
 public:
-    // False, and no change, when an equal key exists.
-    bool Insert(const T& key) { return this->tree_.insert(key).second; }
+    // False, and no change, when an equal key exists. Keys that come in ascending order cost no search.
+    bool Insert(const T& key) {
+        const std::size_t size = this->tree_.size();
+        this->tree_.insert(this->tree_.end(), key);
+        return this->tree_.size() != size;
+    }
 };
 
 // Keeps every equal key, in the order in which they came.
