@@ -62,12 +62,13 @@ bool ReadEndRecord(File& archive, ZipEndRecord& record) {
 }
 
 bool RewriteEndRecord(File& archive, const ZipEndRecord& record) {
-    char bytes[kEndCommentLength - kEndEntriesOnDisk];
-    StoreU16(bytes, record.entryCount);
-    StoreU16(bytes + kEndEntries - kEndEntriesOnDisk, record.entryCount);
-    StoreU32(bytes + kEndDirectorySize - kEndEntriesOnDisk, record.directorySize);
-    StoreU32(bytes + kEndDirectoryOffset - kEndEntriesOnDisk, record.directoryOffset);
-    return WriteAt(archive, std::uint64_t{record.position} + kEndEntriesOnDisk, sizeof bytes, bytes);
+    char bytes[kEndRecordSize] = {};
+    StoreU16(bytes + kEndEntriesOnDisk, record.entryCount);
+    StoreU16(bytes + kEndEntries, record.entryCount);
+    StoreU32(bytes + kEndDirectorySize, record.directorySize);
+    StoreU32(bytes + kEndDirectoryOffset, record.directoryOffset);
+    return WriteAt(archive, std::uint64_t{record.position} + kEndEntriesOnDisk, kEndCommentLength - kEndEntriesOnDisk,
+                   bytes + kEndEntriesOnDisk);
 }
 
 }  // namespace ZEMA
