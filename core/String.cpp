@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "core/CFOwner.h"
 #include "core/NumberScan.h"
 #include "core/UnitWindow.h"
+#include "platform/Foundation/CFPointer.h"
 
 namespace ZEMA {
 namespace {
@@ -123,7 +123,7 @@ bool String::LessNoCase(const String& other) const {
 
 int String::CompareNoCase(std::uint32_t p, std::uint32_t n, const String& other, std::uint32_t q,
                           std::uint32_t m) const {
-    const CFOwner<CFStringRef> part(other.CreateCFString(q, m));
+    const Foundation::CFPointer<CFStringRef> part(other.CreateCFString(q, m));
     return CompareRangeNoCase(Clamp(p, n), part.Get());
 }
 
@@ -156,7 +156,7 @@ std::uint32_t String::FindNoCase(const String& text, std::uint32_t start) const 
 
 std::uint32_t String::FindFirstOf(const String& set, std::uint32_t start) const {
     if (start >= Length()) return npos;
-    const CFOwner<CFCharacterSetRef> members(
+    const Foundation::CFPointer<CFCharacterSetRef> members(
         CFCharacterSetCreateWithCharactersInString(kCFAllocatorDefault, set.CFString()));
     CFRange found = {};
     return PositionOf(CFStringFindCharacterFromSet(CFString(), members.Get(), Clamp(start, npos), 0, &found), found);
@@ -171,7 +171,7 @@ void String::Split(UniChar separator, BasicArray<String>& pieces) const {
 void String::Split(const String& separator, BasicArray<String>& pieces) const {
     // Made before `pieces` is emptied: this text or the separator may be one of them.
     const bool isSeparator = *this == separator;
-    const CFOwner<CFArrayRef> parts(
+    const Foundation::CFPointer<CFArrayRef> parts(
         IsEmpty() || isSeparator
             ? nullptr
             : CFStringCreateArrayBySeparatingStrings(kCFAllocatorDefault, CFString(), separator.CFString()));

@@ -1,9 +1,9 @@
 // The conversions of String from and to bytes.
 #include <cstring>
 
-#include "core/CFOwner.h"
 #include "core/Exception.h"
 #include "core/String.h"
+#include "platform/Foundation/CFPointer.h"
 
 namespace ZEMA {
 namespace {
@@ -62,7 +62,7 @@ CFIndex SizeWithoutTerminator(const UInt8* bytes, std::uint32_t count, CFIndex u
 AString String::ToAString(TextEncoding encoding, std::uint32_t p, std::uint32_t n) const {
     constexpr std::uint32_t kRoomOfEmptyText = 2;
     const CFStringEncoding platformEncoding = PlatformEncoding(encoding);
-    const CFOwner<CFStringRef> text(CreateCFString(p, n));
+    const Foundation::CFPointer<CFStringRef> text(CreateCFString(p, n));
     if (CFStringGetLength(text.Get()) == 0 || platformEncoding == kCFStringEncodingInvalidId) {
         AString empty;
         empty.Reserve(kRoomOfEmptyText);

@@ -1,9 +1,9 @@
 // The scans of String: booleans, floats, unsigned integers.
 #include "core/BoolLiterals.h"
-#include "core/CFOwner.h"
 #include "core/DigitScan.h"
 #include "core/String.h"
 #include "core/UnitWindow.h"
+#include "platform/Foundation/CFPointer.h"
 
 namespace ZEMA {
 
@@ -22,7 +22,7 @@ bool String::ScanBool(bool& value, std::uint32_t& position) const {
 bool String::ScanFloat(float& value, std::uint32_t& position) const {
     const std::uint32_t length = Length();
     if (position >= length) return false;
-    const CFOwner<CFNumberFormatterRef> formatter(
+    const Foundation::CFPointer<CFNumberFormatterRef> formatter(
         CFNumberFormatterCreate(kCFAllocatorDefault, nullptr, kCFNumberFormatterNoStyle));
     CFRange range = CFRangeMake(position, length - position);
     const bool read =
