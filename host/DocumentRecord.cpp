@@ -53,12 +53,17 @@ void ImportAbsolute(const PluginHost& host, const std::string& path, DocumentRec
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document) {
     DocumentRecord record{document.path, false, {}, document.problem};
     if (!document.problem.empty()) return record;
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(document.path, error);
-    if (error) {
-        record.error = error.message();
-    } else {
-        ImportAbsolute(host, absolute.string(), record);
+    try {
+        std::error_code error;
+        const std::filesystem::path absolute = std::filesystem::absolute(document.path, error);
+        if (error) {
+            record.error = error.message();
+        } else {
+            ImportAbsolute(host, absolute.string(), record);
+        }
+    } catch (...) {
+        // One document that is too large for the memory must not take the others with it.
+        record = {document.path, false, {}, ReasonOfException()};
     }
     return record;
 }

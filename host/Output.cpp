@@ -1,5 +1,6 @@
 #include "host/Output.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -32,6 +33,13 @@ constexpr std::string_view kEraseLine = "\r\x1B[K";  // ECMA-48: to the line's s
 bool Output::Write(std::string_view piece) {
     if (error_ == 0) error_ = WriteAll(STDOUT_FILENO, piece);
     return error_ == 0;
+}
+
+void ReserveStandardDescriptors() {
+    // Opened for reading, so that writing to it is still noticed.
+    int descriptor = open("/dev/null", O_RDONLY);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = open("/dev/null", O_RDONLY);
+    if (descriptor >= 0) close(descriptor);
 }
 
 void PrintMessage(std::string_view subject, std::string_view text) {

@@ -23,6 +23,10 @@ private:
     int error_ = 0;
 };
 
+// Call it first. Where the program was started without standard input, output or error, their numbers are taken, so
+// that no document is opened under one of them and written over by a message.
+void ReserveStandardDescriptors();
+
 // One line on standard error, "wqf: SUBJECT: TEXT" or "wqf: TEXT", written at once. Control characters are \u00XX in it
 // and bytes that are not UTF-8 are U+FFFD, so that it stays one line.
 void PrintMessage(std::string_view subject, std::string_view text);

@@ -29,10 +29,10 @@ CFPointer<CFStringRef> FolderOf(CFStringRef path) {
     return Foundation::pathWithComponents(parents.Get());
 }
 
-// The whole path of a link's destination. It is standardised like any other path, since the storage tree would resolve
-// a ".." in it by the text alone, past the links on the way.
+// The whole path of a link's destination, in which "~" is a name like any other. It is standardised like any other
+// path, since the storage tree would resolve a ".." in it by the text alone, past the links on the way.
 CFPointer<CFStringRef> FollowedFrom(CFStringRef link, CFStringRef destination) {
-    if (Foundation::isAbsolutePath(destination)) return Foundation::stringByStandardizingPath(destination);
+    if (CFStringGetCharacterAtIndex(destination, 0) == '/') return Foundation::stringByStandardizingPath(destination);
     const CFPointer<CFStringRef> whole = Foundation::stringByAppendingPathComponent(FolderOf(link).Get(), destination);
     return Foundation::stringByStandardizingPath(whole.Get());
 }

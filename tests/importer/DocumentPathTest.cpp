@@ -31,7 +31,6 @@ TEST(DocumentPath, PutsTheVolumeInPlaceOfTheRoot) {
         {"/", "file"},
     };
     for (const auto& row : rows) EXPECT_EQ(StoragePath(row.path), row.storagePath);
-    EXPECT_TRUE(StoragePathOf(CFSTR("")).IsEmpty() || fs::is_directory("/" + StoragePath("").substr(5)));
 }
 
 TEST(DocumentPath, StartsARelativePathAtTheCurrentFolder) {
@@ -59,6 +58,7 @@ TEST(DocumentPath, FollowsALinkOnce) {
         {"a relative one starts at the link's folder", "relative.wqf", "real/a.wqf", "file//" + root + "/real/a.wqf"},
         {"and climbs from where that folder really is", "short/up.wqf", "../a.wqf", "file//" + root + "/real/a.wqf"},
         {"a link to a link stops there", "second.wqf", "relative.wqf", "file//" + root + "/relative.wqf"},
+        {"a destination is never a home folder", "home.wqf", "~/a.wqf", "file//" + root + "/~/a.wqf"},
         {"one that leads nowhere", "dangling.wqf", "gone.wqf", "file//" + root + "/gone.wqf"},
     };
     for (const auto& row : rows) {

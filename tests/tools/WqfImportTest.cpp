@@ -150,6 +150,10 @@ TEST_F(WqfImport, EndsQuietlyWhenNobodyReads) {
     const Result full = Shell("\"$WQF\" import '" + good_ + "' >/dev/full");
     EXPECT_EQ(full.exit, 1);
     EXPECT_EQ(full.err, "wqf: standard output: No space left on device\n");
+    const Result closed = Shell("\"$WQF\" import '" + good_ + "' >&-");
+    EXPECT_EQ(closed.exit, 1);
+    EXPECT_EQ(closed.err, "wqf: standard output: Bad file descriptor\n");
+    EXPECT_EQ(folder_.Read("good.wqf"), Archive());
 }
 
 // A record that is written in two pieces could be torn apart by another program that writes into the same pipe.
