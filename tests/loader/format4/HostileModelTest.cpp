@@ -10,7 +10,7 @@ namespace ZEMA::testing {
 namespace {
 
 std::string Surface(const char* element, std::uint64_t surface) {
-    return "<" + std::string(element) + " surfaceID='" + std::to_string(surface) +
+    return std::string("<") + element + " surfaceID='" + std::to_string(surface) +
            "' materialID='1' decorationID='1'/>";
 }
 

@@ -112,14 +112,18 @@ std::string BrickSet(const std::string& version) {
     return "<BrickSet version='" + version + "'/>";
 }
 
-// "4.2" for a row that holds until brick set 4.3, by its last version before that.
+std::string VersionText(std::uint32_t major, std::uint32_t minor) {
+    return std::to_string(major) + "." + std::to_string(minor);
+}
+
+// The last version before the one that ends the row: "4.2.9" before 4.3, "3.999" before 4.0.
 std::string Before(const LegacyCorrection& row) {
-    const std::string major = std::to_string(row.fixedInMinor > 0 ? row.fixedInMajor : row.fixedInMajor - 1);
-    return major + (row.fixedInMinor > 0 ? "." + std::to_string(row.fixedInMinor - 1) + ".9" : ".999");
+    if (row.fixedInMinor == 0) return VersionText(row.fixedInMajor - 1, 999);
+    return VersionText(row.fixedInMajor, row.fixedInMinor - 1) + ".9";
 }
 
 std::string From(const LegacyCorrection& row) {
-    return std::to_string(row.fixedInMajor) + "." + std::to_string(row.fixedInMinor);
+    return VersionText(row.fixedInMajor, row.fixedInMinor);
 }
 
 TEST(Format4Parts, CorrectsOldPlacements) {
