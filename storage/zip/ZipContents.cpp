@@ -59,7 +59,7 @@ private:
 };
 
 MallocBytes AllocateBytes(std::uint32_t size) {
-    return MallocBytes(static_cast<unsigned char*>(std::malloc(std::max(size, 1u))));
+    return MallocBytes(static_cast<unsigned char*>(MallocBlock(std::max(size, 1u))));
 }
 
 // The bytes of a segment that belong to the member.

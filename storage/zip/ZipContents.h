@@ -2,18 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 
 #include "storage/File.h"
+#include "storage/zip/ZipBlock.h"
 #include "storage/zip/ZipFileHeader.h"
 
 namespace ZEMA {
-
-struct FreeBlock {
-    void operator()(void* block) const { std::free(block); }
-};
-using MallocBytes = std::unique_ptr<unsigned char, FreeBlock>;
 
 // Whether the archive can hold what the member claims: compressed bytes that lie inside the file, and no more contents
 // than they can unpack to. Asked before anything of a size from the archive is allocated. The data offset is known.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "storage/zip/ZipContents.h"
 #include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {

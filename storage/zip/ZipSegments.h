@@ -3,8 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
+#include "storage/zip/ZipBlock.h"
 #include "storage/zip/ZipFileHeader.h"
 
 namespace ZEMA {
@@ -14,7 +14,7 @@ using AllocateBlock = void* (*)(std::size_t size);
 // Appends segments for at least `size` more bytes, whose contents are not defined. One block for all of them where
 // there is one, else halves, so that a large member fits into fragmented memory. False, and nothing appended, when
 // memory runs out or the segments would end behind 2^32 - 1.
-[[nodiscard]] bool AppendSegments(ZipFileHeader& member, std::uint64_t size, AllocateBlock allocate = std::malloc);
+[[nodiscard]] bool AppendSegments(ZipFileHeader& member, std::uint64_t size, AllocateBlock allocate = MallocBlock);
 
 // Where the segments end.
 std::uint64_t SegmentsEnd(const ZipFileHeader& member);
