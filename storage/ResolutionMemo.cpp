@@ -5,16 +5,16 @@ namespace ZEMA {
 void ResolutionMemo::GetQuestions(Directory& base, const BasicArray<String>& components,
                                   BasicArray<std::size_t>& questions) {
     const auto known = bases_.Find(&base);
-    std::size_t node = known != bases_.end() ? known->second : AddNode(&base);
-    if (known == bases_.end()) bases_.Insert(&base, node);
+    std::size_t node = known != bases_.end() ? known->second : AddNode();
+    if (known == bases_.end()) {
+        nodes_[node].directory.Reset(&base);
+        bases_.Insert(&base, node);
+    }
 
     questions.Clear();
     questions.Reserve(components.Size());
     for (const String& component : components) {
-        const Step step{node, component};
-        const auto position = steps_.Find(step);
-        node = position != steps_.end() ? position->second : AddNode(nullptr);
-        if (position == steps_.end()) steps_.Insert(step, node);
+        node = ChildOf(node, component);
         questions.PushBack(node);
     }
 }
@@ -48,9 +48,20 @@ void ResolutionMemo::ForgetAnswers(Directory& base) {
     }
 }
 
-std::size_t ResolutionMemo::AddNode(Directory* directory) {
-    nodes_.PushBack({State::Unknown, directory});
+std::size_t ResolutionMemo::AddNode() {
+    nodes_.PushBack(Node());
     return nodes_.Size() - 1;
+}
+
+std::size_t ResolutionMemo::ChildOf(std::size_t parent, const String& component) {
+    std::size_t child = nodes_[parent].firstChild;
+    while (child != 0 && !(nodes_[child].component == component)) child = nodes_[child].nextSibling;
+    if (child != 0) return child;
+    child = AddNode();
+    nodes_[child].component = component;
+    nodes_[child].nextSibling = nodes_[parent].firstChild;
+    nodes_[parent].firstChild = child;
+    return child;
 }
 
 }  // namespace ZEMA

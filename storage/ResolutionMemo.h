@@ -48,24 +48,21 @@ public:
 private:
     enum class State { Unknown, Asking, Refused, Answered };
 
-    // A tree of components below each base, in one array; `directory` is the base itself or the answer.
+    // A tree of components below each base, in one array. A base is nobody's child, and the first node is one: 0 ends a
+    // list of children, which is seldom longer than one.
     struct Node {
-        State state = State::Unknown;
-        RefPointer<Directory> directory;
-    };
-    struct Step {
-        std::size_t parent;
         String component;
-        friend bool operator<(const Step& a, const Step& b) {
-            return a.parent != b.parent ? a.parent < b.parent : a.component < b.component;
-        }
+        RefPointer<Directory> directory;  // the base itself or the answer
+        State state = State::Unknown;
+        std::size_t firstChild = 0;
+        std::size_t nextSibling = 0;
     };
 
-    std::size_t AddNode(Directory* directory);
+    std::size_t AddNode();
+    std::size_t ChildOf(std::size_t parent, const String& component);
 
     BasicArray<Node> nodes_;
     BasicMap<Directory*, std::size_t> bases_;
-    BasicMap<Step, std::size_t> steps_;
 };
 
 }  // namespace ZEMA
