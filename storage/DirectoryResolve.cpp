@@ -23,29 +23,34 @@ BasicArray<String> Slice(const BasicArray<String>& components, std::size_t begin
     return slice;
 }
 
-RefPointer<Directory> AskFactories(Directory& base, const BasicArray<String>& components) {
+// The local file system takes an empty component for the directory itself, as in "a//b".
+bool IsNameOfItself(Directory& directory, const String& component) {
+    return component.IsEmpty() && RefPointer<Directory>(directory.CreateChildObject(component)).Get() == &directory;
+}
+
+RefPointer<Directory> AskFactories(Directory& base, BasicArray<String> components) {
     const RefPointer<ObjectFactory> factory = ObjectFactory::Instance();
     if (!factory) return nullptr;
     Directory::OpenArgs args;
     args.base = &base;
-    args.components = components;
+    args.components.Swap(components);
     const RefPointer<Object> answer = factory->Create(&typeid(Directory), &args);
     return dynamic_cast<Directory*>(answer.Get());
 }
 
 // Asks for all the components, then for fewer and fewer of them. Gives how many of them lead to the root of a volume,
 // and that root in place of `base`; 0 when nobody answers.
-std::size_t Mount(RefPointer<Directory>& base, BasicArray<String> components, ResolutionMemo& memo) {
+std::size_t Mount(RefPointer<Directory>& base, const BasicArray<String>& components, ResolutionMemo& memo) {
     BasicArray<std::size_t> questions;
     memo.GetQuestions(*base, components, questions);
-    for (; !components.Empty(); components.PopBack()) {
+    for (std::size_t count = components.Size(); count > 0; --count) {
         RefPointer<Directory> volume =
-            memo.Answer(questions[components.Size() - 1], [&] { return AskFactories(*base, components); });
+            memo.Answer(questions[count - 1], [&] { return AskFactories(*base, Slice(components, 0, count)); });
         if (!volume) continue;
         base = std::move(volume);
-        break;
+        return count;
     }
-    return components.Size();
+    return 0;
 }
 
 // What HasDirectoryPath has just found.
@@ -79,6 +84,7 @@ RefPointer<Directory> MakeMissing(RefPointer<Directory> directory, const BasicAr
         directory = std::move(child);
     }
     for (; directory && index < rest.Size(); ++index) {
+        if (IsNameOfItself(*directory, rest[index])) continue;
         if (!directory->CreateDirectory(rest[index])) return nullptr;
         memo.ForgetRefusals();
         directory = RefPointer<Directory>(directory->CreateChildObject(rest[index]));
@@ -114,8 +120,11 @@ RefPointer<Directory> FindOpenDirectory(Directory& directory, BasicArray<String>
         }
         const Directory::OpenChildren& openChildren = found->GetOpenChildren();
         const auto position = openChildren.Find(component);
-        if (position == openChildren.end() || position->second == nullptr) break;
-        found = RefPointer<Directory>(position->second);
+        if (position != openChildren.end() && position->second != nullptr) {
+            found = RefPointer<Directory>(position->second);
+        } else if (!IsNameOfItself(*found, component)) {
+            break;
+        }
     }
     if (followed > 0) components = Slice(components, followed, components.Size());
     return found;
@@ -133,8 +142,8 @@ RefPointer<Directory> OpenDirectory(Directory& directory, const BasicArray<Strin
     if (resolution.Nesting() == kNestingLimit) {
         for (std::size_t count = 1; count < rest.Size(); ++count) Follow(found, Slice(rest, 0, count), memo);
     }
-    RefPointer<Directory> reached = Follow(found, rest, memo);
-    if (reached || !create) return reached;
+    if (!create) return Follow(found, std::move(rest), memo);
+    if (RefPointer<Directory> reached = Follow(found, rest, memo)) return reached;
     return MakeMissing(found, rest, memo);
 }
 

@@ -20,8 +20,8 @@ namespace ZEMA {
 // The root of the tree, made on first use and kept by the object registry.
 RefPointer<Directory> GetRootDirectory();
 
-// Follows the components through open directories alone and takes those that it followed off the list. Null when ".."
-// leads above the top.
+// Follows the components through open directories alone and takes those that it followed off the list, as well as empty
+// ones where the storage skips them. Null when ".." leads above the top.
 RefPointer<Directory> FindOpenDirectory(Directory& directory, BasicArray<String>& components);
 
 // With `create`, missing levels are made one by one, below the deepest one that the path leads to.
