@@ -1,11 +1,14 @@
 #include "storage/MacOSXAttributes.h"
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <limits>
 #include <optional>
 
 #include "platform/Foundation/NSCalendar.h"
 #include "platform/Foundation/NSFileManager.h"
+#include "platform/Foundation/NSPathUtilities.h"
 
 namespace ZEMA {
 namespace {
@@ -51,6 +54,14 @@ void SetPermissionFlags(const NSFileAttributes& attributes, ElementFlags* flags)
     flags->Set(ElementFlags::kExecutable, (permissions & kOwnerExecute) != 0);
 }
 
+// Those that a change meets: it goes through links, whose own permissions let everybody do everything.
+std::optional<std::uint32_t> PermissionsBehind(CFStringRef path) {
+    const std::optional<std::string> name = Foundation::FileSystemRepresentation(path);
+    struct stat status = {};
+    if (!name || stat(name->c_str(), &status) != 0) return {};
+    return Foundation::FileAttributesOf(status).filePosixPermissions;
+}
+
 ElementTimes TimesOf(const NSFileAttributes& attributes) {
     const NSDate reference = ReferenceDate();
     ElementTimes times;
@@ -86,17 +97,16 @@ bool ReadFlags(CFStringRef path, ElementFlags* flags) {
 }
 
 bool WriteFlags(CFStringRef path, const ElementFlags& flags) {
-    NSFileManager& manager = NSFileManager::defaultManager();
-    const std::optional<NSFileAttributes> present = manager.attributesOfItemAtPath(path);
+    const std::optional<std::uint32_t> present = PermissionsBehind(path);
     if (!present) return false;
-    std::uint32_t permissions = present->filePosixPermissions.value_or(0) & ~kOwnerPermissions;
+    std::uint32_t permissions = *present & ~kOwnerPermissions;
     const bool entriesWritable = flags.IsDirectory() && flags.Has(ElementFlags::kEntriesWritable);
     if (flags.Has(ElementFlags::kReadable)) permissions |= kOwnerRead;
     if (flags.Has(ElementFlags::kWritable) || entriesWritable) permissions |= kOwnerWrite;
     if (flags.IsDirectory() || flags.Has(ElementFlags::kExecutable)) permissions |= kOwnerExecute;
     NSFileAttributes changed;
     changed.filePosixPermissions = permissions;
-    return manager.setAttributes(changed, path);
+    return NSFileManager::defaultManager().setAttributes(changed, path);
 }
 
 bool ReadTimes(CFStringRef path, ElementTimes* times) {

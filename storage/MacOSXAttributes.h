@@ -14,7 +14,7 @@ namespace ZEMA {
 bool ReadFlags(CFStringRef path, ElementFlags* flags);
 
 // Replaces the owner's permissions; those of group and others stay. "Directory" makes an item executable too, and
-// "entries writable" makes a directory writable.
+// "entries writable" makes a directory writable. Of a link the target is changed.
 bool WriteFlags(CFStringRef path, const ElementFlags& flags);
 
 // The time of access reads as that of modification, and is not written. A failed read leaves `times` alone. Doubles

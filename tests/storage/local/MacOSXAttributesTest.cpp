@@ -69,6 +69,10 @@ TEST(MacOSXAttributes, WritesThemBackAndLeavesTheOthersAlone) {
         EXPECT_TRUE(tree.directory->SetChildFlags("item", &flags));
         EXPECT_EQ(ModeOf(tree.folder / "item"), row.after);
         EXPECT_FALSE(tree.directory->SetChildFlags("missing", &flags));
+        // Through a link the target changes, and by what it has itself.
+        fs::create_symlink("item", tree.folder / "link");
+        EXPECT_TRUE(tree.directory->SetChildFlags("link", &flags));
+        EXPECT_EQ(ModeOf(tree.folder / "item"), row.after);
     }
 }
 
