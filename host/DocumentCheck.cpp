@@ -1,5 +1,7 @@
 #include "host/DocumentCheck.h"
 
+#include <filesystem>
+
 #include "host/FileReading.h"
 #include "importer/DocumentPath.h"
 #include "importer/StorageSession.h"
@@ -10,27 +12,30 @@ namespace ZEMA {
 
 namespace {
 
-// False when the storage tree cannot be used at all.
-bool Load(const std::string& path, std::uint32_t options, DocumentCheck& check) {
+// What kept the loaders from being asked; otherwise empty.
+std::string Load(const std::string& path, std::uint32_t options, DocumentCheck& check,
+                 RefPointer<StorageScene2>* scene) {
     const Foundation::NSAutoreleasePool pool;
+    const auto absolute = Foundation::StringWithFileSystemRepresentation(std::filesystem::absolute(path).string());
+    if (!absolute) return "the path is not UTF-8";
     DocumentLoad load(options, &check.attempts);
     const StorageSession storage;
-    if (!storage.Ready()) return false;
-    check.loaded = load.Run(StoragePathOf(Foundation::StringWithFileSystemRepresentation(path).Get()));
-    if (check.loaded) {
-        String version;
-        load.MarkupVersion().AppendTo(version);
-        check.version = version.ToAString().View();
-    }
-    return true;
+    if (!storage.Ready()) return "the storage tree is not available";
+    check.loaded = load.Run(StoragePathOf(absolute.Get()));
+    if (!check.loaded) return {};
+    String version;
+    load.MarkupVersion().AppendTo(version);
+    check.version = version.ToAString().View();
+    if (scene != nullptr) *scene = load.SharedScene();
+    return {};
 }
 
 }  // namespace
 
-DocumentCheck CheckDocument(const std::string& path, std::uint32_t options) {
+DocumentCheck CheckDocument(const std::string& path, std::uint32_t options, RefPointer<StorageScene2>* scene) {
     DocumentCheck check;
     try {
-        if (!Load(path, options, check)) check.reason = "the storage tree is not available";
+        check.reason = Load(path, options, check, scene);
     } catch (...) {
         // An attempt that was under way has noted the reason itself.
         check.loaded = false;
@@ -39,17 +44,27 @@ DocumentCheck CheckDocument(const std::string& path, std::uint32_t options) {
     return check;
 }
 
+bool LoadedWithoutError(const DocumentCheck& check) {
+    return check.loaded && check.attempts.back().errors.empty();
+}
+
+std::vector<std::string> ReasonsOf(const DocumentCheck& check) {
+    if (!check.reason.empty()) return {check.reason};
+    if (check.attempts.empty()) return {"no loader was asked"};
+    const LoadAttempt& last = check.attempts.back();
+    if (!last.reason.empty()) return {last.reason};
+    if (last.errors.empty()) return {"the model is not complete, and the loader names no error"};
+    return last.errors;
+}
+
 std::string FailureReasonOf(const std::string& path) {
     const std::string unreadable = WhyUnreadable(path);
     if (!unreadable.empty()) return unreadable;
     const DocumentCheck check = CheckDocument(path);
-    if (!check.reason.empty()) return check.reason;
-    if (check.attempts.empty() || check.loaded) return "the plug-in did not import it and does not say why";
-    const LoadAttempt& last = check.attempts.back();
-    if (!last.reason.empty()) return last.reason;
-    if (last.errors.empty()) return "the model is not complete, and the loader names no error";
-    const std::size_t more = last.errors.size() - 1;
-    return last.errors.front() + (more == 0 ? "" : " (and " + std::to_string(more) + " more)");
+    if (check.loaded) return "the plug-in did not import it and does not say why";
+    const std::vector<std::string> reasons = ReasonsOf(check);
+    const std::size_t more = reasons.size() - 1;
+    return reasons.front() + (more == 0 ? "" : " (and " + std::to_string(more) + " more)");
 }
 
 }  // namespace ZEMA

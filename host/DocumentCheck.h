@@ -16,11 +16,18 @@ struct DocumentCheck {
     std::string reason;  // when the document failed outside of any attempt: why
 };
 
-// Loads the document at an absolute path in UTF-8 as the importer does, in this program, and throws the model away.
-// Exceptions end as reasons.
+// Loads a document as the importer does, but in this program. `path` may lead into an archive. `scene`, unless null,
+// receives the model if one loads; otherwise it is thrown away. Exceptions end as reasons.
 //
 // Threads: takes a StorageSession.
-DocumentCheck CheckDocument(const std::string& path, std::uint32_t options = kImportOptions);
+DocumentCheck CheckDocument(const std::string& path, std::uint32_t options = kImportOptions,
+                            RefPointer<StorageScene2>* scene = nullptr);
+
+// Whether the loader that read the document found nothing wrong with it.
+bool LoadedWithoutError(const DocumentCheck& check);
+
+// In words, all that the last load that was tried has to say of its failure, at least one line.
+std::vector<std::string> ReasonsOf(const DocumentCheck& check);
 
 // Why the importer did not import the document, in one line.
 std::string FailureReasonOf(const std::string& path);

@@ -82,6 +82,15 @@ std::string WhyNoFile(const std::string& path) {
     return S_ISREG(status.st_mode) ? std::string() : KindOf(status.st_mode);
 }
 
+bool LeadsIntoFile(const std::string& path) {
+    struct stat status;
+    for (std::size_t end = path.rfind('/'); end != std::string::npos && end != 0; end = path.rfind('/', end - 1)) {
+        if (stat(path.substr(0, end).c_str(), &status) == 0) return S_ISREG(status.st_mode);
+        if (errno != ENOTDIR) return false;
+    }
+    return false;
+}
+
 std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t limit, std::string& problem) {
     const Descriptor file(OpenRegular(path, problem));
     if (file.Get() < 0) return std::nullopt;

@@ -18,6 +18,9 @@ std::optional<std::string> ReadStream(const std::string& path, std::string& prob
 // Why a path names no regular file, or the empty text. Opens nothing; links are followed.
 std::string WhyNoFile(const std::string& path);
 
+// Whether the path goes on behind the name of a regular file, or of a link to one, as paths into archives do.
+bool LeadsIntoFile(const std::string& path);
+
 // Why a document that should be a readable regular file is none, or the empty text. Nothing but a regular file is
 // opened; links are followed.
 std::string WhyUnreadable(const std::string& path);

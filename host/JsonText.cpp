@@ -40,9 +40,13 @@ std::string JsonText(const Value& value) {
 }
 
 std::string JsonSequence::Item(const Value& value) {
+    return Item(JsonText(value));
+}
+
+std::string JsonSequence::Item(const std::string& json) {
     const std::string start = !asArray_ ? "" : empty_ ? "\n" : ",\n";
     empty_ = false;
-    return start + JsonText(value) + (asArray_ ? "" : "\n");
+    return start + json + (asArray_ ? "" : "\n");
 }
 
 }  // namespace ZEMA

@@ -17,6 +17,7 @@ public:
 
     std::string Head() const { return asArray_ ? "[" : ""; }
     std::string Item(const Value& value);
+    std::string Item(const std::string& json);  // of an object
     std::string Tail() const { return !asArray_ ? "" : empty_ ? "]\n" : "\n]\n"; }
 
 private:

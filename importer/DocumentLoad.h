@@ -42,6 +42,7 @@ public:
 
     // After a Run that answered true: the model, and the version of the markup it was read from.
     const StorageScene2& Scene() const { return *scene_; }
+    const RefPointer<StorageScene2>& SharedScene() const { return scene_; }  // for who keeps it longer than the load
     const Version& MarkupVersion() const { return version_; }
 
 private:

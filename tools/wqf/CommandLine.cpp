@@ -5,10 +5,13 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "host/Output.h"
@@ -89,6 +92,37 @@ void AddFormat(CLI::App& parser, Format& format, const std::vector<std::pair<std
         ->check(check);
 }
 
+void AddDocumentPaths(CLI::App& parser, DocumentPaths& documents, const std::string& help) {
+    AddText(parser, "--files0-from", documents.files0From, "FILE",
+            "Read the paths from FILE ('-': standard input), with a zero byte between each two");
+    AddPaths(parser, documents.paths, help);
+}
+
+int WithDocuments(const char* command, const DocumentPaths& documents, const Action& run) {
+    if (documents.paths.empty() != documents.files0From.empty()) return run();
+    return WrongUse(command,
+                    documents.paths.empty() ? "no PATH is given" : "--files0-from and PATHs exclude each other");
+}
+
+std::optional<std::uint32_t> ParseOptionBits(const std::string& text) {
+    std::uint32_t bits = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(bits) : std::nullopt;
+}
+
+void AddLoaderOptions(CLI::App& parser, std::uint32_t& bits) {
+    const auto set = [&bits](const std::string& text) { bits = *ParseOptionBits(Bared(text)); };
+    const auto check = [](const std::string& text) {
+        return ParseOptionBits(Bared(text)) ? std::string() : "'" + Bared(text) + "' is no number of 32 bits";
+    };
+    parser
+        .add_option_function<std::string>("--options", set,
+                                          "The sum of: 1 to pass over joints, 2 to allow unknown cameras in "
+                                          "instructions (both in format 4 only; default: 1)")
+        ->type_name("N")
+        ->check(check);
+}
+
 Action DeclareImport(CLI::App& parser) {
     const auto options = std::make_shared<ImportOptions>();
     AddFormat<RecordFormat>(parser, options->format,
@@ -97,20 +131,43 @@ Action DeclareImport(CLI::App& parser) {
                              {"ndjson", RecordFormat::Ndjson},
                              {"plist", RecordFormat::PropertyList}});
     AddText(parser, "--bundle", options->bundle, "DIR", "The plug-in bundle, where it is not beside the program");
-    AddText(parser, "--files0-from", options->files0From, "FILE",
-            "Read the paths from FILE ('-': standard input), with a zero byte between each two");
-    AddPaths(parser, options->paths, "Documents, or folders to search for *.wqf and *.wqfml");
-    return [options] {
-        if (options->paths.empty() == options->files0From.empty()) {
-            return WrongUse("import",
-                            options->paths.empty() ? "no PATH is given" : "--files0-from and PATHs exclude each other");
-        }
-        return RunImport(*options);
+    AddDocumentPaths(parser, options->documents, "Documents, or folders to search for *.wqf and *.wqfml");
+    return [options] { return WithDocuments("import", options->documents, [&] { return RunImport(*options); }); };
+}
+
+Action DeclareCheck(CLI::App& parser) {
+    const auto options = std::make_shared<CheckOptions>();
+    AddLoaderOptions(parser, options->loaderOptions);
+    AddFormat<RecordFormat>(
+        parser, options->format,
+        {{"text", RecordFormat::Text}, {"json", RecordFormat::Json}, {"ndjson", RecordFormat::Ndjson}});
+    AddDocumentPaths(parser, options->documents,
+                     "Documents, also in archives, or folders to search for *.wqf and *.wqfml");
+    return [options] { return WithDocuments("check", options->documents, [&] { return RunCheck(*options); }); };
+}
+
+Action DeclareScene(CLI::App& parser) {
+    const auto options = std::make_shared<SceneOptions>();
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    AddLoaderOptions(parser, options->loaderOptions);
+    AddPaths(parser, *paths, "A document, also in an archive");
+    return [options, paths] {
+        if (paths->size() != 1)
+            return WrongUse("scene", paths->empty() ? "no PATH is given" : "only one PATH is taken");
+        options->path = paths->front();
+        return RunScene(*options);
     };
+}
+
+Action DeclareCatalogue(CLI::App&) {
+    return RunCatalogue;
 }
 
 constexpr Command kCommands[] = {
     {"import", "Print the attributes that the plug-in imports from documents", DeclareImport},
+    {"check", "Tell whether documents load, and what is wrong with them", DeclareCheck},
+    {"scene", "Print the model in a document as JSON", DeclareScene},
+    {"catalogue", "Print the design catalogue as JSON", DeclareCatalogue},
 };
 
 const Command* FindCommand(const std::string& name) {
@@ -145,6 +202,9 @@ int RunCommand(const Command& command, const std::vector<std::string>& given) {
         parser.parse(arguments);
     } catch (const CLI::CallForHelp&) {
         return Print(parser.help());
+    } catch (const CLI::ExtrasError&) {
+        // Its own text would end at the first shield.
+        return WrongUse(command.name, "The following argument was not expected: " + Bared(parser.remaining().front()));
     } catch (const CLI::ParseError& error) {
         // Its own exit codes go up to 115 and would be taken for something else.
         return WrongUse(command.name, WithoutShields(error.what()));

@@ -1,11 +1,13 @@
 // What each command is asked for, and the function that does it. Every one returns the program's exit status.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "host/Output.h"
 #include "host/RecordWriter.h"
+#include "importer/DocumentLoad.h"
 
 namespace ZEMA {
 
@@ -17,12 +19,32 @@ inline constexpr int kExitWrongUse = 2;
 // speak of; the program ends as others do then, by SIGPIPE. Called last, when everything is released.
 int ExitStatusOf(const Output& output);
 
-struct ImportOptions {
-    std::string bundle;      // empty: where it is built or installed
-    std::string files0From;  // empty: the paths below
-    RecordFormat format = RecordFormat::Text;
+// The paths themselves or a file that lists them, never both.
+struct DocumentPaths {
+    std::string files0From;
     std::vector<std::string> paths;
 };
+
+struct ImportOptions {
+    std::string bundle;  // empty: where it is built or installed
+    RecordFormat format = RecordFormat::Text;
+    DocumentPaths documents;
+};
 int RunImport(const ImportOptions& options);
+
+struct CheckOptions {
+    std::uint32_t loaderOptions = kImportOptions;
+    RecordFormat format = RecordFormat::Text;  // any but a property list
+    DocumentPaths documents;
+};
+int RunCheck(const CheckOptions& options);
+
+struct SceneOptions {
+    std::uint32_t loaderOptions = kImportOptions;
+    std::string path;
+};
+int RunScene(const SceneOptions& options);
+
+int RunCatalogue();
 
 }  // namespace ZEMA

@@ -10,10 +10,10 @@
 #include "host/DocumentFinder.h"
 #include "host/DocumentRecord.h"
 #include "host/Output.h"
-#include "host/PathList.h"
 #include "host/PluginHost.h"
 #include "host/RecordWriter.h"
 #include "tools/wqf/Commands.h"
+#include "tools/wqf/NamedDocuments.h"
 
 namespace ZEMA {
 
@@ -25,14 +25,6 @@ std::unique_ptr<PluginHost> LoadPlugin(const std::string& given) {
     std::unique_ptr<PluginHost> host = bundle ? PluginHost::Load(*bundle, problem) : nullptr;
     if (!host) PrintMessage(problem);
     return host;
-}
-
-std::vector<FoundDocument> FindAll(const std::vector<std::string>& paths) {
-    std::vector<FoundDocument> documents;
-    for (const std::string& path : paths) {
-        if (!FindDocuments(path, documents)) PrintMessage(path, "there are no documents in this folder");
-    }
-    return documents;
 }
 
 // Returns how many documents were not imported. Ends early when nobody takes the output any more.
@@ -55,23 +47,18 @@ std::size_t ImportAll(const PluginHost& host, const std::vector<FoundDocument>& 
 }  // namespace
 
 int RunImport(const ImportOptions& options) {
-    std::string problem;
-    const std::optional<std::vector<std::string>> paths =
-        options.files0From.empty() ? options.paths : ReadPathList(options.files0From, problem);
-    if (!paths) {
-        PrintMessage(options.files0From, problem);
-        return kExitWrongUse;
-    }
+    const std::optional<std::vector<FoundDocument>> documents = FindNamedDocuments(options.documents);
+    if (!documents) return kExitWrongUse;
     const std::unique_ptr<PluginHost> host = LoadPlugin(options.bundle);
     if (!host) return kExitWrongUse;
 
-    const std::vector<FoundDocument> documents = FindAll(*paths);
-    const std::unique_ptr<RecordWriter> writer = NewRecordWriter(options.format, documents.size() > 1);
+    const std::unique_ptr<RecordWriter> writer = NewRecordWriter(options.format, documents->size() > 1);
     Output output;
     output.Write(writer->Head());
-    const std::size_t failed = ImportAll(*host, documents, *writer, output);
+    const std::size_t failed = ImportAll(*host, *documents, *writer, output);
     output.Write(writer->Tail());
 
+    std::string problem;
     if (!host->Close(problem)) {
         PrintMessage(problem);
         return kExitSomeFailed;

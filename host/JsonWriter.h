@@ -1,0 +1,69 @@
+// JSON that is written as it goes, however large it becomes and however deep it nests.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace ZEMA {
+
+// Puts values into words on one line, commas included, and hands them on in pieces; nothing is kept of what has gone.
+// Within an object each value follows its Key. That begins and ends match is the caller's part.
+class JsonWriter {
+public:
+    // Answers false when a piece could not be written; nothing more is handed to it then.
+    using Sink = std::function<bool(std::string_view piece)>;
+
+    explicit JsonWriter(Sink sink) : sink_(std::move(sink)) {}
+
+    void BeginObject() { Begin('{'); }
+    void EndObject() { End('}'); }
+    void BeginArray() { Begin('['); }
+    void EndArray() { End(']'); }
+    void Key(std::string_view name);  // ASCII that needs no escaping
+
+    void Text(std::string_view utf8);  // what is not UTF-8 becomes U+FFFD
+    void Number(std::uint64_t number);
+    void Float(float number);  // the shortest text that reads back as the same 32 bits; null where JSON has none
+    void Bool(bool value);
+    void Null();
+
+    void Text(std::string_view key, std::string_view utf8) { Key(key), Text(utf8); }
+    void Number(std::string_view key, std::uint64_t number) { Key(key), Number(number); }
+    void Float(std::string_view key, float number) { Key(key), Float(number); }
+    void Bool(std::string_view key, bool value) { Key(key), Bool(value); }
+
+    // Ends the line and hands on what is left; false when anything could not be written.
+    bool Finish();
+
+private:
+    void Begin(char bracket);
+    void End(char bracket);
+    void Value(std::string_view words);
+    void Separate();
+    void HandOnWhenFull();
+
+    Sink sink_;
+    std::string pending_;
+    bool follows_ = false;  // another value, so that a comma comes first
+    bool failed_ = false;
+};
+
+// The same into a text, without a line end: `write` is called with a writer.
+template <class Write>
+std::string JsonOf(Write write) {
+    std::string text;
+    JsonWriter json([&text](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    write(json);
+    json.Finish();
+    text.pop_back();
+    return text;
+}
+
+}  // namespace ZEMA

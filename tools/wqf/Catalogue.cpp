@@ -1,0 +1,17 @@
+// wqf catalogue: what is known of individual brick designs.
+
+#include "host/CatalogueJson.h"
+#include "host/Output.h"
+#include "tools/wqf/Commands.h"
+
+namespace ZEMA {
+
+int RunCatalogue() {
+    Output output;
+    JsonWriter json([&output](std::string_view piece) { return output.Write(piece); });
+    WriteCatalogue(json);
+    json.Finish();
+    return ExitStatusOf(output);
+}
+
+}  // namespace ZEMA

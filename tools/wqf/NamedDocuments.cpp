@@ -1,0 +1,24 @@
+#include "tools/wqf/NamedDocuments.h"
+
+#include <string>
+
+#include "host/PathList.h"
+
+namespace ZEMA {
+
+std::optional<std::vector<FoundDocument>> FindNamedDocuments(const DocumentPaths& named) {
+    std::string problem;
+    const std::optional<std::vector<std::string>> paths =
+        named.files0From.empty() ? named.paths : ReadPathList(named.files0From, problem);
+    if (!paths) {
+        PrintMessage(named.files0From, problem);
+        return std::nullopt;
+    }
+    std::vector<FoundDocument> documents;
+    for (const std::string& path : *paths) {
+        if (!FindDocuments(path, documents)) PrintMessage(path, "there are no documents in this folder");
+    }
+    return documents;
+}
+
+}  // namespace ZEMA

@@ -1,0 +1,54 @@
+// wqf scene: the model in a document, whole.
+
+#include <string>
+
+#include "host/DocumentCheck.h"
+#include "host/FileReading.h"
+#include "host/JsonWriter.h"
+#include "host/Output.h"
+#include "host/SceneJson.h"
+#include "tools/wqf/Commands.h"
+
+namespace ZEMA {
+
+namespace {
+
+void WriteDocument(const std::string& path, const DocumentCheck& check, const StorageScene2* scene, JsonWriter& json) {
+    json.BeginObject();
+    json.Text("path", path);
+    json.Key("version");
+    if (scene != nullptr) {
+        json.Text(check.version);
+        json.Key("scene");
+        WriteScene(*scene, json);
+    } else {
+        json.Null();
+        json.Key("scene");
+        json.Null();
+    }
+    json.EndObject();
+}
+
+void PrintReasons(const std::string& path, const DocumentCheck& check) {
+    const std::string problem = LeadsIntoFile(path) ? std::string() : WhyNoFile(path);
+    if (!problem.empty()) PrintMessage(path, problem);
+    for (const std::string& reason : ReasonsOf(check)) PrintMessage(path, reason);
+}
+
+}  // namespace
+
+int RunScene(const SceneOptions& options) {
+    RefPointer<StorageScene2> scene;
+    const DocumentCheck check = CheckDocument(options.path, options.loaderOptions, &scene);
+    Output output;
+    JsonWriter json([&output](std::string_view piece) { return output.Write(piece); });
+    WriteDocument(options.path, check, scene.Get(), json);
+    json.Finish();
+    const bool loaded = scene != nullptr;
+    scene = nullptr;
+    if (!loaded) PrintReasons(options.path, check);
+    if (output.Failed()) return ExitStatusOf(output);
+    return loaded ? kExitDone : kExitSomeFailed;
+}
+
+}  // namespace ZEMA
