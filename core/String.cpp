@@ -96,7 +96,10 @@ CFStringRef String::CFString() const {
 }
 
 void String::Append(const String& other) {
-    if (!other.IsEmpty()) CFStringAppend(MakeMutable(), other.CFString());
+    if (other.IsEmpty()) return;
+    // Before the other's text is looked at: appending a text to itself replaces that.
+    const CFMutableStringRef changing = MakeMutable();
+    CFStringAppend(changing, other.CFString());
 }
 
 void String::Append(const char* ascii) {
