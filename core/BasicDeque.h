@@ -13,7 +13,7 @@ class BasicDeque {
 public:
     BasicDeque() = default;
     BasicDeque(const BasicDeque&) = default;
-    BasicDeque(BasicDeque&&) noexcept = default;
+    BasicDeque(BasicDeque&&) = default;  // may allocate: the other one keeps a table of blocks
     BasicDeque& operator=(const BasicDeque&) = default;
     BasicDeque& operator=(BasicDeque&&) noexcept = default;
     virtual ~BasicDeque() = default;

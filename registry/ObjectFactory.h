@@ -22,9 +22,8 @@ inline constexpr unsigned long kObjectFactoryKey = 0x4F464143;  // 'OFAC'
 // answer.
 //
 // Ownership: keeps the registered factories alive, and shares its mutex with them.
-// Threads:   the mutex guards the tables and is held while a factory's Create or Attach runs. It is recursive: these
-// may
-//            use the object factory again.
+// Threads:   the mutex guards the tables and is held while a factory's Create or Attach runs. It is recursive, so these
+//            may use the object factory again.
 class ObjectFactory : public Object {
 protected:
     ~ObjectFactory() override;
