@@ -16,6 +16,7 @@
 
 #include "host/Output.h"
 #include "tools/wqf/Commands.h"
+#include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {
 
@@ -63,6 +64,11 @@ std::string WithoutShields(std::string message) {
 void AddText(CLI::App& parser, const std::string& name, std::string& text, const char* kind, const std::string& help) {
     const auto set = [&text](const std::string& value) { text = Bared(value); };
     parser.add_option_function<std::string>(name, set, help)->type_name(kind);
+}
+
+void AddFlag(CLI::App& parser, const std::string& names, bool& flag, const std::string& help) {
+    parser.add_flag_callback(
+        names, [&flag] { flag = true; }, help);
 }
 
 void AddPaths(CLI::App& parser, std::vector<std::string>& paths, const std::string& help) {
@@ -163,11 +169,93 @@ Action DeclareCatalogue(CLI::App&) {
     return RunCatalogue;
 }
 
+constexpr const char* kInside =
+    "An archive, which is known by its contents, is a folder wherever something follows its name, as in\n"
+    "model.wqf/textures/a.png; names inside are found without regard to case.";
+
+Action DeclareLs(CLI::App& parser) {
+    const auto options = std::make_shared<ListOptions>();
+    parser.footer(kInside);
+    AddFlag(parser, "-l", options->columns, "Flags, size and time too; '-' for a time that is not known");
+    AddFlag(parser, "-R,--recursive", options->recursive, "Folders in folders too, but not archives");
+    AddFormat<ListingFormat>(
+        parser, options->format,
+        {{"text", ListingFormat::Text}, {"json", ListingFormat::Json}, {"ndjson", ListingFormat::Ndjson}});
+    AddPaths(parser, options->paths, "Folders, archives, or files; '*' in a last component matches names");
+    return [options] { return options->paths.empty() ? WrongUse("ls", "no PATH is given") : RunLs(*options); };
+}
+
+Action DeclareCat(CLI::App& parser) {
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    parser.footer(kInside);
+    AddPaths(parser, *paths, "Files");
+    return [paths] { return paths->empty() ? WrongUse("cat", "no PATH is given") : RunCat(*paths); };
+}
+
+template <auto run>
+Action DeclareTransfer(CLI::App& parser, const char* command, bool mayLeaveFolders) {
+    const auto options = std::make_shared<CopyOptions>();
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    parser.footer(kInside);
+    if (mayLeaveFolders) AddFlag(parser, "-r,--recursive", options->recursive, "Folders with all that lies in them");
+    AddFlag(parser, "-f,--force", options->force, "Over write-protected files and in write-protected archives too");
+    AddFlag(parser, "-n,--no-clobber", options->keepExisting, "Leave files that are there as they are");
+    AddPaths(parser, *paths,
+             "Sources, and the target behind them. An archive as the target is a folder, unless the only source is "
+             "another archive, which then takes its place.");
+    return [options, paths, command] {
+        if (paths->size() >= 2) return run(*options, *paths);
+        return WrongUse(command, paths->empty() ? "no SOURCE is given" : "no TARGET is given");
+    };
+}
+
+Action DeclareCp(CLI::App& parser) {
+    return DeclareTransfer<&RunCp>(parser, "cp", true);
+}
+
+Action DeclareMv(CLI::App& parser) {
+    return DeclareTransfer<&RunMv>(parser, "mv", false);
+}
+
+Action DeclareRm(CLI::App& parser) {
+    const auto options = std::make_shared<RemoveOptions>();
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    parser.footer(kInside);
+    AddFlag(parser, "-r,--recursive", options->recursive, "Folders with all that lies in them");
+    AddFlag(parser, "-f,--force", options->force, "What is write-protected too; what is missing is no failure");
+    AddPaths(parser, *paths, "Files and folders; of a link the link itself");
+    return [options, paths] { return paths->empty() ? WrongUse("rm", "no PATH is given") : RunRm(*options, *paths); };
+}
+
+Action DeclareMkdir(CLI::App& parser) {
+    const auto parents = std::make_shared<bool>(false);
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    parser.footer(kInside);
+    AddFlag(parser, "-p,--parents", *parents, "Missing folders on the way too; a folder that is there is fine");
+    AddPaths(parser, *paths, "Folders to make");
+    return [parents, paths] {
+        return paths->empty() ? WrongUse("mkdir", "no PATH is given") : RunMkdir(*parents, *paths);
+    };
+}
+
+Action DeclareNew(CLI::App& parser) {
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    AddPaths(parser, *paths, "Archives to make, where nothing is yet");
+    return [paths] { return paths->empty() ? WrongUse("new", "no ARCHIVE is given") : RunNew(*paths); };
+}
+
 constexpr Command kCommands[] = {
     {"import", "Print the attributes that the plug-in imports from documents", DeclareImport},
     {"check", "Tell whether documents load, and what is wrong with them", DeclareCheck},
     {"scene", "Print the model in a document as JSON", DeclareScene},
     {"catalogue", "Print the design catalogue as JSON", DeclareCatalogue},
+    {"ls", "List folders and archives", DeclareLs},
+    {"cat", "Print the contents of files", DeclareCat},
+    {"cp", "Copy files and folders, into archives and out of them", DeclareCp},
+    {"mv", "Move files and folders, into archives and out of them", DeclareMv},
+    {"rm", "Remove files and folders, in archives too", DeclareRm},
+    {"mkdir", "Make folders, in archives too", DeclareMkdir},
+    {"new", "Make empty archives", DeclareNew},
 };
 
 const Command* FindCommand(const std::string& name) {

@@ -1,0 +1,41 @@
+// wqf cat: the contents of files, one behind the other.
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/Output.h"
+#include "host/StorageReader.h"
+#include "host/StorageTree.h"
+#include "tools/wqf/Commands.h"
+#include "tools/wqf/StorageCommands.h"
+
+namespace ZEMA {
+
+namespace {
+
+void Print(const std::string& path, StorageTree& tree, Output& output, StorageReport& report) {
+    std::string problem;
+    const std::optional<StorageItem> item = tree.Find(path, problem);
+    const std::unique_ptr<StorageReader> reader = item ? StorageReader::Open(*item, problem) : nullptr;
+    if (!reader) return report.Fail(path, problem);
+    std::vector<char> buffer(kReadBufferSize);
+    while (!output.Failed()) {
+        const std::optional<std::size_t> count = reader->Read(buffer.data(), buffer.size(), problem);
+        if (!count) return report.Fail(path, problem);
+        if (*count == 0) return;
+        output.Write({buffer.data(), *count});
+    }
+}
+
+}  // namespace
+
+int RunCat(const std::vector<std::string>& paths) {
+    StorageReport report = ReportOf("read");
+    StorageTree tree;
+    Output output;
+    for (const std::string& path : paths) Print(path, tree, output, report);
+    return output.Failed() ? ExitStatusOf(output) : ExitStatusOf(report);
+}
+
+}  // namespace ZEMA
