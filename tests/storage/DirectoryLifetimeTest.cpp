@@ -1,5 +1,5 @@
 #include <atomic>
-#include <cstdlib>
+#include <new>
 #include <thread>
 
 #include "StorageTest.h"
@@ -7,24 +7,23 @@
 namespace ZEMA::testing {
 namespace {
 
-class DirectoryLifetime : public StorageTest {};
+using DirectoryLifetime = StorageTest;
 
 TEST_F(DirectoryLifetime, ErasesOnlyItsOwnEntries) {
     RefPointer<Directory> older = New<Directory>("d", mem.Get());
     AddAlias(*older, "other");
     const RefPointer<Directory> newer = New<Directory>("D", mem.Get());
-    EXPECT_EQ(Open("mem/d"), newer);
     EXPECT_EQ(Open("mem/OTHER"), older);
     older.Reset();
     EXPECT_EQ(Open("mem/d"), newer);
     EXPECT_FALSE(Open("mem/other"));
 }
 
-TEST_F(DirectoryLifetime, FilesKeepTheirDirectories) {
-    volume.Put("a/b/f", "text");
-    RefPointer<File> file = OpenFile(*root, "mem/a/b/f", &kReadStyle, false, nullptr);
-    EXPECT_EQ(Open("mem/a/b"), GetParent(*file));
-    file.Reset();
+TEST_F(DirectoryLifetime, ForgetsADirectoryWhoseConstructionFailed) {
+    struct Failing : Directory {
+        Failing(const String& name, Directory* parent) : Directory(name, parent) { throw std::bad_alloc(); }
+    };
+    EXPECT_THROW(New<Failing>("d", mem.Get()), std::bad_alloc);
     EXPECT_TRUE(mem->GetOpenChildren().Empty());
 }
 
@@ -60,34 +59,6 @@ TEST_F(DirectoryLifetime, ReleasesAndFindsFromTwoThreads) {
     other.join();
     EXPECT_EQ(missed, 0);
     EXPECT_TRUE(mem->GetOpenChildren().Empty());
-}
-
-TEST_F(DirectoryLifetime, SurvivesItsRegistry) {
-    ObjectRegistry::Instance()->RemoveAll();
-    EXPECT_EQ(Bytes(GetFullPath(*mem, true)), "mem");
-    EXPECT_FALSE(OpenDirectory(*GetRootDirectory(), "mem", false));  // a new, empty root
-}
-
-TEST(DirectoryLifetimeAtExit, LeavesAFullRegistryBehind) {
-    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(
-        {
-            static MemoryVolume kept;  // outlives what stands in it
-            const RefPointer<Directory> mounted =
-                New<MemoryDirectory>("mem", GetRootDirectory().Get(), kept, *kept.top);
-            class Holder : public SpecificObjectFactory {
-            public:
-                explicit Holder(Directory* held) : held_(held) {}
-                Object* Create(ObjectFactoryArgs*) override { return nullptr; }
-
-            private:
-                RefPointer<Directory> held_;
-            };
-            const auto holder = New<Holder>(mounted.Get());
-            if (!ObjectFactory::Instance()->Register(&typeid(Holder), holder.Get(), &typeid(Directory))) std::exit(1);
-            std::exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

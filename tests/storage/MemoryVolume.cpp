@@ -104,19 +104,17 @@ MemoryNode* MemoryVolume::Put(const char* path, const char* bytes) {
         if (child == nullptr) child = NewNode(kNewDirectory);
         node = child;
     }
-    if (bytes != nullptr) {
-        node->flags.bits = kNewFile;
-        node->bytes = bytes;
-    }
+    if (bytes == nullptr) return node;
+    node->flags.bits = kNewFile;
+    node->bytes = bytes;
     return node;
 }
 
 MemoryNode* MemoryNode::At(const BasicArray<String>& path) {
     MemoryNode* node = this;
     for (const String& component : path) {
-        const auto position = node->children.Find(component);
-        if (position == node->children.end()) return nullptr;
-        node = position->second;
+        if (!node->children.Contains(component)) return nullptr;
+        node = node->children[component];
     }
     return node;
 }
@@ -127,13 +125,8 @@ MemoryNode* MemoryVolume::At(const char* path) const {
     return top->At(components);
 }
 
-void MemoryDirectory::Log(const char* what, const std::string& name) {
-    volume_.log.push_back(what + (" " + name));
-}
-
 MemoryNode* MemoryDirectory::Child(const String& name) const {
-    const auto position = node_.children.Find(name);
-    return position != node_.children.end() ? position->second : nullptr;
+    return node_.children.Contains(name) ? node_.children[name] : nullptr;
 }
 
 Directory* MemoryDirectory::CreateChildObject(const String& name) {
@@ -142,26 +135,25 @@ Directory* MemoryDirectory::CreateChildObject(const String& name) {
 }
 
 bool MemoryDirectory::CreateDirectory(const String& name) {
-    Log("make", Bytes(name));
+    Log("make", name);
     return Child(name) == nullptr && node_.children.Insert(name, volume_.NewNode(kNewDirectory));
 }
 
 File* MemoryDirectory::OpenFile(const String& name, const AccessStyle* style, bool create,
                                 const std::uint64_t* truncateTo) {
-    Log(style->write ? "write" : "read", Bytes(name));
+    Log(style->write ? "write" : "read", name);
     MemoryNode* child = Child(name);
     if (child == nullptr && create) child = node_.children[name] = volume_.NewNode(kNewFile);
     if (child == nullptr || child->flags.IsDirectory()) return nullptr;
-    if (style->write && !child->flags.Has(ElementFlags::kWritable)) return nullptr;
+    if (style->write && (volume_.refusesWriting || !child->flags.Has(ElementFlags::kWritable))) return nullptr;
     if (truncateTo != nullptr) child->bytes.resize(*truncateTo);
     return new MemoryFile(name, this, volume_, *child);
 }
 
 bool MemoryDirectory::Remove(const String& name, bool force) {
-    Log(force ? "remove with force" : "remove", Bytes(name));
-    const auto position = node_.children.Find(name);
-    if (position == node_.children.end()) return false;
-    node_.children.Erase(position);
+    Log(force ? "remove with force" : "remove", name);
+    if (Child(name) == nullptr) return false;
+    node_.children.Erase(node_.children.Find(name));
     return true;
 }
 
@@ -172,7 +164,7 @@ bool MemoryDirectory::GetChildFlags(const String& name, ElementFlags* flags) {
 }
 
 bool MemoryDirectory::SetChildFlags(const String& name, const ElementFlags* flags) {
-    Log(flags->Has(ElementFlags::kWritable) ? "unprotect" : "protect", Bytes(name));
+    Log(flags->Has(ElementFlags::kWritable) ? "unprotect" : "protect", name);
     MemoryNode* const child = Child(name);
     if (child != nullptr) child->flags = *flags;
     return child != nullptr;

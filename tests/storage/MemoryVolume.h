@@ -6,11 +6,9 @@
 #include <vector>
 
 #include "storage/Directory.h"
+#include "tests/support/EventLog.h"
 
 namespace ZEMA::testing {
-
-// What happened, in order: "make a/b", "open a/b/f".
-using EventLog = std::vector<std::string>;
 
 std::string Bytes(const String& text);
 std::string Bytes(const BasicArray<String>& components);  // joined by "/"
@@ -27,7 +25,8 @@ struct MemoryNode {
 
 // Outlives what is opened in it. Its failures are counted over all operations on the contents of files.
 struct MemoryVolume {
-    EventLog log;
+    EventLog log;  // "make a", "read f"
+    bool refusesWriting = false;
     int failAt = 0;  // the operation that fails, from 1 on; 0 for none
     int operations = 0;
     std::vector<std::unique_ptr<MemoryNode>> nodes;
@@ -66,7 +65,7 @@ protected:
 
 private:
     MemoryNode* Child(const String& name) const;
-    void Log(const char* what, const std::string& name);
+    void Log(const char* what, const String& name) { volume_.log.push_back(what + (" " + Bytes(name))); }
 
     MemoryVolume& volume_;
     MemoryNode& node_;

@@ -51,4 +51,8 @@ std::string NamesIn(const Listing& listing) {
     return names;
 }
 
+std::string PathOf(const RefPointer<Directory>& element) {
+    return element ? Bytes(GetFullPath(*element, true)) : "nothing";
+}
+
 }  // namespace ZEMA::testing

@@ -1,5 +1,4 @@
-// What the tests of the storage tree share: a volume in memory under the root, and factories that log what they are
-// asked.
+// What the tests of the storage tree share: a volume in memory under the root, and factories that log their questions.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -56,6 +55,7 @@ protected:
     RefPointer<Directory> mem;
 };
 
-std::string NamesIn(const Listing& listing);  // "a,b", a slash behind directories
+std::string NamesIn(const Listing& listing);               // "a,b", a slash behind directories
+std::string PathOf(const RefPointer<Directory>& element);  // in full; "nothing" for null
 
 }  // namespace ZEMA::testing
