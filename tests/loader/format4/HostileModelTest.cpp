@@ -55,12 +55,6 @@ TEST(HostileModel, BoundsWhatIndicesAllocate) {
     }
 }
 
-TEST(HostileModel, CountsTheBudgetFromTheIndexOfALongText) {
-    const LoadedScene loaded(Root(Group(Part(1, "", Surface("SubMaterial", 100000))) + std::string(40000, ' ')));
-    EXPECT_TRUE(loaded.succeeded);
-    EXPECT_EQ(loaded.Part(0).materials.Size(), 100001U);
-}
-
 TEST(HostileModel, ReadsAndPlacesManyControlPoints) {
     constexpr int kCount = 100000;
     std::string parts;
