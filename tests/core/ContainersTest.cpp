@@ -1,34 +1,72 @@
 #include <gtest/gtest.h>
 
-#include <type_traits>
+#include <new>
+#include <string>
+#include <vector>
 
 #include "core/BasicArray.h"
-#include "core/BasicDeque.h"
-#include "core/BasicMap.h"
 #include "core/BasicSet.h"
 #include "core/String.h"
+#include "tests/support/EventLog.h"
 
 namespace ZEMA {
 namespace {
 
-// Held by value in polymorphic objects and destroyed through their own table.
-static_assert(std::has_virtual_destructor_v<BasicArray<int>> && std::has_virtual_destructor_v<BasicMap<int, int>> &&
-              std::has_virtual_destructor_v<BasicSet<int>> && std::has_virtual_destructor_v<BasicMultiset<int>> &&
-              std::has_virtual_destructor_v<BasicDeque<int>>);
+using testing::EventLog;
 
-TEST(BasicMap, FindsNamesInAnyCaseAndKeepsTheFirst) {
-    BasicMap<String, int, StringCaseInsensitiveLess<String>> map;
-    EXPECT_TRUE(map.Insert("IMAGE", 1));
-    EXPECT_FALSE(map.Insert("image", 2));
-    EXPECT_EQ(map["Image"], 1);
-    EXPECT_EQ(map.Find("Imag"), map.end());
+// Writes down its copies and ends, and refuses the copy after the next `copiesLeft`.
+struct Element {
+    Element(EventLog& events, const char* label) : log(&events), name(label) {}
+    Element(const Element& other) : log(other.log), name(other.name) {
+        if (copiesLeft-- == 0) throw std::bad_alloc();
+        log->push_back("copy " + name);
+    }
+    ~Element() { log->push_back("end " + name); }
+
+    static inline int copiesLeft = -1;
+    EventLog* log;
+    std::string name;
+};
+
+TEST(BasicArray, GrowsByHalfButByFourAtLeast) {
+    BasicArray<int> array;
+    std::vector<std::size_t> capacities;
+    for (int element = 0; element < 30; ++element) {
+        array.PushBack(element);
+        if (capacities.empty() || capacities.back() != array.Capacity()) capacities.push_back(array.Capacity());
+    }
+    EXPECT_EQ(capacities, (std::vector<std::size_t>{4, 8, 12, 18, 27, 40}));
+    array.Reserve(30);  // only upwards, and exactly
+    EXPECT_EQ(array.Capacity(), 40U);
+    array.Reserve(41);
+    array.Clear();
+    EXPECT_EQ(array.Capacity(), 41U);
+    EXPECT_THROW(array.Reserve(static_cast<std::size_t>(-1) / 4), std::bad_alloc);
 }
 
-TEST(BasicMultiset, KeepsEqualTextsInExactOrder) {
-    BasicMultiset<String> set;
-    for (const char* name : {"apple", "Banana", "apple"}) set.Insert(name);
-    EXPECT_EQ(set.Count("apple"), 2U);
-    EXPECT_EQ(*set.begin(), String("Banana"));
+TEST(BasicArray, CopiesAllBeforeItDestroysAnyAndStaysWholeWhenThatFails) {
+    EventLog log;
+    BasicArray<Element> array;
+    array.Reserve(2);
+    array.PushBack(Element(log, "a"));
+    array.PushBack(Element(log, "b"));
+    log.clear();
+    Element::copiesLeft = 2;
+    EXPECT_THROW(array.PushBack(array[0]), std::bad_alloc);
+    EXPECT_EQ(log, (EventLog{"copy a", "copy b", "end a", "end b"}));
+    EXPECT_EQ(array.Size(), 2U);
+    log.clear();
+    Element::copiesLeft = -1;
+    array.PushBack(array[0]);
+    EXPECT_EQ(log, (EventLog{"copy a", "copy b", "copy a", "end a", "end b"}));
+}
+
+TEST(BasicSet, TellsWhichKeysAreNew) {
+    BasicSet<String, StringCaseInsensitiveLess<String>> set;
+    std::vector<bool> isNew;
+    for (const char* key : {"b", "e", "E", "a", "B", "c"}) isNew.push_back(set.Insert(key));
+    EXPECT_EQ(isNew, (std::vector<bool>{true, true, false, true, false, true}));
+    EXPECT_EQ(*set.begin(), String("a"));
 }
 
 }  // namespace

@@ -5,53 +5,54 @@
 #include <string>
 #include <vector>
 
-#include "tests/core/Utf8.h"
-
 namespace ZEMA {
 namespace {
 
-using Pieces = std::vector<std::string>;
+using namespace std::string_view_literals;
+
+constexpr auto kUtf8 = TextEncoding::Utf8;
+constexpr auto kBig = TextEncoding::Utf16BigEndian;
+constexpr auto kLittle = TextEncoding::Utf16LittleEndian;
+constexpr auto kUnknown = static_cast<TextEncoding>(3);
+
+String Decoded(TextEncoding encoding, std::string_view bytes, std::uint32_t count) {
+    String text("before");
+    text.FromBytes(encoding, bytes.data(), count);
+    return text;
+}
+
+std::string Utf8(const String& text) {
+    return std::string(text.ToAString().View());
+}
 
 TEST(String, SharesThePlatformTextUntilTheFirstChange) {
     const struct {
-        const char* what;
         void (*change)(String&);
         const char* changed;
     } rows[] = {
-        {"append a text", [](String& text) { text.Append(String("!")); }, "abc!"},
-        {"append bytes", [](String& text) { text.Append("!"); }, "abc!"},
-        {"append itself", [](String& text) { text.Append(text); }, "abcabc"},
-        {"append a number", [](String& text) { text.AppendNumber(42); }, "abc42"},
-        {"erase", [](String& text) { text.Erase(1, 1); }, "ac"},
-        {"clear", [](String& text) { text.Clear(); }, ""},
-        {"assign", [](String& text) { text.Assign("x"); }, "x"},
-        {"take in bytes", [](String& text) { text.FromBytes(TextEncoding::Utf8, "yz", 2); }, "yz"},
+        {[](String& text) { text.Append(String("!")); }, "abc!"},
+        {[](String& text) { text.Append("?"); }, "abc?"},
+        {[](String& text) { text.Append(text); }, "abcabc"},
+        {[](String& text) { text.AppendNumber(0x100000007); }, "abc7"},  // 32 bits of it
+        {[](String& text) { text.Erase(1, 1); }, "ac"},
+        {[](String& text) { text.Clear(); }, ""},
+        {[](String& text) { text.Append("\xFF"); }, "abc"},
+        {[](String& text) { text.Assign(text); }, "abc"},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(row.changed);
         const String original("abc");
         String copy(original);
         EXPECT_EQ(copy.CFString(), original.CFString());
-        row.change(copy);
-        EXPECT_EQ(Utf8(copy), row.changed);
+        String alone("abc");
+        for (String* const text : {&copy, &alone}) {
+            row.change(*text);
+            const String copyOfChanged(*text);
+            row.change(*text);  // once more, on a text that may be mutable by now
+            EXPECT_EQ(Utf8(copyOfChanged), row.changed);
+        }
         EXPECT_EQ(Utf8(original), "abc");
-        const String copyOfChanged(copy);
-        copy.Append("...");
-        row.change(copy);  // once more, on a text that is mutable by now
-        EXPECT_EQ(Utf8(copyOfChanged), row.changed);
     }
-}
-
-TEST(String, AssigningAMutableTextToItselfKeepsIt) {
-    String text("a");
-    text.Append("b");
-    const CFStringRef held = text.CFString();
-    const String& itself = text;
-    text.Assign(itself);
-    EXPECT_EQ(text.CFString(), held);
-    String moved(std::move(text));
-    EXPECT_EQ(moved.CFString(), held);
-    EXPECT_TRUE(text.IsEmpty());  // NOLINT: what a move leaves behind is promised
 }
 
 TEST(String, TakesBytesAsAscii) {
@@ -60,41 +61,23 @@ TEST(String, TakesBytesAsAscii) {
     String text;
     text.Assign(withZero);
     EXPECT_EQ(text.Length(), 5U);
-    text.AssignBytes("xyz", 2);
-    EXPECT_EQ(Utf8(text), "xy");
-
-    const String empties[] = {String("caf\xC3\xA9"), String(AString("\x80")), String(AString()),
+    text.AssignBytes("x\xE9", 2);
+    const String empties[] = {text, String("caf\xC3\xA9"), String("twenty \x80 ASCII bytes"),
                               String(static_cast<const char*>(nullptr)), String(static_cast<CFStringRef>(nullptr))};
     for (const String& empty : empties) EXPECT_TRUE(empty.IsEmpty());
-    text.Append("\xFF");  // nothing to append either
-    EXPECT_EQ(Utf8(text), "xy");
-    text.AssignBytes("x\xE9", 2);
-    EXPECT_TRUE(text.IsEmpty());
-    text.AppendNumber(0x100000007);  // 32 bits of it
-    EXPECT_EQ(Utf8(text), "7");
 }
 
 TEST(String, ClampsRanges) {
     const struct {
-        const char* what;
         std::uint32_t p, n;
         const char* part;
         const char* erased;
-    } rows[] = {
-        {"inside", 1, 2, "bc", "ad"},
-        {"over the end", 2, 9, "cd", "ab"},
-        {"up to the end", 3, npos, "d", "abc"},
-        {"the whole", 0, 4, "abcd", ""},
-        {"at the end", 4, 1, "", "abcd"},
-        {"behind the end", 5, 1, "", "abcd"},
-        {"far behind the end", npos, npos, "", "abcd"},
-        {"empty", 2, 0, "", "abcd"},
-    };
+    } rows[] = {{1, 2, "bc", "ad"}, {2, 9, "cd", "ab"},       {3, npos, "d", "abc"}, {0, 4, "abcd", ""},
+                {4, 1, "", "abcd"}, {npos, npos, "", "abcd"}, {2, 0, "", "abcd"}};
     const String text("abcd");
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(::testing::Message() << row.p << ", " << row.n);
         EXPECT_EQ(Utf8(String(text, row.p, row.n)), row.part);
-        EXPECT_EQ(text.ToAString(TextEncoding::Utf8, row.p, row.n), row.part);
         EXPECT_TRUE(text.EqualsNoCaseAt(row.p, row.n, row.part));
         String erased(text);
         erased.Erase(row.p, row.n);
@@ -106,61 +89,29 @@ TEST(String, ClampsRanges) {
 }
 
 TEST(String, OrdersExactlyAndWithoutCase) {
-    const struct {
-        const char* what;
-        const char* a;
-        const char* b;
-        bool less, lessNoCase, equalNoCase;
-    } rows[] = {
-        {"upper case is first only exactly", "Banana", "apple", true, false, false},
-        {"case alone", "ABC", "abc", true, false, true},
-        {"a longer text is greater", "ab", "abc", true, true, false},
-        {"the empty text is first", "", "a", true, true, false},
-        {"letters fold to lower case", "a_", "aB", false, true, false},
-        {"beyond ASCII", "\xC3\x84pfel", "\xC3\xA4PFEL", true, false, true},
-        {"full folding", "STRASSE",
-         "stra\xC3\x9F"
-         "e",
-         true, false, true},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        const String a = Text(row.a);
-        const String b = Text(row.b);
-        EXPECT_EQ(a < b, row.less);
-        EXPECT_FALSE(a == b);
-        EXPECT_EQ(a.LessNoCase(b), row.lessNoCase);
-        EXPECT_EQ(a.EqualsNoCaseAt(0, npos, b), row.equalNoCase);
-    }
+    EXPECT_TRUE(String("Banana") < String("apple"));
+    EXPECT_FALSE(String("Banana").LessNoCase("apple"));
+    EXPECT_FALSE(String("a_") < String("aB"));
+    EXPECT_TRUE(String("a_").LessNoCase("aB"));
+    EXPECT_FALSE(String("ABC") == String("abc"));
+    EXPECT_TRUE(FromUtf8("\xC3\x84pfel").EqualsNoCaseAt(0, npos, FromUtf8("\xC3\xA4PFEL")));
 }
 
 TEST(String, FindsUnitsAndTexts) {
-    const String text = Text(
-        "x/Stra\xC3\x9F"
-        "e/x");  // 10 units
-    EXPECT_EQ(text.Find('/'), 1U);
-    EXPECT_EQ(text.Find('/', 2), 8U);
-    EXPECT_EQ(text.Find('S', 3), npos);
-    EXPECT_EQ(text.Find('x', 10), npos);
-    EXPECT_EQ(text.Find(0xDF), 6U);
+    String text("x/Strasse/x");
+    EXPECT_EQ(text.Find('/', 2), 9U);
     EXPECT_EQ(text.FindNoCase("STR", 1), 2U);
-    EXPECT_EQ(text.FindNoCase("ss"), 6U);
-    EXPECT_EQ(text.FindNoCase("STR", 3), npos);
-    EXPECT_EQ(text.FindNoCase("", 0), npos);
     EXPECT_EQ(text.FindNoCase("x", npos), npos);
-    EXPECT_EQ(text.FindFirstOf("e/"), 1U);
-    EXPECT_EQ(text.FindFirstOf("Ee", 2), 7U);
+    EXPECT_EQ(text.FindFirstOf("Ee", 2), 8U);
     EXPECT_EQ(text.FindFirstOf("", 0), npos);
-    EXPECT_EQ(text.FindFirstOf("s"), npos);
-    EXPECT_EQ(text.FindFirstOf("x", 10), npos);
-    String far;
-    far.AssignBytes(std::string(1000, 'a').c_str(), 1000);
-    far.Append("b");
-    EXPECT_EQ(far.Find('b', 3), 1000U);
+    EXPECT_EQ(text.FindFirstOf("R"), npos);
+    EXPECT_EQ(text.FindFirstOf("x", 11), npos);
+    text.Append(String(std::string(1000, 'a').c_str()));
+    text.Append("b");
+    EXPECT_EQ(text.Find('b', 3), 1011U);
 
     EXPECT_TRUE(String("box").CharAtIs(npos, 'x'));
     EXPECT_FALSE(String("").CharAtIs(npos, 'x'));
-    EXPECT_TRUE(String("box").CharAtIs(0, 'b'));
     EXPECT_FALSE(String("box").CharAtIs(3, 0));
 }
 
@@ -168,34 +119,71 @@ TEST(String, Splits) {
     const struct {
         const char* text;
         const char* separator;
-        Pieces pieces;
+        std::vector<std::string> pieces;
     } rows[] = {
-        {"a//b", "/", {"a", "", "b"}},
-        {"/", "/", {""}},
-        {"", "/", {}},
-        {"//", "/", {"", "", ""}},
-        {"/a/", "/", {"", "a", ""}},
-        {"abc", "/", {"abc"}},
-        {"a::b:c", "::", {"a", "b:c"}},
-        {"aXa", "x", {"aXa"}},
-        {"", "", {}},
-        {"a", "", {"a"}},
+        {"a//b", "/", {"a", "", "b"}},  {"/", "/", {""}},      {"", "/", {}}, {"//", "/", {"", "", ""}},
+        {"/a/", "/", {"", "a", ""}},    {"abc", "/", {"abc"}}, {"", "", {}},  {"a", "", {"a"}},
+        {"a::b:c", "::", {"a", "b:c"}}, {"aXa", "x", {"aXa"}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
+        // Into the array that holds both.
         BasicArray<String> pieces;
-        pieces.PushBack("left over");
-        String(row.text).Split(row.separator, pieces);
-        EXPECT_EQ(Utf8(pieces), row.pieces);
-        if (std::string(row.separator) == "/") {
-            String(row.text).Split('/', pieces);
-            EXPECT_EQ(Utf8(pieces), row.pieces);
-        }
+        for (const char* const text : {row.text, row.separator}) pieces.PushBack(text);
+        pieces[0].Split(pieces[1], pieces);
+        std::vector<std::string> found;
+        for (const String& piece : pieces) found.push_back(Utf8(piece));
+        EXPECT_EQ(found, row.pieces);
     }
-    BasicArray<String> pieces;
-    String("a,b;c,;").Split(',', pieces);
-    pieces[1].Split(pieces[2], pieces);  // into the array that holds both
-    EXPECT_EQ(Utf8(pieces), (Pieces{"b", "c"}));
+}
+
+TEST(String, DecodesWithoutOneTerminator) {
+    const struct {
+        const char* what;
+        TextEncoding encoding;
+        std::string_view bytes;
+        std::uint32_t count;
+        std::string_view units;  // big-endian
+    } rows[] = {
+        {"two zero bytes at the end", kUtf8, "ab\0\0"sv, 4, "\0a\0b\0\0"sv},
+        {"zero byte inside", kUtf8, "a\0\xC3\xA9"sv, 4, "\0a\0\0\0\xE9"sv},
+        {"not UTF-8", kUtf8, "ab\xFF"sv, 3, ""sv},
+        {"big-endian", kBig, "\0a\x20\xAC\0\0"sv, 3, "\0a\x20\xAC"sv},
+        {"big-endian, a unit that ends in zero", kBig, "\0a\x01\0"sv, 2, "\0a\x01\0"sv},
+        {"little-endian, a unit that starts with zero", kLittle, "a\0\0\x01"sv, 2, "\0a\x01\0"sv},
+        {"little-endian, terminator alone", kLittle, "\0\0"sv, 1, ""sv},
+        {"unknown encoding", kUnknown, "ab"sv, 2, ""sv},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(Decoded(row.encoding, row.bytes, row.count).ToAString(kBig), row.units);
+    }
+}
+
+TEST(String, EncodesIntoTheRoomThatIsPromised) {
+    const struct {
+        const char* what;
+        std::string_view units;  // big-endian
+        TextEncoding encoding;
+        std::string_view bytes;
+        std::uint32_t capacity;
+    } rows[] = {
+        {"UTF-8", "\0a\x20\xAC\0\0\0b"sv, kUtf8, "a\xE2\x82\xAC"sv, ((6 * 4 + 2) | 32) - 1},  // up to the zero unit
+        {"half a pair is no UTF-8", "\0a\xD8\x3D"sv, kUtf8, ""sv, ((6 * 2 + 2) | 32) - 1},
+        {"half a pair is a unit", "\0a\xD8\x3D"sv, kBig, "\0a\xD8\x3D"sv, ((2 * 2 + 2) | 32) - 1},
+        {"little-endian", "\0a\x20\xAC"sv, kLittle, "a\0\xAC\x20"sv, ((2 * 2 + 2) | 32) - 1},
+        {"empty", ""sv, kUtf8, ""sv, 34},
+        {"unknown encoding", "\0a"sv, kUnknown, ""sv, 34},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const String text = Decoded(kBig, row.units, static_cast<std::uint32_t>(row.units.size() / 2));
+        const AString bytes = text.ToAString(row.encoding);
+        EXPECT_EQ(bytes, row.bytes);
+        EXPECT_EQ(bytes.Capacity(), row.capacity);
+        const bool isWide = row.encoding == kBig || row.encoding == kLittle;
+        EXPECT_EQ(bytes.Data()[bytes.Length() + (isWide ? 1 : 0)], 0);  // a whole unit of zero
+    }
 }
 
 }  // namespace
