@@ -123,7 +123,6 @@ bool DeflateAll(const ZipFileHeader& member, unsigned char* output, std::uint32_
         stream.avail_in = size;
         const bool last = segment.offset + size == member.uncompressedSize;
         result = deflate(&stream, last ? Z_FINISH : Z_NO_FLUSH);
-        if (stream.avail_in != 0) result = Z_BUF_ERROR;  // the output is full
     }
     packedSize = static_cast<std::uint32_t>(stream.total_out);
     return result == Z_STREAM_END;

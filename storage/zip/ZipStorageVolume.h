@@ -90,7 +90,7 @@ private:
     // only when it succeeds.
     bool CanEdit() const;
     bool LiesApart(const ZipFileHeader& member, std::uint64_t end) const;
-    bool WriteLocalHeaderOffset(const ZipFileHeader& member);
+    bool RewriteLocalHeaderOffsets(std::uint32_t from);  // of the members at `from` and behind it
     void ShiftDirectory(std::int64_t distance);
 
     bool InsertMember(ZipFileHeader& member, const AString& localHeader, const AString& centralHeader);

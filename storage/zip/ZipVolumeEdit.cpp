@@ -1,14 +1,58 @@
 // What adding, removing and writing back members have in common.
+#include <algorithm>
+#include <utility>
+
 #include "storage/zip/ZipStorageVolume.h"
 
 namespace ZEMA {
 
-// The offsets of a sound archive: every member before the directory, the directory before the end record, the record
-// inside the file.
+namespace {
+
+// Overwrites fields of 32 bits that come in ascending order, several with one call where they stand close together.
+class FieldWriter {
+public:
+    // The fields lie before `end`.
+    FieldWriter(File& file, std::uint64_t end) : file_(file), end_(end) {}
+
+    [[nodiscard]] bool Store(std::uint64_t offset, std::uint32_t value) {
+        if (size_ - std::min(offset - start_, size_) < sizeof value && !(Flush() && Load(offset))) return false;
+        StoreU32(bytes_ + (offset - start_), value);
+        used_ = offset - start_ + sizeof value;
+        return true;
+    }
+
+    [[nodiscard]] bool Flush() {
+        const std::uint64_t used = std::exchange(used_, 0);
+        return used == 0 || WriteAt(file_, start_, used, bytes_);
+    }
+
+private:
+    bool Load(std::uint64_t offset) {
+        if (end_ < offset + 4) return false;
+        start_ = offset;
+        size_ = std::min<std::uint64_t>(sizeof bytes_, end_ - offset);
+        return ReadAt(file_, start_, size_, bytes_);
+    }
+
+    File& file_;
+    std::uint64_t end_;
+    char bytes_[0x4000];  // of the file, from start_ on
+    std::uint64_t start_ = 0;
+    std::uint64_t size_ = 0;
+    std::uint64_t used_ = 0;  // up to the last field stored
+};
+
+}  // namespace
+
+// The offsets of a sound archive: every member before the directory, every header in the directory before the end
+// record, the record inside the file.
 bool ZipStorageVolume::CanEdit() const {
     if (!IsWritable() || damaged_) return false;
     const ZipFileHeader* last = fileOrder_.Last();
     if (last != nullptr && last->localHeaderOffset >= endRecord_.directoryOffset) return false;
+    const ZipFileHeader* lastListed = directoryOrder_.Last();
+    if (lastListed != nullptr && centralDirectoryEnd_ - lastListed->centralHeaderOffset < kCentralHeaderSize)
+        return false;
     return GetSize(*archive_) >= std::uint64_t{endRecord_.position} + kEndRecordSize;
 }
 
@@ -23,11 +67,15 @@ bool ZipStorageVolume::LiesApart(const ZipFileHeader& member, std::uint64_t end)
                member.localHeaderOffset;
 }
 
-bool ZipStorageVolume::WriteLocalHeaderOffset(const ZipFileHeader& member) {
-    char bytes[4];
-    StoreU32(bytes, member.localHeaderOffset);
-    const std::uint64_t offset = std::uint64_t{member.centralHeaderOffset} + kCentralLocalHeaderOffset;
-    return WriteAt(*archive_, offset, sizeof bytes, bytes);
+// The directory is read and written in pieces, since an archive of many members would otherwise cost a call for each.
+bool ZipStorageVolume::RewriteLocalHeaderOffsets(std::uint32_t from) {
+    FieldWriter writer(*archive_, centralDirectoryEnd_);
+    for (auto* member = directoryOrder_.First(); member != nullptr; member = DirectoryOrder::Next(member)) {
+        if (member->localHeaderOffset < from) continue;
+        const std::uint64_t field = std::uint64_t{member->centralHeaderOffset} + kCentralLocalHeaderOffset;
+        if (!writer.Store(field, member->localHeaderOffset)) return false;
+    }
+    return writer.Flush();
 }
 
 // The directory and all behind it has moved.

@@ -95,9 +95,8 @@ bool ZipStorageVolume::MoveMembersDown(const BasicArray<Cut>& spans) {
         if (distance == 0) continue;
         member->localHeaderOffset -= distance;
         if (member->dataOffset != 0) member->dataOffset -= distance;
-        if (!WriteLocalHeaderOffset(*member)) return false;
     }
-    return true;
+    return RewriteLocalHeaderOffsets(static_cast<std::uint32_t>(spans[0].begin));
 }
 
 // Moves what is kept down over the cuts, from front to back, and cuts the file.

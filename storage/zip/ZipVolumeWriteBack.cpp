@@ -43,9 +43,8 @@ bool ZipStorageVolume::ShiftMembersBehind(const ZipFileHeader& member, std::int6
     for (auto* moved = FileOrder::Next(&member); moved != nullptr; moved = FileOrder::Next(moved)) {
         moved->localHeaderOffset += delta;
         if (moved->dataOffset != 0) moved->dataOffset += delta;
-        if (!WriteLocalHeaderOffset(*moved)) return false;
     }
-    return RewriteEndRecord(*archive_, endRecord_);
+    return RewriteLocalHeaderOffsets(member.localHeaderOffset + 1) && RewriteEndRecord(*archive_, endRecord_);
 }
 
 // From now on the local header tells the sums.
