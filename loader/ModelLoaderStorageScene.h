@@ -61,7 +61,7 @@ private:
 
     void ConvertSteps(const BasicArray<RefPointer<StorageScene::BIStep>>& steps,
                       BasicArray<RefPointer<StorageScene2::BIEvent>>& events);
-    void ConvertPlacedParts(const StorageScene::BIStep& step, BasicArray<RefPointer<StorageScene2::BIEvent>>& events);
+    void ConvertPlacedParts(StorageScene::BIStep& step, BasicArray<RefPointer<StorageScene2::BIEvent>>& events);
     bool PlaceOnce(StorageScene::Flex* flex);
 
     BasicMap<const StorageScene::Part*, std::size_t> controlPoints_;  // where each part stands in its flexible element

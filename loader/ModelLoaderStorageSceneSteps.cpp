@@ -12,9 +12,9 @@ using Events = BasicArray<RefPointer<StorageScene2::BIEvent>>;
 // A list of steps that is being converted.
 struct OpenList {
     const Steps* steps;
-    std::size_t next;                   // of `steps`
-    Events* events;                     // what the steps become
-    const StorageScene::BIStep* owner;  // which the list is nested in; null for an instruction's own
+    std::size_t next;             // of `steps`
+    Events* events;               // what the steps become
+    StorageScene::BIStep* owner;  // which the list is nested in; null for an instruction's own
 };
 
 void AppendCamera(const RefPointer<StorageScene2::Camera>& camera, Events& events) {
@@ -42,7 +42,7 @@ void ModelLoaderStorageScene::ConvertSteps(const Steps& steps, Events& events) {
     while (!open.Empty()) {
         OpenList& list = open.Back();
         if (list.next < list.steps->Size()) {
-            const StorageScene::BIStep& step = *(*list.steps)[list.next++];
+            StorageScene::BIStep& step = *(*list.steps)[list.next++];
             AppendCamera(step.camera, *list.events);
             open.PushBack({&step.steps, 0, &AppendStep(step, *list.events), &step});
         } else {
@@ -52,14 +52,14 @@ void ModelLoaderStorageScene::ConvertSteps(const Steps& steps, Events& events) {
     }
 }
 
-void ModelLoaderStorageScene::ConvertPlacedParts(const StorageScene::BIStep& step, Events& events) {
-    for (const StorageScene::BIPart& placed : step.parts) {
+void ModelLoaderStorageScene::ConvertPlacedParts(StorageScene::BIStep& step, Events& events) {
+    for (StorageScene::BIPart& placed : step.parts) {
         const auto position = partParts.Find(placed.part.Get());
         if (position == partParts.end() || !PlaceOnce(placed.part->flex.Get())) continue;
+        placed.transformation.Sanitise();
         const auto event = New<StorageScene2::BIPart>(RefPointer<StorageScene2::Part>(position->second));
         event->exploded = placed.exploded;
         event->transformation = placed.transformation;
-        event->transformation.Sanitise();
         events.PushBack(event);
     }
 }
