@@ -91,20 +91,16 @@ TEST(CFStringToBytes, EncodesAsMeasured) {
 
 TEST(CFStringToBytes, NeverWritesPartOfACharacter) {
     const Text text = MakeText("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
-    const struct {
-        CFIndex room, units, bytes;
-    } rows[] = {{0, 0, 0}, {1, 1, 1}, {2, 1, 1}, {3, 2, 3}, {5, 2, 3}, {6, 3, 6}, {9, 3, 6}, {10, 5, 10}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.room);
-        std::vector<UInt8> buffer(static_cast<std::size_t>(row.room));
-        UInt8 none;
-        CFIndex size = -1;
-        EXPECT_EQ(CFStringGetBytes(text.get(), WholeOf(text.get()), kCFStringEncodingUTF8, 0, false,
-                                   row.room ? buffer.data() : &none, row.room, &size),
-                  row.units);
-        EXPECT_EQ(size, row.bytes);
-    }
+    const CFIndex rows[][3] = {{0, 0, 0}, {1, 1, 1}, {2, 1, 1}, {3, 2, 3},
+                               {5, 2, 3}, {6, 3, 6}, {9, 3, 6}, {10, 5, 10}};
     CFIndex size = -1;
+    for (const auto& [room, units, bytes] : rows) {
+        UInt8 buffer[10];
+        EXPECT_EQ(
+            CFStringGetBytes(text.get(), WholeOf(text.get()), kCFStringEncodingUTF8, 0, false, buffer, room, &size),
+            units);
+        EXPECT_EQ(size, bytes);
+    }
     EXPECT_EQ(CFStringGetBytes(text.get(), WholeOf(text.get()), kCFStringEncodingUTF8, 0, false, nullptr, 0, &size), 5);
     EXPECT_EQ(size, 10);
     EXPECT_GE(CFStringGetMaximumSizeForEncoding(CFStringGetLength(text.get()), kCFStringEncodingUTF8), size);

@@ -66,12 +66,6 @@ TEST(CFStringFind, FindsAsMeasured) {
     }
 }
 
-TEST(CFStringFind, ReportsNowhereForWhatIsNotThere) {
-    const CFRange found = CFStringFind(CFSTR("abc"), CFSTR("d"), 0);
-    EXPECT_EQ(found.location, kCFNotFound);
-    EXPECT_EQ(found.length, 0);
-}
-
 TEST(CFStringSplit, CutsAsMeasured) {
     for (const Json& row : VectorsOf("split.json")) {
         SCOPED_TRACE(row.dump());
@@ -86,15 +80,6 @@ TEST(CFStringSplit, CutsAsMeasured) {
         const Text whole(CFStringCreateByCombiningStrings(nullptr, pieces.get(), separator.get()));
         EXPECT_TRUE(CFEqual(whole.get(), text.get()));
     }
-}
-
-TEST(CFStringSplit, AWholeTextIsItsOwnPiece) {
-    const Text text = MakeText("abc");
-    const Held<CFArrayRef> pieces(CFStringCreateArrayBySeparatingStrings(nullptr, text.get(), CFSTR("/")));
-    EXPECT_EQ(CFArrayGetValueAtIndex(pieces.get(), 0), text.get());
-    EXPECT_EQ(CFGetRetainCount(text.get()), 2);
-    const Held<CFArrayRef> empty(CFStringCreateArrayBySeparatingStrings(nullptr, CFSTR("/"), CFSTR("/")));
-    EXPECT_EQ(CFArrayGetValueAtIndex(empty.get(), 1), CFSTR(""));
 }
 
 }  // namespace

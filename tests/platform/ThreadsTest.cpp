@@ -59,14 +59,5 @@ TEST(Threads, CountPlugInInstancesTogether) {
     for (int i = 0; i < kThreadCount * kRounds / 2; ++i) CFPlugInRemoveInstanceForFactory(factory.get());
 }
 
-TEST(Threads, MeetOnTheSameLiterals) {
-    OnAllThreads([](int round) {
-        const std::string text = "literal " + std::to_string(round % 50);
-        const CFStringRef constant = __CFStringMakeConstantString(text.c_str());
-        EXPECT_EQ(constant, __CFStringMakeConstantString(text.c_str()));
-        CFRelease(constant);
-    });
-}
-
 }  // namespace
 }  // namespace ZEMA
