@@ -298,5 +298,27 @@ TEST_F(ZipTest, WritesBackWithTheLastWriter) {
     ExpectSound(*top, {{"m", "two" + kText.substr(3)}});
 }
 
+// Local header 0 to 31, data to 34, central header to 81, end record to 103.
+TEST(ZipLifetime, ShowsInWhatHappensToTheArchive) {
+    EventLog log;
+    RefPointer<File> member;
+    {
+        const RefPointer<TailFile> file = New<TailFile>(0u, ArchiveBuilder().Stored("m", "abc").Bytes(), log);
+        const RefPointer<ZipStorageVolume> volume = New<ZipStorageVolume>(file.Get(), kReadWriteStyle);
+        ASSERT_TRUE(volume->Open());
+        const RefPointer<Directory> top = New<ZipStorageDirectory>("v", nullptr, volume.Get(), &volume->RootNode());
+        member = OpenFile(*top, "m", &kReadWriteStyle, false, nullptr);
+        EXPECT_TRUE(member && WriteAt(*member, 0, 10, "0123456789"));
+    }
+    EXPECT_EQ(log, EventLog()) << "an open member keeps its archive, and nothing is written before it closes";
+    member.Reset();
+    const EventLog expected = {"size 110",                    // room for 7 more bytes
+                               "write 41+69", "write 96+12",  // what lies behind moves; counts and directory offset
+                               "write 31+10",                 // the data
+                               "write 14+12", "write 57+12",  // sums in both headers; the method is the same
+                               "end"};
+    EXPECT_EQ(log, expected);
+}
+
 }  // namespace
 }  // namespace ZEMA::testing

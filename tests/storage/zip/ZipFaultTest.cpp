@@ -10,40 +10,6 @@ namespace {
 
 const std::string kText(30000, 't');
 
-// A file of nearly any size whose bytes are zero except for its tail, which alone is kept.
-class TailFile : public File {
-public:
-    TailFile(std::uint64_t start, std::string tail) : File("tail", nullptr), start_(start), tail_(std::move(tail)) {}
-
-    const std::string& Tail() const { return tail_; }
-
-    bool ReadAt(std::uint64_t offset, std::uint64_t size, void* buffer, std::uint64_t*) override {
-        if (offset > GetSize() || size > GetSize() - offset) return false;
-        auto* bytes = static_cast<char*>(buffer);
-        for (; size != 0 && offset < start_; ++offset, --size) *bytes++ = 0;
-        if (size != 0) tail_.copy(bytes, size, offset - start_);
-        return true;
-    }
-    bool WriteAt(std::uint64_t offset, std::uint64_t size, const void* buffer, std::uint64_t*) override {
-        if (offset < start_ || offset > GetSize()) return false;
-        tail_.replace(offset - start_, size, static_cast<const char*>(buffer), size);
-        return true;
-    }
-    bool Read(std::uint64_t, void*, std::uint64_t*) override { return false; }
-    bool Write(std::uint64_t, const void*, std::uint64_t*) override { return false; }
-    std::uint64_t GetSize() override { return start_ + tail_.size(); }
-    bool SetSize(std::uint64_t size) override {
-        tail_.resize(size - start_);
-        return size >= start_;
-    }
-    std::uint64_t GetPosition() override { return 0; }
-    bool Seek(std::uint64_t) override { return false; }
-
-private:
-    std::uint64_t start_;
-    std::string tail_;
-};
-
 // Mounts an archive whose members begin behind as many zeros as leave `room` bytes before the end record would pass the
 // last offset.
 struct FarArchive {
@@ -55,12 +21,13 @@ struct FarArchive {
                         static_cast<std::uint32_t>(built.localHeaders[i]) + shift);
         }
         built.Set32(built.endRecord + kEndDirectoryOffset, static_cast<std::uint32_t>(built.directory) + shift);
-        file = New<TailFile>(start, built.bytes);
+        file = New<TailFile>(start, built.bytes, log);
         volume = New<ZipStorageVolume>(file.Get(), kReadWriteStyle);
         EXPECT_TRUE(volume->Open());
         top = New<ZipStorageDirectory>("far", nullptr, volume.Get(), &volume->RootNode());
     }
 
+    EventLog log;  // outlives the file
     RefPointer<TailFile> file;
     RefPointer<ZipStorageVolume> volume;
     RefPointer<Directory> top;
