@@ -80,7 +80,8 @@ bool ZipStorageVolume::FindCuts(const BasicArray<RefPointer<ZipFileHeader>>& mem
         if (!ReadAt(*archive_, member->centralHeaderOffset, kCentralHeaderSize, bytes)) return false;
         if (!ParseCentralHeader(bytes, central)) return false;
         const std::uint64_t entryEnd = member->centralHeaderOffset + central.EntrySize();
-        if (entryEnd > centralDirectoryEnd_) return false;
+        const ZipFileHeader* next = DirectoryOrder::Next(member.Get());
+        if (entryEnd > (next != nullptr ? next->centralHeaderOffset : centralDirectoryEnd_)) return false;
         entries.PushBack({member->centralHeaderOffset, entryEnd});
     }
     std::sort(spans.begin(), spans.end());
