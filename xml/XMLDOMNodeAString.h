@@ -29,11 +29,12 @@ public:
     BasicArray<RefPointer<XMLDOMNodeAString>> children;
     BasicArray<AString> textLines;  // the element's own text, without its children's: trimmed lines, none of them empty
 
-    // Parses a whole document, whose root element becomes this node. Meant for a fresh node: its name is replaced,
-    // while attributes are set, and children and text added, as if the node had just been read.
+    // Parses a whole document, whose root element becomes this node. Meant for a fresh node, which is not emptied
+    // first: its name and text are replaced, while attributes are set and children added.
     //
     // `tester`, unless null, sees the root element before anything below it is read and can reject the document. False
-    // when it does, or when the text is malformed or 2^31 bytes or longer; the node is empty then.
+    // when it does, when the text is malformed or 2^31 bytes or longer, or when what it declares stands for far more
+    // than it writes out; the node is empty then.
     //
     // What a tester or an allocation throws leaves the node empty too, and goes on.
     [[nodiscard]] bool Parse(const AString& text, XMLDOMNodeAStringTester* tester);

@@ -1,6 +1,7 @@
 // The XML parser as a sequence of events.
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <string_view>
 
@@ -13,9 +14,11 @@ namespace ZEMA {
 // Parses one text and calls the operations of a subclass for what is in it. Texts are UTF-8 and gone when the operation
 // returns.
 //
+// A document type may declare entities and attributes, within bounds: a few bytes of them could otherwise stand for any
+// number of elements and values, or nest deeper than the stack, on which the parser opens one entity inside another.
+//
 // Errors:  what an operation throws stops the parse and comes out of Parse; nothing is thrown through the parser
-// itself,
-//          which is C.
+//          itself, which is C.
 // Threads: one at a time.
 class XMLEventParser {
 public:
@@ -27,7 +30,7 @@ protected:
     virtual ~XMLEventParser();
 
     // Parses the whole text, whose own declaration decides about its encoding. False when it is malformed, when Stop
-    // was called, or when it has 2^31 bytes or more.
+    // was called, when its declarations go beyond the bounds, or when it has 2^31 bytes or more.
     [[nodiscard]] bool Parse(const AString& text);
 
     // From an operation only. The parser may still close an element without content.
@@ -44,7 +47,12 @@ protected:
 private:
     struct Callbacks;
 
+    void CountDeclaration();
+    void ChargeStartTag(const char** attributes);
+
     XML_ParserStruct* parser_ = nullptr;  // while Parse runs
+    std::uint32_t declarationCount_ = 0;
+    std::uint64_t startTagsLeft_ = 0;  // bytes that start tags may still come to
     bool deliversText_ = true;
     std::exception_ptr failure_;
 };
