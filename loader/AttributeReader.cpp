@@ -1,5 +1,6 @@
 #include "loader/AttributeReader.h"
 
+#include <algorithm>
 #include <array>
 
 #include "core/NumberScan.h"
@@ -55,24 +56,17 @@ void ReadComponent(const XMLDOMNodeAString& node, std::string_view name, char ax
 
 }  // namespace
 
-const AString* FindAttribute(const XMLDOMNodeAString& node, std::string_view name) {
-    for (const auto& [key, value] : node.attributes) {
-        if (key == name) return &value;
-    }
-    return nullptr;
-}
-
 bool ReadUnsigned(const XMLDOMNodeAString& node, std::string_view name, std::uint32_t& value) {
-    const AString* text = FindAttribute(node, name);
+    const AString* text = node.FindAttribute(name);
     return text != nullptr && ScanUnsigned(text->View(), value);
 }
 
 void ReadFloat(const XMLDOMNodeAString& node, std::string_view name, float& value) {
-    if (const AString* text = FindAttribute(node, name)) ScanFloats(*text, {&value, 1});
+    if (const AString* text = node.FindAttribute(name)) ScanFloats(*text, {&value, 1});
 }
 
 void ReadBool(const XMLDOMNodeAString& node, std::string_view name, bool& value) {
-    const AString* text = FindAttribute(node, name);
+    const AString* text = node.FindAttribute(name);
     if (text == nullptr) return;
     std::uint32_t position = 0;
     if (IsAscii(text->View())) {
@@ -83,14 +77,14 @@ void ReadBool(const XMLDOMNodeAString& node, std::string_view name, bool& value)
 }
 
 bool ReadString(const XMLDOMNodeAString& node, std::string_view name, String& value) {
-    const AString* text = FindAttribute(node, name);
+    const AString* text = node.FindAttribute(name);
     if (text == nullptr) return false;
     value = FromUtf8(*text);
     return true;
 }
 
 void ReadVector3(const XMLDOMNodeAString& node, std::string_view name, Vector3& value) {
-    if (const AString* text = FindAttribute(node, name)) {
+    if (const AString* text = node.FindAttribute(name)) {
         std::array<float, 3> components{value.x, value.y, value.z};
         ScanFloats(*text, components);
         value = {components[0], components[1], components[2]};
@@ -123,12 +117,12 @@ std::size_t CountListPieces(std::string_view list) {
 
 bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::size_t leadingZeros,
                     BasicArray<unsigned long>& numbers) {
-    const AString* list = FindAttribute(node, name);
+    const AString* list = node.FindAttribute(name);
     if (list == nullptr || list->IsEmpty()) return true;
     numbers.Reserve(leadingZeros + CountListPieces(list->View()));
     numbers.Resize(leadingZeros);
     bool complete = true;
-    ForEachListPiece(list->View(), [&](std::string_view piece) {
+    ForEachPiece(list->View(), ',', [&](std::string_view piece) {
         std::uint32_t number = 0;
         if (!ScanUnsigned(piece, number)) complete = false;
         numbers.PushBack(number);

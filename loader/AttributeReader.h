@@ -1,7 +1,6 @@
 // The values that format-5 elements carry in their attributes.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -12,15 +11,13 @@
 #include "core/RefPointer.h"
 #include "core/String.h"
 #include "scene/Vector3.h"
+#include "xml/TextPieces.h"
 #include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA {
 
 // Names are matched exactly. Numbers are read as the scans of String read them, without making a String of text that is
 // ASCII.
-
-// The value of the attribute, or null. Good while the node's attributes stay.
-const AString* FindAttribute(const XMLDOMNodeAString& node, std::string_view name);
 
 // Each reads one attribute. What is absent or unreadable leaves `value` as it was, except that an empty boolean is
 // false. The answer tells whether `value` was read.
@@ -43,15 +40,6 @@ bool ScanUnsigned(std::string_view text, std::uint32_t& value);
 // behind one at the end stands nothing.
 std::size_t CountListPieces(std::string_view list);
 
-template <class Visit>
-void ForEachListPiece(std::string_view list, Visit visit) {
-    while (!list.empty()) {
-        const std::size_t end = std::min(list.find(','), list.size());
-        visit(list.substr(0, end));
-        list.remove_prefix(std::min(end + 1, list.size()));
-    }
-}
-
 // Fills the empty `numbers` with those of a list, and 0 for each that cannot be read, and the answer is false then. An
 // absent or empty attribute adds nothing; any other puts `leadingZeros` zeros in front.
 bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::size_t leadingZeros,
@@ -62,11 +50,11 @@ bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::s
 template <class T>
 bool ReadReferenceList(const XMLDOMNodeAString& node, std::string_view name, const BasicMap<unsigned long, T*>& objects,
                        BasicArray<RefPointer<T>>& references) {
-    const AString* list = FindAttribute(node, name);
+    const AString* list = node.FindAttribute(name);
     if (list == nullptr) return true;
     references.Reserve(references.Size() + CountListPieces(list->View()));
     bool complete = true;
-    ForEachListPiece(list->View(), [&](std::string_view piece) {
+    ForEachPiece(list->View(), ',', [&](std::string_view piece) {
         std::uint32_t refID = 0;
         const auto position = ScanUnsigned(piece, refID) ? objects.Find(refID) : objects.end();
         const bool found = position != objects.end();

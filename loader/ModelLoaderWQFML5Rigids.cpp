@@ -11,7 +11,7 @@ namespace {
 
 // False when the element names no type that there is.
 bool ReadJointType(const XMLDOMNodeAString& node, std::uint32_t& type) {
-    const AString* text = FindAttribute(node, "type");
+    const AString* text = node.FindAttribute("type");
     if (text == nullptr || (*text != "hinge" && *text != "ball")) return false;
     type = *text == "ball" ? 1 : 0;
     return true;

@@ -31,7 +31,7 @@ Matrix4 ReadAxisAngle(const XMLDOMNodeAString& node) {
 }  // namespace
 
 Matrix4 ReadTransformation(const XMLDOMNodeAString& node) {
-    const AString* rows = FindAttribute(node, "transformation");
+    const AString* rows = node.FindAttribute("transformation");
     Matrix4 result = rows == nullptr ? ReadAxisAngle(node) : ScanRows(*rows);
     result.Sanitise();
     return result;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -7,6 +6,7 @@
 #include "core/BasicMap.h"
 #include "core/ByteText.h"
 #include "xml/SharedTexts.h"
+#include "xml/TextPieces.h"
 #include "xml/XMLDOMNodeAString.h"
 #include "xml/XMLDOMNodeAStringTester.h"
 #include "xml/XMLEventParser.h"
@@ -17,25 +17,17 @@ namespace {
 
 using Node = XMLDOMNodeAString;
 
-std::string_view TrimmedLine(std::string_view line) {
-    while (!line.empty() && IsWhiteSpace(line.front())) line.remove_prefix(1);
-    while (!line.empty() && IsWhiteSpace(line.back())) line.remove_suffix(1);
-    return line;
-}
-
 // Puts the lines of `text` that are not blank into `lines`, trimmed. A text that is one such line is not copied.
 void SplitLines(const AString& text, BasicArray<AString>& lines) {
     lines.Clear();
-    for (std::string_view rest = text.View(); !rest.empty();) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        const std::string_view line = TrimmedLine(rest.substr(0, end));
+    ForEachPiece(text.View(), '\n', [&](std::string_view piece) {
+        const std::string_view line = Trimmed(piece);
         if (line.size() == text.Length()) {
             lines.PushBack(text);
         } else if (!line.empty()) {
             lines.PushBack(AString(line.data(), static_cast<std::uint32_t>(line.size())));
         }
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
+    });
 }
 
 // Builds the tree below one node while its document is being parsed.
