@@ -1,6 +1,7 @@
 // STAND-IN DATA. The design numbers in this file are invented; the owner of the brick catalogue replaces them by the
-// real ones. Nothing outside this file depends on a number. Each table must stay ascending by its first column, which
-// the compiler checks; the distances and angles of the corrections belong to the mechanism and keep their values.
+// real ones. Nothing outside this file depends on a number. The tables must stay ascending by their first column, which
+// the compiler checks, except for the legacy corrections, which stand in the order of testing. The distances, angles
+// and versions of the corrections belong to the mechanism and keep their values.
 #include "loader/DesignCatalogue.h"
 
 #include <algorithm>

@@ -39,7 +39,7 @@ struct LegacyCorrection {
 
 inline constexpr float kLegacyOffset = -0.8F;
 
-// The tables, ascending by the (old) design.
+// Ascending by the (old) design.
 std::span<const DesignSubstitution> DesignSubstitutions();
 const DesignSplit& CombinedDesign();
 std::span<const std::uint32_t> FirstCorrections();  // all of these are off by the same distance

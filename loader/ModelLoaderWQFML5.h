@@ -10,8 +10,8 @@
 namespace ZEMA {
 
 // Parses the text into a tree and walks it section by section. What is wrong with one element never keeps its siblings
-// from being read; only a text that cannot be parsed, a root that is not of version 5.0 and a missing bricks section
-// end a load early. An element that is left out takes everything below it along.
+// from being read; but a text that cannot be parsed, a root that is not of version 5.0 and a bricks section that is
+// missing or failed end a load early. An element that is left out takes everything below it along.
 //
 // A load empties the scene first, except for its behaviours, and keeps the brick set's version of the load before
 // unless the document gives one.
