@@ -33,8 +33,7 @@ TEST(Matrix4, RotatesAboutAnAxisAndThenMoves) {
     } rows[] = {
         {"about x", {1, 0, 0}, 90, {0, 1, 0}, {10, 20, 31}},
         {"about y", {0, 1, 0}, 90, {0, 0, 1}, {11, 20, 30}},
-        {"about z", {0, 0, 1}, 90, {1, 0, 0}, {10, 21, 30}},
-        {"the other way", {0, 0, 1}, -90, {1, 0, 0}, {10, 19, 30}},
+        {"about z, the other way", {0, 0, 1}, -90, {1, 0, 0}, {10, 19, 30}},
         {"an axis of another length", {0, 0, 5}, 90, {1, 0, 0}, {10, 21, 30}},
         {"about a diagonal", {1, 1, 1}, 120, {1, 2, 3}, {13, 21, 32}},
         {"no axis", {0, 0, 0}, 90, {1, 2, 3}, {11, 22, 33}},
@@ -44,12 +43,6 @@ TEST(Matrix4, RotatesAboutAnAxisAndThenMoves) {
         const Matrix4 matrix = Matrix4::FromAxisAngle(row.axis, row.degrees * kRadiansPerDegree, {10, 20, 30});
         ExpectNear(Moved(row.point, matrix), row.moved);
     }
-}
-
-TEST(Matrix4, IsAnExactTranslationWithoutAnAngle) {
-    EXPECT_EQ(Matrix4::FromAxisAngle({0, 1, 0}, 0, {1, 2, 3}), Matrix4::FromTranslation({1, 2, 3}));
-    EXPECT_EQ(Matrix4::FromTranslation({1, 2, 3}).m,
-              (std::array<float, 16>{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1}));
 }
 
 TEST(Matrix4, ProductActsFromTheLeft) {
