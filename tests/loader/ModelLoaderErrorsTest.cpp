@@ -9,18 +9,12 @@ namespace {
 
 using Error = ModelLoader::Error;
 
-std::string Described(const RefPointer<Error>& error) {
-    String text;
-    error->Describe(text);
-    return Utf8(text);
-}
-
 TEST(ModelLoaderErrors, AreDescribedInWords) {
     const RefPointer<StorageScene2::Part> part = New<StorageScene2::Part>(1234U);
-    const struct {
-        RefPointer<Error> error;
-        const char* text;
-    } rows[] = {
+    const RefPointer<BIError> described = New<BIError>(0U);
+    described->description = "step 3";
+    const std::pair<RefPointer<Error>, const char*> rows[] = {
+        {described, "biError Description: step 3 error detail nonExistingCamera"},
         {New<Error>(), "noError"},
         {New<Error>(2048U), "miscError"},
         {New<Error>(4096U), "unknown"},
@@ -35,13 +29,11 @@ TEST(ModelLoaderErrors, AreDescribedInWords) {
         {New<BoneError>(2U), "boneError error detail unknown"},
         {New<ContentError>(0U), "unknown error detail empty"},
     };
-    for (const auto& row : rows) EXPECT_EQ(Described(row.error), row.text);
-}
-
-TEST(ModelLoaderErrors, ShowTheirDescriptionBeforeTheDetail) {
-    const RefPointer<BIError> error = New<BIError>(0U);
-    error->description = "step 3";
-    EXPECT_EQ(Described(error), "biError Description: step 3 error detail nonExistingCamera");
+    for (const auto& [error, text] : rows) {
+        String words;
+        error->Describe(words);
+        EXPECT_EQ(Utf8(words), text);
+    }
 }
 
 }  // namespace

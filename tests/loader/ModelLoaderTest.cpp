@@ -76,14 +76,5 @@ TEST_F(ModelLoaderTest, RefusesWhatItCannotReadWhole) {
     EXPECT_EQ(loader_->texts, Words());
 }
 
-TEST_F(ModelLoaderTest, LoadsAModelByPath) {
-    folder_.Write("model", Wqfml(Bricks(BrickWithBone())));
-    const RefPointer<ModelLoaderWQFML5> loader = New<ModelLoaderWQFML5>();
-    EXPECT_TRUE(loader->Load(PathOf("model"), scene_.Get(), 1));
-    EXPECT_EQ(scene_->bricks.Size(), 1U);
-    EXPECT_FALSE(loader->Load(PathOf("absent"), scene_.Get(), 1));
-    EXPECT_EQ(scene_->bricks.Size(), 1U) << "left alone";
-}
-
 }  // namespace
 }  // namespace ZEMA::testing
