@@ -9,13 +9,6 @@ namespace {
 
 constexpr std::size_t kDepth = 200000;
 
-std::string Repeated(const std::string& text, std::size_t count) {
-    std::string result;
-    result.reserve(text.size() * count);
-    for (std::size_t i = 0; i < count; ++i) result += text;
-    return result;
-}
-
 // Elements one inside another, the innermost with `content`.
 std::string Nested(const std::string& start, const std::string& content, const std::string& end) {
     return Repeated(start, kDepth) + content + Repeated(end, kDepth);

@@ -1,35 +1,12 @@
 // A format-5 document as text, and what became of it.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "core/RefPointer.h"
 #include "loader/ModelLoaderWQFML5.h"
 #include "scene/StorageScene2.h"
+#include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
-
-using Words = std::vector<std::string>;
-
-inline std::string Utf8(const String& text) {
-    return std::string(text.ToAString().View());
-}
-
-inline AString Bytes(const std::string& text) {
-    return {text.data(), static_cast<std::uint32_t>(text.size())};
-}
-
-// Every error of a loader in words, in order.
-inline Words Descriptions(const ModelLoader& loader) {
-    Words words;
-    for (const auto& error : loader.errors) {
-        String text;
-        error->Describe(text);
-        words.push_back(Utf8(text));
-    }
-    return words;
-}
 
 inline std::string Wqfml(const std::string& sections) {
     return "<WQFML versionMajor='5'>" + sections + "</WQFML>";

@@ -2,25 +2,14 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "core/RefPointer.h"
 #include "loader/ModelLoaderWQFML4.h"
 #include "scene/StorageScene.h"
 #include "scene/StorageScene2.h"
+#include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
-
-using Words = std::vector<std::string>;
-
-inline std::string Utf8(const String& text) {
-    return std::string(text.ToAString().View());
-}
-
-inline AString Bytes(const std::string& text) {
-    return {text.data(), static_cast<std::uint32_t>(text.size())};
-}
 
 inline std::string Root(const std::string& sections) {
     return "<WQFML versionMajor='4' versionMinor='0'>" + sections + "</WQFML>";
@@ -53,12 +42,6 @@ inline std::string PartRef(int part, const std::string& attributes = "") {
     return "<PartRef partRefID='" + std::to_string(part) + "' " + attributes + "/>";
 }
 
-inline std::string Repeated(const std::string& text, std::size_t count) {
-    std::string result;
-    for (std::size_t i = 0; i < count; ++i) result += text;
-    return result;
-}
-
 // A document in which everything is right: cameras 1 and 2, groups 1 and 2 with parts 1 to 3, a joint, a step.
 inline std::string GoodDocument() {
     return Root(
@@ -80,16 +63,6 @@ inline std::string Broken(std::string text, const std::string& from, const std::
     const std::size_t position = text.find(from);
     if (position == std::string::npos) throw std::logic_error("nothing to break: " + from);
     return text.replace(position, from.size(), to);
-}
-
-inline Words Descriptions(const ModelLoader& loader) {
-    Words words;
-    for (const auto& error : loader.errors) {
-        String text;
-        error->Describe(text);
-        words.push_back(Utf8(text));
-    }
-    return words;
 }
 
 // The format-4 scene that a document gives, joints included.

@@ -46,18 +46,6 @@ TEST(Format4Instructions, ReadsSteps) {
     EXPECT_EQ(instruction.steps[1]->a, Vector3());
 }
 
-TEST(Format4Instructions, PlacesExplodedPartsOnly) {
-    const LoadedScene loaded(
-        Root(Group(Part(1)) + Instruction(Step("", PartRef(1, "tx='1' exploded=''") + PartRef(1, "tx='2'")))));
-    const auto& parts = loaded->buildingInstructions[0].steps[0]->parts;
-    ASSERT_EQ(parts.Size(), 2U);
-    EXPECT_EQ(parts[0].part.Get(), &loaded.Part(0));
-    EXPECT_TRUE(parts[0].exploded);
-    EXPECT_EQ(parts[0].transformation, Matrix4::FromTranslation({1, 0, 0}));
-    EXPECT_FALSE(parts[1].exploded);
-    EXPECT_EQ(parts[1].transformation, Matrix4());
-}
-
 TEST(Format4Instructions, KeepsWhatIsLeftOfFaultyOnes) {
     const LoadedScene loaded(Root(Group(Part(1)) + Instruction(Step("cameraRefID='9'", PartRef(9) + PartRef(1)))));
     const StorageScene::BIStep& step = *loaded->buildingInstructions[0].steps[0];
