@@ -1,0 +1,220 @@
+// The object registry and the object factory that stands in it.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <thread>
+
+#include "registry/ObjectFactory.h"
+#include "registry/ObjectRegistry.h"
+#include "registry/ObjectRegistryObserver.h"
+#include "tests/support/EventLog.h"
+
+namespace ZEMA {
+namespace {
+
+using testing::EventLog;
+using testing::LoggedObject;
+
+// Makes what a function makes, and counts.
+struct Maker : ObjectRegistryInstantiator {
+    explicit Maker(std::function<RefPointer<Object>()> function) : make(std::move(function)) {}
+    RefPointer<Object> Instantiate() override {
+        ++callCount;
+        return make();
+    }
+    std::function<RefPointer<Object>()> make;
+    int callCount = 0;
+};
+
+// Uses the registry while it is told, and leaves an heir under the key 9 when it goes.
+struct Observer : ObjectRegistryObserver {
+    Observer(EventLog& events, bool isWilling) : log(events), accepts(isWilling) {}
+    ~Observer() override { log.push_back("end"); }
+    bool OnRegister(ObjectRegistry&, unsigned long) override {
+        log.push_back("asked");
+        return accepts;
+    }
+    void OnUnregister(ObjectRegistry& registry, unsigned long key) override {
+        log.push_back(registry.Register(key, nullptr) ? "told" : "told too early");
+        EXPECT_TRUE(registry.Register(9, New<LoggedObject>(log, "heir").Get()));
+    }
+    EventLog& log;
+    bool accepts;
+};
+
+TEST(ObjectRegistry, MakesAnObjectOnceAndAnswersNullWhenNothingIsMadeOrTaken) {
+    EventLog log;
+    const auto registry = New<ObjectRegistry>();
+    Maker maker([&] { return New<LoggedObject>(log, "a"); });
+    Maker same([&] { return registry->GetOrCreate(7, maker); });  // the key is taken by the time it returns
+    EXPECT_EQ(registry->GetOrCreate(7, same), nullptr);
+    EXPECT_NE(registry->GetOrCreate(7, same), nullptr);
+    EXPECT_EQ(maker.callCount + same.callCount, 2);
+    Maker refusing([&] { return New<Observer>(log, false); });
+    EXPECT_EQ(registry->GetOrCreate(2, refusing), nullptr);
+    EXPECT_EQ(log, (EventLog{"asked", "end"}));
+    EXPECT_TRUE(registry->Register(2, nullptr));
+    EXPECT_EQ(registry->GetOrCreate(2, refusing), nullptr);
+    EXPECT_EQ(refusing.callCount, 1);  // the stored null was the answer
+}
+
+TEST(ObjectRegistry, RemovesInTheOrderOfKeysAndTellsAfterwards) {
+    EventLog log;
+    auto registry = New<ObjectRegistry>();
+    EXPECT_TRUE(registry->Register(5, New<Observer>(log, true).Get()));
+    EXPECT_TRUE(registry->Register(4, New<LoggedObject>(log, "first").Get()));
+    registry = nullptr;
+    EXPECT_EQ(log, (EventLog{"asked", "last release of first", "end of first", "told", "end", "last release of heir",
+                             "end of heir"}));
+}
+
+// What an object needs in its last release, as the storage tree needs its lock: made by static initialisation.
+struct Lock {
+    ~Lock() { std::fputs("lock gone\n", stderr); }
+} theLock;
+
+struct NeedsTheLock : Object {
+    void OnLastRelease() override { std::fputs("released, ", stderr); }
+};
+
+TEST(ObjectRegistryDeathTest, IsEmptiedAtExitBeforeStaticsOfNamespaceScopeGo) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process of its own, that has made no registry yet
+    const auto exitWithAFullRegistry = [] {
+        if (ObjectRegistry::Instance()->Register(1, New<NeedsTheLock>().Get())) std::exit(0);
+    };
+    EXPECT_EXIT(exitWithAFullRegistry(), ::testing::ExitedWithCode(0), "released, lock gone");
+}
+
+struct Shape {};
+struct Circle {};
+struct Square {};
+struct Triangle {};
+
+// Notes what it is asked, and answers with an object or with nothing.
+struct Factory : SpecificObjectFactory {
+    Factory(EventLog& events, const char* label, FactoryRank rank)
+        : SpecificObjectFactory(rank), log(events), name(label) {}
+    Object* Create(ObjectFactoryArgs*) override {
+        log.push_back(name);
+        if (whenAsked) whenAsked();
+        return answers ? new LoggedObject(log, "object") : nullptr;
+    }
+    bool Attach() override {
+        log.push_back("attach " + name);
+        return attaches;
+    }
+    EventLog& log;
+    std::string name;
+    bool answers = false;
+    bool attaches = true;
+    std::function<void()> whenAsked;
+};
+
+class ObjectFactoryTest : public ::testing::Test {
+protected:
+    ~ObjectFactoryTest() override { ObjectRegistry::Instance()->RemoveAll(); }
+
+    RefPointer<Factory> Add(const std::type_info& type, const char* name, FactoryRank rank = FactoryRank::General) {
+        const auto added = New<Factory>(log, name, rank);
+        EXPECT_TRUE(factory->Register(&type, added.Get(), &typeid(Shape)));
+        return added;
+    }
+    // Which factories are asked for a type, and whether one had an answer.
+    EventLog Asked(const std::type_info& type) {
+        log.clear();
+        const RefPointer<Object> object = factory->Create(&type, nullptr);
+        if (object) log.push_back("answer");
+        return log;
+    }
+
+    EventLog log;
+    RefPointer<ObjectFactory> factory = ObjectFactory::Instance();
+};
+
+// The two orders agree neither with each other nor with those of registration, as an order by addresses would.
+TEST_F(ObjectFactoryTest, AsksForAConcreteTypeAloneAndForAnAbstractOneByRankAndName) {
+    Add(typeid(Triangle), "triangles")->answers = true;
+    Add(typeid(Square), "squares")->answers = true;
+    Add(typeid(Circle), "circles");
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "squares", "answer"}));
+    EXPECT_EQ(Asked(typeid(Circle)), (EventLog{"circles"}));
+
+    ObjectRegistry::Instance()->RemoveAll();
+    factory = ObjectFactory::Instance();  // a new one, that knows nothing
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{}));
+    Add(typeid(Square), "squares");
+    Add(typeid(Circle), "circles");
+    Add(typeid(Triangle), "triangles", FactoryRank::Selective);
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"triangles", "circles", "squares"}));
+}
+
+TEST_F(ObjectFactoryTest, AttachesOnceAndSharesItsMutexOverItsOwnEnd) {
+    const auto shapes = Add(typeid(Circle), "shapes");
+    EXPECT_TRUE(factory->Register(&typeid(Square), shapes.Get(), &typeid(Shape)));
+    EXPECT_EQ(shapes->RegistrationCount(), 2U);
+    EXPECT_EQ(log, (EventLog{"attach shapes"}));
+    factory = nullptr;
+    ObjectRegistry::Instance()->RemoveAll();
+    EXPECT_EQ(shapes->Mutex()->ShareCount(), 1);
+}
+
+TEST_F(ObjectFactoryTest, RefusesWithoutChangingAnything) {
+    Add(typeid(Circle), "circles");
+    const struct {
+        const char* what;
+        const std::type_info& concrete;
+        const std::type_info& abstract;
+        EventLog events;
+    } rows[] = {
+        {"the concrete type is registered", typeid(Circle), typeid(Shape), {}},
+        {"the concrete type is known as an abstract one", typeid(Shape), typeid(Triangle), {}},
+        {"it does not attach", typeid(Square), typeid(Shape), {"attach late"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const auto late = New<Factory>(log, "late", FactoryRank::General);
+        late->attaches = row.events.empty();
+        log.clear();
+        EXPECT_FALSE(factory->Register(&row.concrete, late.Get(), &row.abstract));
+        EXPECT_EQ(log, row.events);
+        EXPECT_EQ(late->ReferenceCount(), 1);
+        EXPECT_EQ(late->RegistrationCount(), 0U);
+        EXPECT_EQ(late->Mutex(), nullptr);
+        EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles"}));
+        EXPECT_EQ(Asked(typeid(Square)), (EventLog{}));
+    }
+}
+
+TEST_F(ObjectFactoryTest, AFactoryMayChangeTheObjectFactoryWhileItIsAsked) {
+    auto circles = Add(typeid(Circle), "circles");
+    circles->whenAsked = [&] { Add(typeid(Square), "squares")->answers = true; };
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "attach squares", "squares", "answer"}));
+
+    circles->whenAsked = [] { ObjectRegistry::Instance()->RemoveAll(); };
+    ObjectFactory* const last = factory.Get();  // the registry's reference keeps it alive up to the call
+    factory = nullptr;
+    circles = nullptr;
+    EXPECT_EQ(last->Create(&typeid(Circle), nullptr), nullptr);
+}
+
+TEST_F(ObjectFactoryTest, LocksOrderTheWorkOfAllThreads) {
+    int total = 0;                        // guarded by the object factory's lock
+    Maker maker([] { return nullptr; });  // by the registry's
+    Add(typeid(Circle), "circles")->whenAsked = [&] { ++total; };
+    const auto createOften = [&] {
+        for (int turn = 0; turn < 2000; ++turn) {
+            EXPECT_EQ(factory->Create(&typeid(Shape), nullptr), nullptr);
+            EXPECT_EQ(ObjectRegistry::Instance()->GetOrCreate(1, maker), nullptr);
+        }
+    };
+    std::thread other(createOften);
+    createOften();
+    other.join();
+    EXPECT_EQ(total, 4000);
+    EXPECT_EQ(maker.callCount, 4000);
+}
+
+}  // namespace
+}  // namespace ZEMA
