@@ -19,6 +19,9 @@ TEST(AString, MakesRoomInSteps) {
     }
     // ((r + 1) | 32) - 1 for the request, or for twice what there was.
     EXPECT_EQ(capacities, (std::vector<std::uint32_t>{42, 116, 300, 300}));
+    text = "0123456789";
+    for (int turn = 0; turn < 4; ++turn) text.Append(text);  // its own bytes, which move
+    EXPECT_EQ(text.View().substr(80, 10), "0123456789");
 
     const AString original("abcdef");
     AString copy = original;
