@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <stdio.h>
 
-#include <algorithm>
 #include <set>
 #include <sstream>
 
@@ -16,7 +15,6 @@
 #include "importer/MetadataImporterPlugin.h"
 #include "platform/PlugInInstances.h"
 #include "tests/importer/Attributes.h"
-#include "xml/XMLDOMAString.h"
 
 namespace ZEMA::testing {
 
@@ -54,30 +52,15 @@ TEST(Bundle, DeclaresTheFactoryThatItHas) {
 }
 
 // A misspelt name would show its attribute nowhere and be noticed by nobody.
-TEST(Bundle, DescribesItsOwnAttributesInTheSchema) {
-    std::string problem;
-    const std::optional<std::string> text =
-        ReadRegularFile(ZEMA_BUNDLE "/Contents/Resources/schema.xml", 1 << 20, problem);
-    ASSERT_TRUE(text) << problem;
-    const RefPointer<XMLDOMAString> schema = New<XMLDOMAString>();
-    ASSERT_TRUE(schema->Parse(AString(text->c_str()), nullptr));
-
-    std::set<std::string> described, own;
-    for (const auto& attribute : schema->FindChild("attributes")->children) {
-        AString name;
-        EXPECT_TRUE(attribute->GetAttribute("name", name));
-        described.emplace(name.View());
-    }
-    std::string all;
+TEST(Bundle, DescribesItsAttributesInTheSchema) {
+    std::string problem, all;
+    const std::string schema = ReadRegularFile(ZEMA_BUNDLE "/Contents/Resources/schema.xml", 1 << 20, problem).value();
     for (const CFStringRef name : AttributeNames()) {
-        const std::string text8 = Utf8Of(name);
-        if (text8.starts_with("com_zema_")) own.insert(text8);
-        all += (all.empty() ? "" : " ") + text8;
+        all += (all.empty() ? "" : " ") + Utf8Of(name);
+        const bool described = schema.find("<attribute name=\"" + Utf8Of(name) + "\"") != std::string::npos;
+        EXPECT_EQ(described, Utf8Of(name).starts_with("com_zema_")) << Utf8Of(name);
     }
-    EXPECT_EQ(described, own);
-    for (const auto& type : schema->FindChild("types")->children) {
-        EXPECT_EQ(type->FindChild("allattrs")->GetText(), all.c_str());
-    }
+    EXPECT_NE(schema.find("<allattrs>" + all + "</allattrs>"), std::string::npos);
 }
 
 TEST(Bundle, CountsItsInstanceWhileAHostHoldsIt) {
