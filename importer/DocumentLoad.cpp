@@ -56,7 +56,10 @@ bool DocumentLoad::Try(ModelLoader& loader, const Version& format, const Path& m
         loaded = loader.Load(model, scene_.Get(), options_);
         if (attempts_ != nullptr) Record(loader, loaded);
     } catch (...) {
-        if (attempts_ != nullptr) attempts_->back().reason = ReasonOfException();
+        if (attempts_ != nullptr) {
+            attempts_->back().reason = ReasonOfException();
+            Record(loader, false);
+        }
         throw;
     }
     if (loaded) version_ = format;
@@ -67,6 +70,7 @@ void DocumentLoad::Record(const ModelLoader& loader, bool loaded) {
     LoadAttempt& attempt = attempts_->back();
     attempt.loaded = loaded;
     attempt.errorMask = loader.errorMask;
+    attempt.errors.clear();  // an earlier try may have run out of memory half way
     attempt.errors.reserve(loader.errors.Size());
     for (const RefPointer<ModelLoader::Error>& error : loader.errors) {
         String text;

@@ -23,7 +23,7 @@ struct LoadAttempt {
     bool loaded = false;
     std::uint32_t errorMask = 0;
     std::vector<std::string> errors;  // what each error says of itself, in UTF-8
-    std::string reason;               // when memory or a limit ended the attempt: which; otherwise empty
+    std::string reason;               // when memory or a limit ended the attempt before its end: which
 };
 
 // Opens one document and loads its model: an archive is mounted and its model member read, anything else is read as a

@@ -161,7 +161,7 @@ TEST(WqfCheck, PrintsEveryFormat) {
     const std::string six = folder.Write("6.wqfml", In(6, ""));
     const std::string greedy = folder.Write(
         "g", In(4,
-                "<Scene><Model><Group><Part refID='1' materialID='1' flexRefID='1' controlPoint='4294967294'/>"
+                "<Scene><Model><Group><Part/><Part refID='1' materialID='1' flexRefID='1' controlPoint='4294967294'/>"
                 "</Group></Model></Scene>"));
     const std::string inside = five + "/image100.wqfml";
     const std::string foreign = folder.Write("\xE9.wqf", "");
@@ -180,7 +180,7 @@ TEST(WqfCheck, PrintsEveryFormat) {
                             "\n");
     EXPECT_EQ(good.pieces, 2);
     EXPECT_EQ(Json::parse(Wqf({"check", "--format=json", greedy}).out)[0]["attempts"][1].dump(),
-              R"({"format":4,"loaded":false,"errorMask":0,"errors":[],)"
+              R"({"format":4,"loaded":false,"errorMask":32,"errors":["partError error detail missingRefID"],)"
               R"("reason":"indices in the document ask for more entries than its size allows"})");
 
     const Result text = Wqf({"check", four, inside, six, greedy, foreign, folder / "gone"});
@@ -193,6 +193,7 @@ TEST(WqfCheck, PrintsEveryFormat) {
                             greedy +
                             ": not loaded\n"
                             "  format 5: versionError expected Version 5 actual Version 4\n"
+                            "  format 4: partError error detail missingRefID\n"
                             "  format 4: indices in the document ask for more entries than its size allows\n" +
                             root + "/\xEF\xBF\xBD.wqf: not loaded\n  the path is not UTF-8\n" + root +
                             "/gone: not loaded\n"
