@@ -125,11 +125,12 @@ bool CopyPlan::AddOperand(const std::string& path) {
 // What cannot be right for the operand as a whole.
 bool CopyPlan::RefusesPair(const StorageItem& source, const StorageItem& target) {
     struct stat status;
-    if (!source.facts.isLink && !source.archive && target.archive && stat(source.native.c_str(), &status) == 0 &&
+    if (options_.move && source.facts.isLink) return false;  // the link itself goes, wherever it leads
+    if (!source.archive && target.archive && stat(source.native.c_str(), &status) == 0 &&
         target.archive->IsOf(status)) {
         return !Refuse(source.shown, "an archive does not go into itself");
     }
-    if (source.facts.IsFolder() && !(options_.move && source.facts.isLink) && LiesIn(target, source)) {
+    if (source.facts.IsFolder() && LiesIn(target, source)) {
         return !Refuse(source.shown, "a folder does not go into itself");
     }
     return false;

@@ -183,6 +183,10 @@ MountedArchive::Pointer StorageTree::Mount(const std::string& path, std::string&
 
 bool StorageTree::List(const StorageItem& folder, std::vector<StorageEntry>& entries, std::string& problem) const {
     entries.clear();
+    if (!folder.facts.IsFolder()) {
+        problem = folder.facts.IsMissing() ? "no such file" : kNoFolder;
+        return false;
+    }
     if (folder.archive) {
         entries.reserve(folder.node->GetChildren().Size());
         for (const auto& [name, child] : folder.node->GetChildren()) {

@@ -85,7 +85,7 @@ public:
         const bool there = item && (!item->facts.IsMissing() || item->facts.isLink);
         if (there && item->facts.IsFile()) item = tree_.Enter(*item, problem);
         if (!there || !item) return report_.Fail(path, problem);
-        if (!item->facts.IsFolder()) return printer_.Print(path, path, {NameOf(item->native), item->facts});
+        if (!item->facts.IsFolder()) return printer_.Print(path, path, {NameOf(path), item->facts});
         if (options_.paths.size() > 1) printer_.Heading(path);
         ListFolder(*item, "");
     }
@@ -96,13 +96,12 @@ private:
     void ListMatches(const std::string& path) {
         const std::size_t slash = path.rfind('/');
         const std::string start = slash == std::string::npos ? "" : path.substr(0, slash + 1);
-        std::string problem = "no such file";
+        std::string problem;
         std::vector<StorageEntry> entries;
         const std::optional<StorageItem> folder = tree_.Find(start.empty() ? "." : start, problem);
         const std::optional<String> pattern = MemberName(NameOf(path));
-        if (!folder || !pattern || folder->facts.IsMissing() || !tree_.List(*folder, entries, problem)) {
-            return report_.Fail(path, problem);
-        }
+        if (!folder || !tree_.List(*folder, entries, problem)) return report_.Fail(path, problem);
+        if (!pattern) return report_.Fail(path, "it is not UTF-8");
         bool found = false;
         for (const StorageEntry& entry : entries) {
             const std::optional<String> name = MemberName(entry.name);
@@ -113,7 +112,7 @@ private:
                 ListFolder(tree_.Child(*folder, entry.name), start + entry.name + "/");
             }
         }
-        if (!found) report_.Fail(path, problem);
+        if (!found) report_.Fail(path, "no such file");
     }
 
     // Folders before what lies in them; trees may be of any depth, so those that are still to come are a list.
