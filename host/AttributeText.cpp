@@ -70,13 +70,13 @@ std::string AttributeText(const Value::Dictionary& attributes) {
     std::size_t width = 0;
     for (const auto& attribute : attributes) {
         sorted.push_back(&attribute);
-        width = std::max(width, attribute.first.size());
+        width = std::max(width, attribute.key.size());
     }
-    std::sort(sorted.begin(), sorted.end(), [](auto* a, auto* b) { return a->first < b->first; });
+    std::sort(sorted.begin(), sorted.end(), [](auto* a, auto* b) { return a->key < b->key; });
     std::string text;
     for (const auto* attribute : sorted) {
-        text.append(attribute->first).append(width - attribute->first.size(), ' ').append(" = ");
-        text.append(TextOf(attribute->second, 0)).append("\n");
+        text.append(attribute->key).append(width - attribute->key.size(), ' ').append(" = ");
+        text.append(TextOf(attribute->value, 0)).append("\n");
     }
     return text;
 }

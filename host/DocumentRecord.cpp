@@ -23,7 +23,7 @@ Value::Dictionary AttributesOf(CFDictionaryRef attributes) {
     Value::Dictionary ordered;
     for (const CFStringRef name : AttributeNames()) {
         const std::string key = Utf8Of(name);
-        const auto found = std::find_if(rest.begin(), rest.end(), [&](const auto& item) { return item.first == key; });
+        const auto found = std::find_if(rest.begin(), rest.end(), [&](const auto& item) { return item.key == key; });
         if (found == rest.end()) continue;
         ordered.push_back(std::move(*found));
         rest.erase(found);

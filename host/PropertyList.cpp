@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "xml/XMLDOMAString.h"
 
@@ -43,7 +44,7 @@ std::optional<Value> ReadDictionary(const XMLDOMNodeAString& node, int depth, st
         }
         std::optional<Value> value = Read(*node.children[i + 1], depth, problem);
         if (!value) return std::nullopt;
-        dictionary.emplace_back(std::move(key), std::move(*value));
+        dictionary.push_back({std::move(key), std::move(*value)});
     }
     return Value{std::move(dictionary)};
 }

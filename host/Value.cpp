@@ -1,6 +1,7 @@
 #include "host/Value.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/Utf8Text.h"
 
@@ -38,7 +39,7 @@ Value DictionaryOf(CFDictionaryRef dictionary) {
     Value::Dictionary values;
     values.reserve(keys.size());
     for (const void* key : keys) {
-        values.emplace_back(Utf8Of(static_cast<CFStringRef>(key)), ValueOf(CFDictionaryGetValue(dictionary, key)));
+        values.push_back({Utf8Of(static_cast<CFStringRef>(key)), ValueOf(CFDictionaryGetValue(dictionary, key))});
     }
     return {std::move(values)};
 }
@@ -47,8 +48,8 @@ Value DictionaryOf(CFDictionaryRef dictionary) {
 
 const Value* Find(const Value::Dictionary& dictionary, std::string_view key) {
     const auto found =
-        std::find_if(dictionary.begin(), dictionary.end(), [&](const auto& item) { return item.first == key; });
-    return found == dictionary.end() ? nullptr : &found->second;
+        std::find_if(dictionary.begin(), dictionary.end(), [&](const auto& item) { return item.key == key; });
+    return found == dictionary.end() ? nullptr : &found->value;
 }
 
 Value ValueOf(CFTypeRef object) {

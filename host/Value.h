@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -15,14 +14,33 @@ namespace ZEMA {
 // A text, a number, a truth value, or a list or dictionary of values. Texts are UTF-8.
 struct Value {
     using List = std::vector<Value>;
-    using Dictionary = std::vector<std::pair<std::string, Value>>;  // in the order in which it is written
+    struct Item;
+    using Dictionary = std::vector<Item>;  // in the order in which it is written
 
     std::variant<std::string, std::int64_t, double, bool, List, Dictionary> content;
 
-    const std::string* AsText() const { return std::get_if<std::string>(&content); }
-    const List* AsList() const { return std::get_if<List>(&content); }
-    const Dictionary* AsDictionary() const { return std::get_if<Dictionary>(&content); }
+    // Each is null for a value of another kind.
+    const std::string* AsText() const;
+    const List* AsList() const;
+    const Dictionary* AsDictionary() const;
 };
+
+struct Value::Item {
+    std::string key;
+    Value value;
+};
+
+inline const std::string* Value::AsText() const {
+    return std::get_if<std::string>(&content);
+}
+
+inline const Value::List* Value::AsList() const {
+    return std::get_if<List>(&content);
+}
+
+inline const Value::Dictionary* Value::AsDictionary() const {
+    return std::get_if<Dictionary>(&content);
+}
 
 // The value of the first such key, or null.
 const Value* Find(const Value::Dictionary& dictionary, std::string_view key);
