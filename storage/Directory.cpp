@@ -30,6 +30,11 @@ void Directory::OnLastRelease() {
     DirectoryElement::OnLastRelease();
 }
 
+void Directory::ForgetOpenChild(const String& name) {
+    const auto position = openChildren_.Find(name);
+    if (position != openChildren_.end()) openChildren_.Erase(position);
+}
+
 void Directory::LeaveParent() {
     Directory* const parent = Parent();
     if (parent == nullptr) return;

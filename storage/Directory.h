@@ -82,6 +82,9 @@ public:
 protected:
     ~Directory() override;
 
+    // What had this name is gone from the storage: paths must not find it any more, though somebody may hold it still.
+    void ForgetOpenChild(const String& name);
+
 private:
     friend void AddAlias(Directory& directory, const String& alias);
 

@@ -33,7 +33,7 @@ bool AppendBlocks(ZipFileHeader& member, std::uint64_t size, AllocateBlock alloc
     return AppendBlocks(member, half, allocate) && AppendBlocks(member, half, allocate);
 }
 
-// Takes the segments behind the first `kept` ones away again unless the append succeeded.
+// Takes the segments appended meanwhile away again unless the append succeeded.
 class AppendedSegments {
 public:
     explicit AppendedSegments(ZipFileHeader& member) : member_(member), end_(SegmentsEnd(member)) {}

@@ -62,6 +62,7 @@ bool ZipStorageDirectory::Remove(const String& name, bool force) {
     }
     if (!volume_->RemoveMembers(members)) return false;
     child->Erase(subtree);
+    ForgetOpenChild(name);
     return true;
 }
 

@@ -72,7 +72,9 @@ ZipStorageFile::~ZipStorageFile() {
 }
 
 void ZipStorageFile::OnLastRelease() {
-    if (member_.dirty && member_.openCount == 1) {
+    // A member that was left dirty and could not be loaded again has nothing to write.
+    const bool hasContents = member_.uncompressedSize == 0 || !member_.segments.Empty();
+    if (member_.dirty && member_.openCount == 1 && hasContents) {
         try {
             member_.dirty = style_.write != 0 && !volume_->WriteBack(member_);
         } catch (...) {  // memory ran out: the member stays changed, and nobody can be told

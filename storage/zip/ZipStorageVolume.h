@@ -26,9 +26,8 @@ class ZipStorageDirectory;
 // neighbours.
 //
 // Ownership: held by every directory and open file of the archive. Holds the archive file, the tree and all members.
-// Errors:    an edit that fails half way leaves the archive as it then is. Since bytes and bookkeeping may disagree
-// from
-//            then on, every later edit is refused; reading goes on.
+// Errors:    an edit that fails half way leaves the archive as it then is. Since bytes and bookkeeping may disagree,
+//            every later edit is refused; reading goes on.
 // Threads:   guarded by StorageMutex.
 class ZipStorageVolume : public Object {
 public:
@@ -117,7 +116,8 @@ private:
     std::uint32_t centralDirectoryEnd_ = 0;  // before the end record where the directory ended early
     std::uint32_t appendPosition_ = 0;
     bool appendPositionKnown_ = false;
-    bool damaged_ = false;  // an edit failed half way
+    bool damaged_ = false;            // an edit failed half way
+    bool directoryOverruns_ = false;  // its last entry claims to reach into the end record
 };
 
 }  // namespace ZEMA

@@ -47,7 +47,7 @@ private:
 // The offsets of a sound archive: every member before the directory, every header in the directory before the end
 // record, the record inside the file.
 bool ZipStorageVolume::CanEdit() const {
-    if (!IsWritable() || damaged_) return false;
+    if (!IsWritable() || damaged_ || directoryOverruns_) return false;
     const ZipFileHeader* last = fileOrder_.Last();
     if (last != nullptr && last->localHeaderOffset >= endRecord_.directoryOffset) return false;
     const ZipFileHeader* lastListed = directoryOrder_.Last();

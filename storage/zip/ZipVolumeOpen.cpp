@@ -57,6 +57,7 @@ bool ZipStorageVolume::ReadCentralDirectory() {
         if (name == nullptr || !placer.Place({name, header.nameLength}, *member)) return false;
         position += header.EntrySize();
     }
+    directoryOverruns_ = position > endRecord_.position;
     centralDirectoryEnd_ = static_cast<std::uint32_t>(std::min<std::uint64_t>(position, endRecord_.position));
     return true;
 }

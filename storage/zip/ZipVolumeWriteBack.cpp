@@ -11,11 +11,13 @@ bool ZipStorageVolume::WriteBack(ZipFileHeader& member) {
     if (!WritePackedContents(*archive_, member, packed)) return false;
     if (packed.method != member.method && !WriteMethod(member, packed.method)) return false;
     if (!WriteSums(member, packed.crc32)) return false;
+    damaged_ = false;
     member.dirty = false;
     return true;
 }
 
-// Makes the member's data area `size` bytes large, without a descriptor.
+// Makes the member's data area `size` bytes large, without a descriptor. From the first change on the archive counts as
+// damaged, until the data and its sums are written too.
 bool ZipStorageVolume::ResizeData(ZipFileHeader& member, std::uint32_t size) {
     const std::uint64_t oldEnd = member.dataOffset + member.DataAreaSize();
     const std::uint64_t newEnd = std::uint64_t{member.dataOffset} + size;
@@ -31,9 +33,7 @@ bool ZipStorageVolume::ResizeData(ZipFileHeader& member, std::uint32_t size) {
         if (!ShiftMembersBehind(member, distance)) return false;
     }
     member.compressedSize = size;
-    if (member.HasDescriptor() && !DropDescriptor(member)) return false;
-    damaged_ = false;
-    return true;
+    return !member.HasDescriptor() || DropDescriptor(member);
 }
 
 bool ZipStorageVolume::ShiftMembersBehind(const ZipFileHeader& member, std::int64_t distance) {

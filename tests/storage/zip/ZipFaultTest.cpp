@@ -113,7 +113,7 @@ TEST_F(ZipTest, EditsNothingThatOverlaps) {
         {"a member behind the end", local(0, far), {&removeA, &removeB, &writeB, &add}},
         {"an entry over the end record",
          BuiltArchive(good).Set16(good.centralHeaders[2] + kCentralCommentLength, 10).bytes,
-         {}},
+         {&removeA, &removeB, &writeB, &add}},
         {"no members by its count",
          BuiltArchive(good).Set32(good.endRecord + kEndEntriesOnDisk, 0).bytes,
          {&removeA, &removeB}},
