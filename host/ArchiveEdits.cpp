@@ -25,10 +25,15 @@ std::string RealPath(const std::string& path) {
 void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force, StorageReport& report) {
     std::map<std::string, std::string> sorted;  // to the paths as they were given
     for (const std::string& archive : archives) sorted.emplace(RealPath(archive), archive);
+    std::set<std::pair<dev_t, ino_t>> locked;  // a second lock on one file would wait for the first for ever
     for (const auto& [real, archive] : sorted) {
         std::string problem = "it is write-protected";
         std::unique_ptr<SafeEdit> edit;
-        if (force || !IsWriteProtected(real)) edit = SafeEdit::Begin(real, problem);
+        struct stat status = {};
+        if (stat(real.c_str(), &status) == 0 && !locked.emplace(status.st_dev, status.st_ino).second) {
+            problem = "the command names the same file by another name too";
+        } else if (force || !IsWriteProtected(real))
+            edit = SafeEdit::Begin(real, problem);
         if (!edit) report.Fail(archive, problem);
         edits_[real] = std::move(edit);
     }

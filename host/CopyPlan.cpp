@@ -91,6 +91,10 @@ bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::st
     const bool replaced = !item->archive && sources.size() == 1 && IsArchiveFile(sources[0]);
     if (item->facts.IsFile() && !replaced) item = tree_.Enter(*item, problem);
     if (!item) return Refuse(target, problem);
+    struct stat around;
+    if (!item->archive && item->facts.IsMissing() && stat(FolderOf(item->native).c_str(), &around) != 0) {
+        return Refuse(target, "no such folder");
+    }
     target_ = *item;
     intoTarget_ = target_.facts.IsFolder();
     if (sources.size() > 1 && !intoTarget_) return Refuse(target, "is no folder, and there are several sources");
@@ -101,16 +105,19 @@ bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::st
 }
 
 bool CopyPlan::AddOperand(const std::string& path) {
-    std::string problem = "no such file";
+    std::string problem;
     const std::optional<StorageItem> found = tree_.Find(path, problem);
     const bool leads = found && (!found->facts.IsMissing() || (options_.move && found->facts.isLink));
-    if (!leads) report_.Fail(path, problem);
+    if (!leads) report_.Fail(path, problem.empty() ? "no such file" : problem);
     if (!leads) return true;
     const StorageItem& source = *found;
     operands_.push_back({source});
     if (source.facts.IsFolder() && !options_.recursive) {
         LeaveOut(source, "is a folder (-r copies folders)");
         return true;
+    }
+    if (options_.move && source.archive && source.archive->IsMember()) {
+        return Refuse(path, "an archive in an archive can only be read");
     }
     if (options_.move && source.IsArchiveRoot()) return Refuse(path, "is a whole archive; name it without '/'");
     const std::string name = OwnName(source);
@@ -158,6 +165,8 @@ bool CopyPlan::Takes(const StorageItem& source, const StorageItem& target) {
         reason = "is the same file as '" + target.shown + "'";
     } else if (there.kind == StorageKind::Other || (there.isLink && there.IsMissing())) {
         reason = "'" + target.shown + "' is there and is no file";
+    } else if (there.IsMissing() && target.shown.ends_with('/') && !source.facts.IsFolder()) {
+        reason = "'" + target.shown + "' is no folder";
     } else if (there.IsFolder() && !source.facts.IsFolder()) {
         reason = "'" + target.shown + "' is a folder";
     } else if (there.IsFile() && source.facts.IsFolder()) {

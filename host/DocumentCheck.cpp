@@ -16,7 +16,10 @@ namespace {
 std::string Load(const std::string& path, std::uint32_t options, DocumentCheck& check,
                  RefPointer<StorageScene2>* scene) {
     const Foundation::NSAutoreleasePool pool;
-    const auto absolute = Foundation::StringWithFileSystemRepresentation(std::filesystem::absolute(path).string());
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(path, error);
+    if (error) return error.message();
+    const auto absolute = Foundation::StringWithFileSystemRepresentation(whole.string());
     if (!absolute) return "the path is not UTF-8";
     DocumentLoad load(options, &check.attempts);
     const StorageSession storage;

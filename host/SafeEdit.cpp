@@ -204,12 +204,23 @@ bool SafeEdit::WriteFile(const BasicArray<String>& path, StorageReader& contents
     return false;
 }
 
+bool SafeEdit::HidesMembers() const {
+    return CountNamedMembers(Volume()) != Volume().EndRecord().entryCount;
+}
+
 bool SafeEdit::Remove(const BasicArray<String>& path, std::string& problem) {
+    String spelling;
+    bool isFolder = false;
     for (int removed = 0; removed < kMostOfOneName; ++removed) {
-        if (Find(path) == nullptr) return true;
+        const ZipTreeNode* const node = Find(path);
+        if (node == nullptr) return true;
+        const bool same = node->Name() == spelling && node->Flags().IsDirectory() == isFolder;
+        if (removed > 0 && !same) return true;  // something else that the name stands for now
+        spelling = node->Name();
+        isFolder = node->Flags().IsDirectory();
         if (!RemoveOne(path, problem)) return false;
         // Of several members of one name the tree has the first; the next one shows when the archive is mounted again.
-        if (CountNamedMembers(Volume()) == Volume().EndRecord().entryCount) return true;
+        if (!HidesMembers()) return true;
         if (!Mount(problem)) return false;
     }
     problem = "too many members have this name";

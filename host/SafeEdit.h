@@ -44,6 +44,9 @@ public:
     // With all below it, whatever is protected; every member of that name, should there be several.
     [[nodiscard]] bool Remove(const BasicArray<String>& path, std::string& problem);
 
+    // Whether the archive has members that no path leads to, because another one has their name.
+    bool HidesMembers() const;
+
     [[nodiscard]] bool Commit(std::string& problem);
 
 private:

@@ -153,7 +153,12 @@ private:
         if (!source.archive) {
             RemoveNative(source.native, source.shown, true, report_);
         } else if (SafeEdit* const edit = edits_.Find(source.native); edit != nullptr) {
-            if (!edit->Remove(source.inner, problem)) edits_.GiveUp(source.native, source.shown, problem, report_);
+            // What was copied is what paths lead to; removing the source could take members that nobody has copied.
+            if (edit->HidesMembers()) {
+                report_.Fail(source.shown, "members of the archive share a name; what was copied is not removed");
+            } else if (!edit->Remove(source.inner, problem)) {
+                edits_.GiveUp(source.native, source.shown, problem, report_);
+            }
         }
     }
 

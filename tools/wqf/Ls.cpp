@@ -28,6 +28,9 @@ public:
         if (options_.format == ListingFormat::Json) json_.BeginArray();
     }
 
+    // Nobody reads any more.
+    bool Failed() const { return output_.Failed(); }
+
     // A line above the entries of one of several folders.
     void Heading(const std::string& path) {
         if (options_.format != ListingFormat::Text) return;
@@ -80,16 +83,17 @@ public:
 
     void List(const std::string& path) {
         if (NameOf(path).find('*') != std::string::npos) return ListMatches(path);
-        std::string problem = "no such file";
+        std::string problem;
         std::optional<StorageItem> item = tree_.Find(path, problem);
         const bool there = item && (!item->facts.IsMissing() || item->facts.isLink);
         if (there && item->facts.IsFile()) item = tree_.Enter(*item, problem);
-        if (!there || !item) return report_.Fail(path, problem);
+        if (!there || !item) return report_.Fail(path, problem.empty() ? "no such file" : problem);
         if (!item->facts.IsFolder()) return printer_.Print(path, path, {NameOf(path), item->facts});
         if (options_.paths.size() > 1) printer_.Heading(path);
         ListFolder(*item, "");
     }
 
+    bool Failed() const { return printer_.Failed(); }
     const Output& Finish() { return printer_.Finish(); }
 
 private:
@@ -124,7 +128,7 @@ private:
         };
         std::vector<Pending> pending;
         ListEntries(top, topLabel, pending);
-        while (!pending.empty()) {
+        while (!pending.empty() && !printer_.Failed()) {
             const Pending next = std::move(pending.back());
             pending.pop_back();
             printer_.Print(next.label, next.folder.shown, next.entry);
@@ -163,7 +167,9 @@ private:
 int RunLs(const ListOptions& options) {
     StorageReport report = ReportOf("list");
     Lister lister(options, report);
-    for (const std::string& path : options.paths) lister.List(path);
+    for (const std::string& path : options.paths) {
+        if (!lister.Failed()) lister.List(path);
+    }
     const Output& output = lister.Finish();
     return output.Failed() ? ExitStatusOf(output) : ExitStatusOf(report);
 }
