@@ -91,10 +91,6 @@ bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::st
     const bool replaced = !item->archive && sources.size() == 1 && IsArchiveFile(sources[0]);
     if (item->facts.IsFile() && !replaced) item = tree_.Enter(*item, problem);
     if (!item) return Refuse(target, problem);
-    struct stat around;
-    if (!item->archive && item->facts.IsMissing() && stat(FolderOf(item->native).c_str(), &around) != 0) {
-        return Refuse(target, "no such folder");
-    }
     target_ = *item;
     intoTarget_ = target_.facts.IsFolder();
     if (sources.size() > 1 && !intoTarget_) return Refuse(target, "is no folder, and there are several sources");

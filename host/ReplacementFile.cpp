@@ -62,6 +62,7 @@ bool ReplacementFile::Create(const std::string& path, std::string& problem) {
             return false;
         }
         copy_ = copy;
+        cleanup_.emplace(copy_);
     } while (!Lock());
     return true;
 }
@@ -82,6 +83,7 @@ bool ReplacementFile::Commit(mode_t mode, bool durable, std::string& problem) {
         return false;
     }
     copy_.clear();
+    cleanup_.reset();
     if (durable && !SyncFolder(FolderOf(path_))) {
         problem = "it is in place, but may not be on the disk: " + SystemError(errno);
         return false;

@@ -3,14 +3,16 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 
 #include "host/FileDescriptor.h"
+#include "host/SignalCleanup.h"
 
 namespace ZEMA {
 
 // A new file `.NAME.wqf-XXXXXX` beside the file NAME that it is to become. Whoever opens NAME meanwhile gets the old
-// file, and afterwards the new one; it goes again unless it was committed.
+// file, and afterwards the new one; it goes again unless it was committed, also when a signal ends the program.
 //
 // It stays locked for as long as it is worked on, so that the copy that a killed program left behind can be told from
 // one that is in use.
@@ -35,6 +37,7 @@ private:
     std::string path_;
     std::string copy_;  // empty when there is none (any more)
     FileDescriptor file_;
+    std::optional<SignalCleanup> cleanup_;
 };
 
 // Removes the copies for `path` that nobody works on any more.

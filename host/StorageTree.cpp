@@ -113,6 +113,7 @@ std::optional<StorageItem> StorageTree::Find(const std::string& path, std::strin
     const std::string bare = WithoutSlashes(path);
     std::optional<StorageItem> item = NativeItem(bare, path);
     if (item->facts.IsMissing() && !item->facts.isLink) item = FindBehind(bare, problem);
+    if (item && !item->archive) item->shown = path;
     if (!item || !EndsInSlash(path) || !item->facts.IsFile()) return item;
     item = Enter(*item, problem);
     if (!item || item->facts.IsFolder()) return item;
@@ -171,13 +172,17 @@ std::optional<StorageItem> StorageTree::Enter(const StorageItem& item, std::stri
 
 MountedArchive::Pointer StorageTree::Mount(const std::string& path, std::string& problem) {
     struct stat status;
-    if (stat(path.c_str(), &status) == 0) {
-        for (const MountedArchive::Pointer& archive : mounted_) {
-            if (archive->IsOf(status)) return archive;
-        }
+    const bool there = stat(path.c_str(), &status) == 0;
+    if (there && last_ && last_->IsOf(status)) return last_;
+    std::erase_if(mounted_, [](const auto& archive) { return archive.expired(); });
+    for (const std::weak_ptr<const MountedArchive>& mounted : mounted_) {
+        const MountedArchive::Pointer archive = mounted.lock();
+        if (there && archive->IsOf(status)) return archive;
     }
-    MountedArchive::Pointer archive = MountedArchive::Open(path, problem);
-    if (archive) mounted_.push_back(archive);
+    const MountedArchive::Pointer archive = MountedArchive::Open(path, problem);
+    if (!archive) return nullptr;
+    mounted_.push_back(archive);
+    last_ = archive;
     return archive;
 }
 

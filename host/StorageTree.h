@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -47,8 +48,8 @@ struct StorageEntry {
     StorageFacts facts;
 };
 
-// Follows paths for the length of one command. Archives are mounted once, as they were when the command met them, and
-// are only read.
+// Follows paths for the length of one command. Archives are only read; for as long as an item in one is there, all that
+// is found in it is as it was then.
 //
 // A path is one of the file system. Where it leads on behind the name of a regular file that is an archive, by its
 // contents and whatever its name is, or ends in a slash there, it goes on inside; so it does at an archive in an
@@ -75,7 +76,8 @@ private:
     std::optional<StorageItem> FindBehind(const std::string& path, std::string& problem);
     MountedArchive::Pointer Mount(const std::string& path, std::string& problem);
 
-    std::vector<MountedArchive::Pointer> mounted_;
+    std::vector<std::weak_ptr<const MountedArchive>> mounted_;  // by the items that are still there
+    MountedArchive::Pointer last_;                              // by nobody else maybe, but likely soon
 };
 
 // Bytes as a name in archives; null where they are not UTF-8.
