@@ -19,12 +19,15 @@ std::uint64_t RoundUp(std::uint64_t size, std::uint64_t unit) {
     return (size + unit - 1) / unit * unit;
 }
 
-// Recursion ends after 19 halvings of the largest size.
+// Recursion ends after 19 halvings of the largest size. Rounded up many times, the halves of a large block may reach
+// far behind it: each is checked, since offsets and sizes of segments have 32 bits.
 bool AppendBlocks(ZipFileHeader& member, std::uint64_t size, AllocateBlock allocate) {
+    const std::uint64_t end = SegmentsEnd(member);
+    if (size > kMaxOffset - end) return false;
     MallocBytes block(static_cast<unsigned char*>(allocate(static_cast<std::size_t>(size))));
     if (block) {
-        const auto offset = static_cast<std::uint32_t>(SegmentsEnd(member));
-        member.segments.PushBack({offset, static_cast<std::uint32_t>(size), block.get(), true});
+        member.segments.PushBack(
+            {static_cast<std::uint32_t>(end), static_cast<std::uint32_t>(size), block.get(), true});
         static_cast<void>(block.release());
         return true;
     }
@@ -72,10 +75,8 @@ bool AppendSegments(ZipFileHeader& member, std::uint64_t size, AllocateBlock all
     const std::uint64_t room = kMaxOffset - SegmentsEnd(member);
     if (size > room) return false;
     AppendedSegments appended(member);
-    // The offsets and sizes of segments have 32 bits, so the last unit below 2^32 is cut short by one byte. The halves
-    // of such a block would reach behind it.
+    // The last unit below 2^32 is cut short by one byte.
     if (!AppendBlocks(member, std::min(RoundUp(size, kSpaceUnit), room), allocate)) return false;
-    if (SegmentsEnd(member) > kMaxOffset) return false;
     appended.Keep();
     return true;
 }

@@ -3,6 +3,7 @@
 
 #include "core/RefPointer.h"
 #include "storage/zip/Crc32.h"
+#include "storage/zip/ZipFormat.h"
 #include "storage/zip/ZipSegments.h"
 #include "tests/support/ArchiveBuilder.h"
 
@@ -13,6 +14,11 @@ std::size_t largestBlock = 0;  // what the allocator below gives at most
 
 void* AllocateUpTo(std::size_t size) {
     return size <= largestBlock ? std::malloc(size) : nullptr;
+}
+
+// Blocks as it would give, of one byte each: for sizes that nobody has.
+void* PretendUpTo(std::size_t size) {
+    return size <= largestBlock ? std::malloc(1) : nullptr;
 }
 
 std::vector<std::uint32_t> SizesOf(const ZipFileHeader& member) {
@@ -50,6 +56,24 @@ TEST(ZipSegments, AreHalvedUntilTheyFit) {
         const RefPointer<ZipFileHeader> member = New<ZipFileHeader>();
         EXPECT_EQ(AppendSegments(*member, row.size, AllocateUpTo), !row.sizes.empty());
         EXPECT_EQ(SizesOf(*member), row.sizes);
+    }
+}
+
+// 8192 bytes are there and as many blocks of a size as fit below 2^32. Halves that are rounded up take more room.
+TEST(ZipSegments, EndBelowTheLastOffset) {
+    const struct {
+        std::size_t largest;
+        std::size_t blocks;  // 0: they do not fit
+    } rows[] = {{0xFFFFFFFF, 1}, {0x7FFFFFFF, 0}, {0x10000000, 0}, {0x100000, 0}, {0x4000, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.largest);
+        largestBlock = row.largest;
+        const RefPointer<ZipFileHeader> member = New<ZipFileHeader>();
+        ASSERT_TRUE(AppendSegments(*member, 1, PretendUpTo));
+        const std::uint64_t room = kMaxOffset - 8192;
+        EXPECT_EQ(AppendSegments(*member, room, PretendUpTo), row.blocks != 0);
+        EXPECT_EQ(SizesOf(*member).size(), 1 + row.blocks);
+        EXPECT_FALSE(AppendSegments(*member, room + 1, PretendUpTo));
     }
 }
 
