@@ -46,8 +46,8 @@ public:
     // Changing the tree. `force` lifts protections first. The base cannot remove; it renames by Move, moves by Copy and
     // then Remove with force, and copies file by file and directory by directory. Nothing copied is taken back after a
     // failure. Nothing is copied onto itself, nor a directory into itself: both fail, so that Move never removes the
-    // only copy. Names that differ only in case are the same here. An entry that no path leads to (an archive may hold
-    // a member named "..") fails the copy too.
+    // only copy. Names that differ only in case are the same here. A listed entry whose name is no plain component, as
+    // "..", fails the copy too: followed as a path it would lead elsewhere.
     virtual bool Remove(const String& name, bool force);
     virtual bool Rename(const String& oldName, const String& newName);
     virtual bool Move(const String& name, Directory* target, const String& newName, bool overwrite, bool force);

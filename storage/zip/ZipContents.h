@@ -9,8 +9,9 @@
 
 namespace ZEMA {
 
-// Whether the archive can hold what the member claims: compressed bytes that lie inside the file, and no more contents
-// than they can unpack to. Asked before anything of a size from the archive is allocated. The data offset is known.
+// Whether the archive can hold what the member claims. The contents of a stored member must lie inside the file; the
+// packed bytes of another one must, and its contents be no larger than those can unpack to. Asked before anything of a
+// size from the archive is allocated. The data offset is known.
 [[nodiscard]] bool ClaimsPlausibleSize(const ZipFileHeader& member, std::uint64_t archiveSize);
 
 // Brings the contents into segments, unless they are there or the member is empty. False, with no segments, for an

@@ -63,7 +63,8 @@ public:
     // Packs the contents of a changed member and writes them into the archive. False leaves the member dirty.
     [[nodiscard]] bool WriteBack(ZipFileHeader& member);
 
-    // Where the next member will go: behind the last one in file order. False when that one's header cannot be read.
+    // Where the next member will go: behind the last one in file order, or further back where a last one was removed and
+    // a gap had been before it. False when the last one's header is needed and cannot be read.
     [[nodiscard]] bool FindAppendPosition(std::uint32_t& position);
 
     const ZipEndRecord& EndRecord() const { return endRecord_; }

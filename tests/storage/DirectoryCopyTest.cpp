@@ -90,7 +90,7 @@ TEST_F(DirectoryCopy, RefusesToCopyOntoOrIntoItself) {
     EXPECT_TRUE(Copy("x.wqf", "mem/src", "x.wqf"));  // the same name elsewhere is another file
 }
 
-// An archive may hold a member named "..": followed as a path it would lead out of the target.
+// A storage that lists an entry named "..": followed as a path it would lead out of the target.
 TEST_F(DirectoryCopy, RefusesEntriesThatNoPathLeadsTo) {
     for (const char* name : {"..", ".", "", "a/b"}) {
         volume.top->children["odd"] = volume.NewNode(ElementFlags::kDirectory);
