@@ -15,13 +15,13 @@ extern "C" [[gnu::noinline]] void MeasuredWork(void (*work)(const std::filesyste
 }
 
 int main(int count, char** arguments) {
-    if (count != 3) {
-        std::cerr << "usage: import_once floor|import BRICKS\n";
+    if (count != 4) {
+        std::cerr << "usage: import_once floor|import FORMAT BRICKS\n";
         return 2;
     }
     try {
         const auto work = std::string_view(arguments[1]) == "floor" ? bench::RunFloor : bench::RunImport;
-        const bench::SampleDocument document(std::atoi(arguments[2]));
+        const bench::SampleDocument document(std::atoi(arguments[2]), std::atoi(arguments[3]));
         work(document.Path());
         MeasuredWork(work, document.Path());
     } catch (const std::exception& error) {

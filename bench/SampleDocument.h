@@ -5,10 +5,11 @@
 
 namespace bench {
 
-// Packs ModelText(brickCount) with the standard zip program in a new temporary folder, and removes it in the end.
+// Packs a model of either markup format (5 or 4) with the standard zip program in a new temporary folder, and removes
+// it in the end.
 class SampleDocument {
 public:
-    explicit SampleDocument(int brickCount);
+    SampleDocument(int format, int brickCount);
     ~SampleDocument();
     SampleDocument(const SampleDocument&) = delete;
     SampleDocument& operator=(const SampleDocument&) = delete;
