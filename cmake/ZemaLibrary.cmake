@@ -14,13 +14,14 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
 endif()
 
+option(ZEMA_WERROR "Let a warning end the build" ON)
 set(ZEMA_SANITIZE "" CACHE STRING "Sanitizers to build with, separated by commas: address,undefined or thread")
 
 add_library(zema_options INTERFACE)
 add_library(ZEMA::options ALIAS zema_options)
 target_compile_options(zema_options INTERFACE
-  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
-  -Woverloaded-virtual -Wold-style-cast -Wcast-align -Wformat=2 -Wundef)
+  -Wall -Wextra -Wpedantic $<$<BOOL:${ZEMA_WERROR}>:-Werror> -Wshadow -Wconversion -Wsign-conversion
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-align -Wformat=2 -Wundef)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # When it optimises, g++ 12 sees overlaps in its own library's "literal" + std::string that are not there.
   target_compile_options(zema_options INTERFACE -Wno-restrict)
