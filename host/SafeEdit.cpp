@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/ArchiveComparison.h"
+#include "host/ExtendedAttributes.h"
 #include "storage/PathOperations.h"
 #include "storage/StorageMutex.h"
 #include "storage/zip/ZipFormat.h"
@@ -204,6 +205,7 @@ bool SafeEdit::WriteFile(const BasicArray<String>& path, StorageReader& contents
     return false;
 }
 
+// Whether the archive has members that no path leads to, because another one has their name.
 bool SafeEdit::HidesMembers() const {
     return CountNamedMembers(Volume()) != Volume().EndRecord().entryCount;
 }
@@ -250,6 +252,7 @@ bool SafeEdit::Commit(std::string& problem) {
     }
     // Changing the owner clears some permissions, which are therefore set behind it.
     if (fchown(copy_.Descriptor(), before_.st_uid, before_.st_gid) != 0) errno = 0;
+    CopyExtendedAttributes(path_, copy_.Descriptor());
     if (!IsUnchanged()) {
         problem = "somebody else has changed it meanwhile";
         return false;
