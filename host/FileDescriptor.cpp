@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -17,6 +18,12 @@ namespace {
 
 constexpr std::size_t kCopyBufferSize = 1 << 20;
 constexpr std::uint64_t kMostAtOnce = 1 << 30;
+
+// The system writes "Permission denied"; all our reasons stand in the middle of a line.
+std::string InLowerCase(std::string text) {
+    if (!text.empty()) text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+    return text;
+}
 
 // How far the system copied by itself; it may not know how, between these two files.
 std::uint64_t CopyInSystem(int from, int to, std::uint64_t offset, std::uint64_t size) {
@@ -43,12 +50,12 @@ FileDescriptor::~FileDescriptor() {
 }
 
 std::string SystemError(int error) {
-    return error == ENOENT ? "no such file" : std::strerror(error);
+    return error == ENOENT ? "no such file" : InLowerCase(std::strerror(error));
 }
 
 FileDescriptor OpenRegularFile(const std::string& path, std::string& problem) {
     // What waits or acts when it is opened is found out before; the kind may change until then, so nothing waits.
-    problem = WhyNoFile(path);
+    problem = InLowerCase(WhyNoFile(path));
     if (!problem.empty()) return FileDescriptor();
     FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.IsOpen()) problem = SystemError(errno);

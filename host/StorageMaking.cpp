@@ -61,10 +61,20 @@ std::string WhyNot(const StorageItem& item, bool parents) {
     return "";
 }
 
-bool MakeArchive(const std::string& path, std::string& problem) {
+std::string WhyNoArchive(const StorageItem& item) {
+    if (!item.facts.IsMissing() || item.facts.isLink) return "it is there already";
+    if (item.archive) return "an archive is not made in another one ('wqf cp' puts it there)";
+    if (item.shown.ends_with('/')) return "an archive is a file; name it without '/'";
+    return "";
+}
+
+bool MakeArchive(StorageTree& tree, const std::string& path, std::string& problem) {
+    const std::optional<StorageItem> item = tree.Find(path, problem);
+    if (item) problem = WhyNoArchive(*item);
+    if (!item || !problem.empty()) return false;
     const FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.IsOpen()) {
-        problem = errno == EEXIST ? "it is there already" : SystemError(errno);
+        problem = SystemError(errno);
         return false;
     }
     const RefPointer<OverlayFile> archive = New<OverlayFile>(file.Get(), file.Get());
@@ -109,9 +119,10 @@ void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageRep
 }
 
 void MakeArchives(const std::vector<std::string>& paths, StorageReport& report) {
+    StorageTree tree;
     for (const std::string& path : paths) {
         std::string problem;
-        if (!MakeArchive(path, problem)) report.Fail(path, problem);
+        if (!MakeArchive(tree, path, problem)) report.Fail(path, problem);
     }
 }
 

@@ -240,6 +240,9 @@ Action DeclareMkdir(CLI::App& parser) {
 
 Action DeclareNew(CLI::App& parser) {
     const auto paths = std::make_shared<std::vector<std::string>>();
+    parser.footer(
+        "An archive is known by its contents, so it may have any name. It is made outside of other archives;\n"
+        "'wqf cp' puts it into one.");
     AddPaths(parser, *paths, "Archives to make, where nothing is yet");
     return [paths] { return paths->empty() ? WrongUse("new", "no ARCHIVE is given") : RunNew(*paths); };
 }
