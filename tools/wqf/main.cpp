@@ -26,6 +26,8 @@ void SayThatMemoryRanOut() {
 int main(int argc, char** argv) {
     // A reader that has gone is an error of writing, so that everything is released on the way out.
     std::signal(SIGPIPE, SIG_IGN);
+    // So is a file that would be larger than is allowed.
+    std::signal(SIGXFSZ, SIG_IGN);
     ZEMA::ReserveStandardDescriptors();
     try {
         return ZEMA::RunCommandLine(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
