@@ -1,7 +1,11 @@
 #include "host/ArchiveComparison.h"
 
+#include <cstdint>
+#include <set>
 #include <utility>
-#include <vector>
+
+#include "storage/zip/ZipFormat.h"
+#include "storage/zip/ZipRecords.h"
 
 namespace ZEMA {
 
@@ -19,6 +23,29 @@ bool IsSame(const ZipFileHeader& a, const ZipFileHeader& b) {
 bool LeadsToSameData(const ZipFileHeader& edited, ZipStorageVolume& volume, ZipFileHeader& written) {
     if (edited.dataOffset == 0) return true;
     return volume.LocateData(written) && written.dataOffset == edited.dataOffset;
+}
+
+std::vector<const ZipFileHeader*> NamedMembers(const ZipStorageVolume& volume) {
+    std::vector<const ZipFileHeader*> members;
+    std::vector<const ZipTreeNode*> pending = {&volume.RootNode()};
+    while (!pending.empty()) {
+        const ZipTreeNode* const node = pending.back();
+        pending.pop_back();
+        if (node->Header() != nullptr) members.push_back(node->Header());
+        for (const auto& child : node->GetChildren()) pending.push_back(child.second.Get());
+    }
+    return members;
+}
+
+// Empty where it cannot be read.
+std::string StoredName(const ZipStorageVolume& volume, const ZipFileHeader& member) {
+    char bytes[kCentralHeaderSize];
+    ZipCentralHeader header;
+    const std::uint64_t position = volume.CentralHeaderPosition(member);
+    if (!ReadAt(volume.Archive(), position, sizeof(bytes), bytes)) return "";
+    if (!ParseCentralHeader(bytes, header)) return "";
+    std::string name(header.nameLength, '\0');
+    return ReadAt(volume.Archive(), position + sizeof(bytes), name.size(), name.data()) ? name : "";
 }
 
 // Whether all named members of `written` have the same names in `edited`.
@@ -44,15 +71,21 @@ bool HaveSameNames(const ZipStorageVolume& edited, const ZipStorageVolume& writt
 }  // namespace
 
 std::size_t CountNamedMembers(const ZipStorageVolume& volume) {
-    std::size_t count = 0;
-    std::vector<const ZipTreeNode*> pending = {&volume.RootNode()};
-    while (!pending.empty()) {
-        const ZipTreeNode* const node = pending.back();
-        pending.pop_back();
-        if (node->Header() != nullptr) ++count;
-        for (const auto& child : node->GetChildren()) pending.push_back(child.second.Get());
+    return NamedMembers(volume).size();
+}
+
+std::vector<std::string> NamesOfHiddenFiles(const ZipStorageVolume& volume) {
+    std::vector<std::string> names;
+    const std::vector<const ZipFileHeader*> named = NamedMembers(volume);
+    if (named.size() == volume.EndRecord().entryCount) return names;
+    const std::set<const ZipFileHeader*> seen(named.begin(), named.end());
+    for (const ZipFileHeader* member = volume.MembersInDirectoryOrder().First(); member != nullptr;
+         member = Order::Next(member)) {
+        if (seen.count(member) != 0) continue;
+        const std::string name = StoredName(volume, *member);
+        if (!name.ends_with('/')) names.push_back(name);
     }
-    return count;
+    return names;
 }
 
 bool HoldSameMembers(const ZipStorageVolume& edited, ZipStorageVolume& written) {
@@ -62,7 +95,7 @@ bool HoldSameMembers(const ZipStorageVolume& edited, ZipStorageVolume& written) 
         if (!IsSame(*expected, *found) || !LeadsToSameData(*expected, written, *found)) return false;
     }
     return expected == nullptr && found == nullptr && edited.EndRecord().entryCount == written.EndRecord().entryCount &&
-           HaveSameNames(edited, written);
+           edited.EndRecord().directoryOffset == written.EndRecord().directoryOffset && HaveSameNames(edited, written);
 }
 
 }  // namespace ZEMA

@@ -2,10 +2,15 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+#include <vector>
 
 #include "storage/zip/ZipStorageVolume.h"
 
 namespace ZEMA {
+
+// The stored names, as bytes, of the files that no path leads to: another one has their name, or it is none.
+std::vector<std::string> NamesOfHiddenFiles(const ZipStorageVolume& volume);
 
 // How many members a path leads to: not those whose name another one has, or whose name is none.
 std::size_t CountNamedMembers(const ZipStorageVolume& volume);

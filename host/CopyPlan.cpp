@@ -2,10 +2,10 @@
 
 #include <sys/stat.h>
 
-#include <filesystem>
 #include <iterator>
 #include <utility>
 
+#include "host/ArchiveComparison.h"
 #include "host/ArchiveEdits.h"
 #include "host/ReplacementFile.h"
 #include "storage/zip/ZipFormat.h"
@@ -38,6 +38,17 @@ bool LiesIn(const StorageItem& target, const StorageItem& source) {
     if (source.archive != target.archive || source.inner.Size() > target.inner.Size()) return false;
     for (std::size_t i = 0; i < source.inner.Size(); ++i) {
         if (!source.inner[i].EqualsNoCaseAt(0, npos, target.inner[i])) return false;
+    }
+    return true;
+}
+
+// Whether the stored name of a member is that path or lies below it.
+bool LiesBelow(std::string name, const BasicArray<String>& path) {
+    for (const String& part : path) {
+        const std::string first = name.substr(0, name.find('/'));
+        const std::optional<String> text = MemberName(first);
+        if (!text || !text->EqualsNoCaseAt(0, npos, part)) return false;
+        name.erase(0, first.size() + 1);
     }
     return true;
 }
@@ -104,10 +115,11 @@ bool CopyPlan::AddOperand(const std::string& path) {
     std::string problem;
     const std::optional<StorageItem> found = tree_.Find(path, problem);
     const bool leads = found && (!found->facts.IsMissing() || (options_.move && found->facts.isLink));
-    if (!leads) report_.Fail(path, problem.empty() ? "no such file" : problem);
+    if (found) problem = WhyMissing(found->facts);
+    if (!leads) report_.Fail(path, problem);
     if (!leads) return true;
     const StorageItem& source = *found;
-    operands_.push_back({source});
+    operands_.push_back({source, {}});
     if (source.facts.IsFolder() && !options_.recursive) {
         LeaveOut(source, "is a folder (-r copies folders)");
         return true;
@@ -115,13 +127,18 @@ bool CopyPlan::AddOperand(const std::string& path) {
     if (options_.move && source.archive && source.archive->IsMember()) {
         return Refuse(path, "an archive in an archive can only be read");
     }
+    if (options_.move && source.facts.isLink && source.facts.IsFolder() && path.ends_with('/')) {
+        return Refuse(path, "is a link to a folder; name it without '/'");
+    }
     if (options_.move && source.IsArchiveRoot()) return Refuse(path, "is a whole archive; name it without '/'");
-    const std::string name = OwnName(source);
-    const StorageItem target = intoTarget_ && !name.empty() ? tree_.Child(target_, name) : target_;
-    if (RefusesPair(source, target)) return false;
-    if (!CanRename(source, target)) return AddTree(source, target);
-    if (RefusesName(target)) return false;
-    if (Takes(source, target)) steps_.push_back({source, target, operands_.size() - 1, true});
+    const std::string name = intoTarget_ ? OwnName(source) : std::string();
+    const Pending top = {source, name.empty() ? target_ : tree_.Child(target_, name), kNoStep, name};
+    operands_.back().target = top.target;
+    if (RefusesPair(source, top.target)) return false;
+    if (!CanRename(source, top.target)) return AddTree(top);
+    if (!Takes(source, top.target)) return true;
+    if (RefusesPath(top)) return false;
+    AddStep(top, true);
     return true;
 }
 
@@ -148,85 +165,138 @@ bool CopyPlan::CanRename(const StorageItem& source, const StorageItem& target) c
 // Whether the source goes to the target; a failure is told, and so is a link that is left out.
 bool CopyPlan::Takes(const StorageItem& source, const StorageItem& target) {
     const StorageFacts& there = target.facts;
-    const bool below = steps_.size() > 0 && steps_.back().operand == operands_.size() - 1;
-    const bool rename = CanRename(source, target);
-    std::string reason;
-    if (source.facts.isLink && !rename && (below || options_.move)) {
-        reason = "is a link and is left out";
-    } else if (source.facts.kind == StorageKind::Other && !rename) {
-        reason = "is neither a file nor a folder";
-    } else if (target.archive && (target.inner.Empty() ? !source.facts.IsFolder() : target.inner.Back().IsEmpty())) {
-        reason = "its name is not UTF-8, and cannot stand in an archive";
-    } else if (!there.IsMissing() && IsSameFile(source, target)) {
-        reason = "is the same file as '" + target.shown + "'";
-    } else if (there.kind == StorageKind::Other || (there.isLink && there.IsMissing())) {
-        reason = "'" + target.shown + "' is there and is no file";
-    } else if (there.IsMissing() && target.shown.ends_with('/') && !source.facts.IsFolder()) {
-        reason = "'" + target.shown + "' is no folder";
-    } else if (there.IsFolder() && !source.facts.IsFolder()) {
-        reason = "'" + target.shown + "' is a folder";
-    } else if (there.IsFile() && source.facts.IsFolder()) {
-        reason = "'" + target.shown + "' is there and is no folder";
-    } else if (there.IsFile() && options_.keepExisting) {
+    const bool isThere = !there.IsMissing() || there.isLink;
+    const bool folders = there.IsFolder() || source.facts.IsFolder();
+    if (options_.keepExisting && isThere && !folders && !IsSameFile(source, target)) {
         operands_.back().complete = false;
         return false;
-    } else if (there.IsFile() && !options_.force && IsProtected(target)) {
-        reason = "'" + target.shown + "' is write-protected (-f replaces it)";
-    } else {
-        return true;
     }
-    LeaveOut(source, reason);
-    return false;
+    const std::string reason = WhyNot(source, target);
+    if (!reason.empty()) LeaveOut(source, reason);
+    return reason.empty();
+}
+
+std::string CopyPlan::WhyNot(const StorageItem& source, const StorageItem& target) const {
+    const StorageFacts& there = target.facts;
+    const bool below = !steps_.empty() && steps_.back().operand == operands_.size() - 1;
+    const bool rename = CanRename(source, target);
+    const std::string name = "'" + target.shown + "'";
+    if (source.facts.isLink && !rename && (below || options_.move)) return "is a link and is left out";
+    if (source.facts.IsMissing() && !rename) return WhyMissing(source.facts);
+    if (source.facts.kind == StorageKind::Other && !rename) return "is neither a file nor a folder";
+    if (target.archive && (target.inner.Empty() ? !source.facts.IsFolder() : target.inner.Back().IsEmpty())) {
+        return "its name is not UTF-8, and cannot stand in an archive";
+    }
+    if (there.error != 0 && !there.isLink) return name + ": " + SystemError(there.error);
+    if (!there.IsMissing() && IsSameFile(source, target)) return "is the same file as " + name;
+    if (there.isLink && there.IsMissing() && !options_.move) return name + " is a link that leads nowhere";
+    if (there.kind == StorageKind::Other) return name + " is there and is no file";
+    if (there.IsMissing() && target.shown.ends_with('/') && !source.facts.IsFolder()) return name + " is no folder";
+    if (there.IsFolder() && !source.facts.IsFolder()) return name + " is a folder";
+    if (there.IsFile() && source.facts.IsFolder()) return name + " is there and is no folder";
+    if (there.IsFile() && !options_.force && IsProtected(target)) {
+        return name + " is write-protected (-f replaces it)";
+    }
+    return "";
 }
 
 // Trees may be of any depth, so what is still to be looked at is a list.
-bool CopyPlan::AddTree(const StorageItem& source, const StorageItem& target) {
-    const std::size_t operand = operands_.size() - 1;
-    std::vector<Step> pending = {{source, target, operand, false}};
+bool CopyPlan::AddTree(const Pending& top) {
+    std::vector<Pending> pending = {top};
     while (!pending.empty()) {
-        const Step step = std::move(pending.back());
+        const Pending next = std::move(pending.back());
         pending.pop_back();
-        if (!Takes(step.source, step.target)) continue;
-        if (RefusesName(step.target)) return false;
-        steps_.push_back(step);
-        if (step.source.facts.IsFolder() && !AddChildren(step.source, step.target, pending)) return false;
+        if (!Takes(next.source, next.target)) continue;
+        if (RefusesPath(next)) return false;
+        AddStep(next, false);
+        if (next.source.facts.IsFolder()) AddChildren(next, pending);
     }
+    // Of a file that is copied the user has named the one that paths lead to.
+    if (top.source.archive && (options_.move || top.source.facts.IsFolder())) TellOfHiddenFiles(top.source);
     return true;
 }
 
-bool CopyPlan::AddChildren(const StorageItem& folder, const StorageItem& target, std::vector<Step>& pending) {
+void CopyPlan::TellOfHiddenFiles(const StorageItem& source) {
+    for (const std::string& name : NamesOfHiddenFiles(source.archive->Volume())) {
+        if (!LiesBelow(name, source.inner)) continue;
+        LeaveOut(source,
+                 "its member '" + name + "' is left out: another one has that name, or it is no name for a file");
+    }
+}
+
+void CopyPlan::AddChildren(const Pending& folder, std::vector<Pending>& pending) {
     std::vector<StorageEntry> entries;
     std::string problem;
-    if (options_.move && target.facts.IsFolder()) {
-        if (!tree_.List(target, entries, problem) || !entries.empty()) {
-            LeaveOut(folder, "'" + target.shown + "' is there and is not empty");
+    if (options_.move && folder.target.facts.IsFolder()) {
+        if (!tree_.List(folder.target, entries, problem) || !entries.empty()) {
+            LeaveOut(folder.source, "'" + folder.target.shown + "' is there and is not empty");
             steps_.pop_back();
-            return true;
+            return;
         }
     }
-    if (!tree_.List(folder, entries, problem)) LeaveOut(folder, problem);
+    if (!tree_.List(folder.source, entries, problem)) LeaveOut(folder.source, problem);
     for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
-        const StorageItem child = tree_.Child(folder, entry->name);
-        pending.push_back({child, tree_.Child(target, entry->name), operands_.size() - 1, false});
+        const std::string& name = entry->name;
+        const std::size_t step = steps_.size() - 1;
+        pending.push_back({tree_.Child(folder.source, name), tree_.Child(folder.target, name), step, name});
     }
-    return true;
+}
+
+void CopyPlan::AddStep(const Pending& pending, bool rename) {
+    const StorageItem& source = pending.source;
+    const StorageItem& target = pending.target;
+    steps_.push_back({{source.node, source.facts},
+                      {target.node, target.facts},
+                      operands_.size() - 1,
+                      pending.folder,
+                      pending.name,
+                      rename});
+}
+
+StorageItem CopyPlan::SourceOf(const Step& step) const {
+    return ItemBelow(operands_[step.operand].source, step, step.source);
+}
+
+StorageItem CopyPlan::TargetOf(const Step& step) const {
+    return ItemBelow(operands_[step.operand].target, step, step.target);
+}
+
+StorageItem CopyPlan::ItemBelow(const StorageItem& top, const Step& step, const Place& place) const {
+    std::vector<const std::string*> names;
+    for (const Step* at = &step; at->folder != kNoStep; at = &steps_[at->folder]) names.push_back(&at->name);
+    StorageItem item = top;
+    for (auto name = names.rbegin(); name != names.rend(); ++name) AppendName(item, **name);
+    item.node = place.node;
+    item.facts = place.facts;
+    return item;
 }
 
 // The storage tree does not tell names apart that differ only in case.
-bool CopyPlan::RefusesName(const StorageItem& target) {
-    if (target.node == target_.node && target.native == target_.native && intoTarget_) return false;
-    if (names_.Insert(NameKey(target.shown))) return false;
-    return !Refuse(target.shown, "two of the sources would go there (names that differ only in case are the same)");
+bool CopyPlan::RefusesPath(const Pending& pending) {
+    if (pending.source.shown.size() > kLongestPath || pending.target.shown.size() > kLongestPath) {
+        return !Refuse(operands_.back().source.shown,
+                       "a path would be longer than " + std::to_string(kLongestPath) + " bytes");
+    }
+    if (pending.name.empty()) return false;
+    // What goes into the target by itself has no step of its own there.
+    const bool top = pending.folder == kNoStep || steps_[pending.folder].name.empty();
+    if (names_[top ? kNoStep : pending.folder].Insert(NameKey(pending.name))) return false;
+    return !Refuse(pending.target.shown,
+                   "two of the sources would go there (names that differ only in case are the same)");
 }
 
 // Nor "x" and "x.zip": an archive is also found without its ending.
 bool CopyPlan::RefusesSideBySide() {
-    for (const String& name : names_) {
-        String archive = name;
-        archive.Append(".zip");
-        if (!names_.Contains(archive)) continue;
-        const std::string shown(name.ToAString().View());
-        return !Refuse(shown, "'" + shown + ".zip' would stand beside it, and the two cannot be told apart");
+    for (const auto& [folder, names] : names_) {
+        for (const String& name : names) {
+            String archive = name;
+            archive.Append(".zip");
+            if (!names.Contains(archive)) continue;
+            StorageItem item = folder == kNoStep ? target_ : TargetOf(steps_[folder]);
+            AppendName(item, std::string(name.ToAString().View()));
+            return !Refuse(item.shown,
+                           "'" + item.shown + ".zip' would stand beside it, and the two cannot be told apart");
+        }
     }
     return false;
 }
@@ -235,7 +305,9 @@ bool CopyPlan::RefusesSizes() {
     if (!target_.archive) return false;
     std::uint64_t count = target_.archive->Volume().EndRecord().entryCount;
     for (const Step& step : steps_) {
-        if (step.source.facts.size > kMaxOffset) return !Refuse(step.source.shown, "it is too large for an archive");
+        if (step.source.facts.size > kMaxOffset) {
+            return !Refuse(SourceOf(step).shown, "it is too large for an archive");
+        }
         if (step.target.facts.IsMissing()) ++count;
     }
     if (count <= kMaxEntries) return false;

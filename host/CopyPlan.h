@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -26,16 +26,25 @@ struct CopyOptions {
 // what would make the command as a whole go wrong is told too, and refuses it.
 class CopyPlan {
 public:
+    struct Place {
+        RefPointer<ZipTreeNode> node;
+        StorageFacts facts;
+    };
+    // Paths are not kept: those of a deep tree would take far more memory than the tree.
     struct Step {
-        StorageItem source;
-        StorageItem target;
+        Place source;
+        Place target;
         std::size_t operand;  // the source that it belongs to
-        bool rename;          // the whole thing, by the file system
+        std::size_t folder;   // the step of the folder around it, or kNoStep for the operand itself
+        std::string name;     // in that folder
+        bool rename = false;  // the whole thing, by the file system
     };
     struct Operand {
         StorageItem source;
+        StorageItem target;
         bool complete = true;  // nothing of it was left out
     };
+    static constexpr std::size_t kNoStep = static_cast<std::size_t>(-1);
 
     CopyPlan(const CopyOptions& options, StorageReport& report) : options_(options), report_(report) {}
 
@@ -43,6 +52,8 @@ public:
     [[nodiscard]] bool Make(const std::vector<std::string>& sources, const std::string& target);
 
     const std::vector<Step>& Steps() const { return steps_; }
+    StorageItem SourceOf(const Step& step) const;
+    StorageItem TargetOf(const Step& step) const;
     std::vector<Operand>& Operands() { return operands_; }
 
     // The archive that the target lies in, or null.
@@ -50,18 +61,28 @@ public:
 
 private:
     using Names = BasicSet<String, StringCaseInsensitiveLess<String>>;
+    struct Pending {
+        StorageItem source;
+        StorageItem target;
+        std::size_t folder;
+        std::string name;  // empty where the source's contents go into the target by themselves
+    };
 
     bool FindTarget(const std::vector<std::string>& sources, const std::string& target);
     bool IsArchiveFile(const std::string& path);
     bool AddOperand(const std::string& source);
-    bool AddTree(const StorageItem& source, const StorageItem& target);
-    bool AddChildren(const StorageItem& folder, const StorageItem& target, std::vector<Step>& pending);
+    bool AddTree(const Pending& top);
+    void AddChildren(const Pending& folder, std::vector<Pending>& pending);
+    void AddStep(const Pending& pending, bool rename);
+    void TellOfHiddenFiles(const StorageItem& source);
+    StorageItem ItemBelow(const StorageItem& top, const Step& step, const Place& place) const;
     bool RefusesPair(const StorageItem& source, const StorageItem& target);
-    bool RefusesName(const StorageItem& target);
+    bool RefusesPath(const Pending& pending);
     bool RefusesSizes();
     bool RefusesSideBySide();
     bool Takes(const StorageItem& source, const StorageItem& target);
     bool CanRename(const StorageItem& source, const StorageItem& target) const;
+    std::string WhyNot(const StorageItem& source, const StorageItem& target) const;
     void LeaveOut(const StorageItem& source, const std::string& reason);
     bool Refuse(const std::string& path, const std::string& reason);
 
@@ -72,7 +93,7 @@ private:
     bool intoTarget_ = false;
     std::vector<Operand> operands_;
     std::vector<Step> steps_;
-    Names names_;  // of all targets
+    std::map<std::size_t, Names> names_;  // of all targets, by the step of their folder
 };
 
 }  // namespace ZEMA

@@ -44,8 +44,8 @@ public:
     // With all below it, whatever is protected; every member of that name, should there be several.
     [[nodiscard]] bool Remove(const BasicArray<String>& path, std::string& problem);
 
-    // Whether the archive has members that no path leads to, because another one has their name.
-    bool HidesMembers() const;
+    // The archive as it is until the commit.
+    const struct stat& Original() const { return before_; }
 
     [[nodiscard]] bool Commit(std::string& problem);
 
@@ -53,6 +53,7 @@ private:
     SafeEdit() = default;
     bool LockArchive(const std::string& path, std::string& problem);
     bool Mount(std::string& problem);
+    bool HidesMembers() const;
     bool MendLastMember(std::string& problem);
     bool RemoveOne(const BasicArray<String>& path, std::string& problem);
     RefPointer<File> OpenForWriting(const BasicArray<String>& path);

@@ -9,6 +9,7 @@
 #include <set>
 
 #include "host/ArchiveEdits.h"
+#include "host/ExtendedAttributes.h"
 #include "host/ReplacementFile.h"
 #include "host/StorageReader.h"
 #include "host/StorageRemoval.h"
@@ -52,23 +53,32 @@ bool CopyContents(StorageReader& source, int target, std::string& problem) {
     }
 }
 
+// The message begins with the source, and the problem is one of the target. False, as the failure that it is.
+bool NameTarget(const StorageItem& target, std::string& problem) {
+    problem = "'" + target.shown + "': " + problem;
+    return false;
+}
+
 bool WriteNativeFile(const StorageItem& source, const StorageItem& target, bool move, std::string& problem) {
     // A copy goes to where a link leads, as the user's shell has it; a moved file takes the link's place.
     const std::string path = target.facts.isLink && !move ? RealPath(target.native) : target.native;
     const std::unique_ptr<StorageReader> reader = StorageReader::Open(source, problem);
     ReplacementFile file;
-    if (!reader || !file.Create(path, problem) || !CopyContents(*reader, file.Descriptor(), problem)) return false;
+    if (!reader) return false;
+    if (!file.Create(path, problem)) return NameTarget(target, problem);
+    if (!CopyContents(*reader, file.Descriptor(), problem)) return false;
     mode_t mode = ModeFor(source);
     struct stat present;
     if (!move && stat(path.c_str(), &present) == 0) {
         mode = present.st_mode & 0777;
         if (fchown(file.Descriptor(), present.st_uid, present.st_gid) != 0) errno = 0;  // it is the user's own then
+        CopyExtendedAttributes(path, file.Descriptor());
     }
     if (source.facts.modified) {
         const timespec times[] = {{0, UTIME_OMIT}, *source.facts.modified};
         futimens(file.Descriptor(), times);
     }
-    return file.Commit(mode, move, problem);
+    return file.Commit(mode, move, problem) || NameTarget(target, problem);
 }
 
 bool MakeNativeFolder(const StorageItem& source, const StorageItem& target, std::string& problem) {
@@ -76,7 +86,7 @@ bool MakeNativeFolder(const StorageItem& source, const StorageItem& target, std:
     // Whatever the source's permissions, the rest must find room in it.
     if (mkdir(target.native.c_str(), ModeFor(source) | S_IRWXU) == 0) return true;
     problem = SystemError(errno);
-    return false;
+    return NameTarget(target, problem);
 }
 
 class CopyRun {
@@ -108,31 +118,35 @@ private:
 
     void Take(const CopyPlan::Step& step) {
         std::string problem;
-        if (targetFailed_ || TakeInto(step, problem)) return;
+        const StorageItem source = plan_.SourceOf(step);
+        const StorageItem target = plan_.TargetOf(step);
+        if (targetFailed_ || (step.rename ? Rename(source, target, problem) : TakeInto(source, target, problem)))
+            return;
         plan_.Operands()[step.operand].complete = false;
-        if (!step.target.archive) {
-            report_.Fail(step.source.shown, problem);
+        if (!target.archive) {
+            report_.Fail(source.shown, problem);
         } else {
-            edits_.GiveUp(step.target.native, step.source.shown, problem, report_);
+            edits_.GiveUp(target.native, source.shown, problem, report_);
             targetFailed_ = true;
         }
     }
 
-    bool TakeInto(const CopyPlan::Step& step, std::string& problem) {
-        if (step.rename) {
-            const bool done = std::rename(step.source.native.c_str(), step.target.native.c_str()) == 0;
-            if (!done) problem = SystemError(errno);
-            return done;
+    static bool Rename(const StorageItem& source, const StorageItem& target, std::string& problem) {
+        if (std::rename(source.native.c_str(), target.native.c_str()) == 0) return true;
+        problem = SystemError(errno);
+        return NameTarget(target, problem);
+    }
+
+    bool TakeInto(const StorageItem& source, const StorageItem& target, std::string& problem) {
+        const bool folder = source.facts.IsFolder();
+        if (!target.archive) {
+            return folder ? MakeNativeFolder(source, target, problem)
+                          : WriteNativeFile(source, target, options_.move, problem);
         }
-        const bool folder = step.source.facts.IsFolder();
-        if (!step.target.archive) {
-            return folder ? MakeNativeFolder(step.source, step.target, problem)
-                          : WriteNativeFile(step.source, step.target, options_.move, problem);
-        }
-        SafeEdit& edit = *edits_.Find(step.target.native);
-        if (folder) return step.target.facts.IsFolder() || edit.AddFolder(step.target.inner, problem);
-        const std::unique_ptr<StorageReader> reader = StorageReader::Open(step.source, problem);
-        return reader && edit.WriteFile(step.target.inner, *reader, problem);
+        SafeEdit& edit = *edits_.Find(target.native);
+        if (folder) return target.facts.IsFolder() || edit.AddFolder(target.inner, problem);
+        const std::unique_ptr<StorageReader> reader = StorageReader::Open(source, problem);
+        return reader && edit.WriteFile(target.inner, *reader, problem);
     }
 
     // Those in the archive at `target`, whose edit is still open, or the others.
@@ -153,9 +167,8 @@ private:
         if (!source.archive) {
             RemoveNative(source.native, source.shown, true, report_);
         } else if (SafeEdit* const edit = edits_.Find(source.native); edit != nullptr) {
-            // What was copied is what paths lead to; removing the source could take members that nobody has copied.
-            if (edit->HidesMembers()) {
-                report_.Fail(source.shown, "members of the archive share a name; what was copied is not removed");
+            if (!source.archive->IsOf(edit->Original())) {
+                report_.Fail(source.shown, "somebody else has changed the archive; what was copied is not removed");
             } else if (!edit->Remove(source.inner, problem)) {
                 edits_.GiveUp(source.native, source.shown, problem, report_);
             }

@@ -10,7 +10,7 @@ namespace ZEMA {
 std::unique_ptr<StorageReader> StorageReader::Open(const StorageItem& item, std::string& problem) {
     auto reader = std::make_unique<StorageReader>();
     if (item.facts.IsMissing()) {
-        problem = "no such file";
+        problem = WhyMissing(item.facts);
     } else if (item.facts.IsFolder()) {
         problem = "is a folder";
     } else if (!item.archive) {

@@ -52,6 +52,9 @@ const ZipTreeNode* FindProtected(const ZipTreeNode& top) {
 // Why the path is not to be removed, or the empty text.
 std::string WhyNot(const StorageItem& item, const RemoveOptions& options) {
     const std::string name = NameOf(item.native);
+    if (item.facts.isLink && item.facts.IsFolder() && item.shown.ends_with('/')) {
+        return "is a link to a folder; name it without '/'";
+    }
     if (item.IsArchiveRoot()) return "is a whole archive; name it without '/'";
     if (item.archive && item.archive->IsMember()) return "an archive in an archive can only be read";
     if (item.facts.IsMissing() && !item.facts.isLink) return "no such file";
@@ -78,7 +81,7 @@ void RemoveNative(const std::string& path, const std::string& shown, bool force,
             for (const std::string& name : NamesIn(place.path, error)) {
                 pending.push_back({place.path + "/" + name, place.shown + "/" + name, false});
             }
-            if (error) report.Fail(place.shown, error.message());
+            if (error) report.Fail(place.shown, SystemError(error.value()));
             continue;
         }
         pending.pop_back();

@@ -37,9 +37,11 @@ timespec ModifiedOf(const struct stat& status) {
 StorageFacts FactsOfNative(const std::string& path) {
     StorageFacts facts;
     struct stat status;
-    if (lstat(path.c_str(), &status) != 0) return facts;
-    facts.isLink = S_ISLNK(status.st_mode);
-    if (facts.isLink && stat(path.c_str(), &status) != 0) return facts;
+    bool there = lstat(path.c_str(), &status) == 0;
+    facts.isLink = there && S_ISLNK(status.st_mode);
+    if (facts.isLink) there = stat(path.c_str(), &status) == 0;
+    if (!there && errno != ENOENT && errno != ENOTDIR) facts.error = errno;
+    if (!there) return facts;
     facts.kind = S_ISREG(status.st_mode)   ? StorageKind::File
                  : S_ISDIR(status.st_mode) ? StorageKind::Folder
                                            : StorageKind::Other;
@@ -106,7 +108,24 @@ std::string WithoutSlashes(std::string path) {
 
 std::optional<String> MemberName(const std::string& bytes) {
     if (!IsUtf8(bytes)) return std::nullopt;
-    return FromUtf8(AString(bytes.data(), static_cast<std::uint32_t>(bytes.size())));
+    return FromUtf8(bytes);
+}
+
+std::string WhyMissing(const StorageFacts& facts) {
+    return SystemError(facts.error != 0 ? facts.error : ENOENT);
+}
+
+void AppendName(StorageItem& item, const std::string& name) {
+    const auto append = [&name](std::string& path) { path += (path.ends_with('/') ? "" : "/") + name; };
+    append(item.shown);
+    if (item.archive) {
+        // What is not UTF-8 is the empty name, under which nothing is found or made.
+        item.inner.PushBack(MemberName(name).value_or(String()));
+    } else {
+        append(item.native);
+    }
+    item.node.Reset();
+    item.facts = StorageFacts();
 }
 
 std::optional<StorageItem> StorageTree::Find(const std::string& path, std::string& problem) {
@@ -114,6 +133,7 @@ std::optional<StorageItem> StorageTree::Find(const std::string& path, std::strin
     std::optional<StorageItem> item = NativeItem(bare, path);
     if (item->facts.IsMissing() && !item->facts.isLink) item = FindBehind(bare, problem);
     if (item && !item->archive) item->shown = path;
+    if (item && item->archive && item->facts.IsMissing() && EndsInSlash(path)) item->shown += '/';
     if (!item || !EndsInSlash(path) || !item->facts.IsFile()) return item;
     item = Enter(*item, problem);
     if (!item || item->facts.IsFolder()) return item;
@@ -128,11 +148,13 @@ std::optional<StorageItem> StorageTree::FindBehind(const std::string& path, std:
         const StorageFacts facts = FactsOfNative(start);
         if (facts.IsFolder()) continue;
         if (facts.IsFile()) return FindInside(start, path.substr(slash + 1), problem);
-        problem = facts.IsMissing() ? "no such file" : kNoFolder;
+        problem = facts.IsMissing() ? WhyMissing(facts) : kNoFolder;
         return std::nullopt;
     }
-    if (path.empty()) problem = "no such file";
-    return path.empty() ? std::nullopt : std::optional(NativeItem(path, path));
+    const StorageItem item = NativeItem(path, path);
+    if (!path.empty() && item.facts.error == 0) return item;
+    problem = WhyMissing(item.facts);
+    return std::nullopt;
 }
 
 std::optional<StorageItem> StorageTree::FindInside(const std::string& archive, const std::string& rest,
@@ -153,10 +175,10 @@ std::optional<StorageItem> StorageTree::FindInside(const std::string& archive, c
             item = *entered;
         }
         if (!item.facts.IsFolder()) {
-            problem = item.facts.IsMissing() ? "no such file" : kNoFolder;
+            problem = item.facts.IsMissing() ? WhyMissing(item.facts) : kNoFolder;
             return std::nullopt;
         }
-        item = Child(item, part);
+        Descend(item, part);
     }
     return item;
 }
@@ -189,7 +211,7 @@ MountedArchive::Pointer StorageTree::Mount(const std::string& path, std::string&
 bool StorageTree::List(const StorageItem& folder, std::vector<StorageEntry>& entries, std::string& problem) const {
     entries.clear();
     if (!folder.facts.IsFolder()) {
-        problem = folder.facts.IsMissing() ? "no such file" : kNoFolder;
+        problem = folder.facts.IsMissing() ? WhyMissing(folder.facts) : kNoFolder;
         return false;
     }
     if (folder.archive) {
@@ -210,15 +232,16 @@ bool StorageTree::List(const StorageItem& folder, std::vector<StorageEntry>& ent
     return !error;
 }
 
+void StorageTree::Descend(StorageItem& item, const std::string& name) const {
+    const RefPointer<ZipTreeNode> folder = item.node;
+    AppendName(item, name);
+    if (folder) item.node = folder->FindChild(item.inner.Back());
+    item.facts = item.archive ? FactsOfNode(item.node.Get()) : FactsOfNative(item.native);
+}
+
 StorageItem StorageTree::Child(const StorageItem& folder, const std::string& name) const {
-    const std::string shown = folder.shown + (folder.shown.ends_with('/') ? "" : "/") + name;
-    if (!folder.archive) return NativeItem(folder.native + (folder.native.ends_with('/') ? "" : "/") + name, shown);
     StorageItem item = folder;
-    item.shown = shown;
-    // What is not UTF-8 is the empty name, under which nothing is found or made.
-    item.inner.PushBack(MemberName(name).value_or(String()));
-    item.node = folder.node ? folder.node->FindChild(item.inner.Back()) : nullptr;
-    item.facts = FactsOfNode(item.node.Get());
+    Descend(item, name);
     return item;
 }
 

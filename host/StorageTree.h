@@ -24,11 +24,15 @@ struct StorageFacts {
     std::uint64_t size = 0;  // bytes, of a file
     ElementFlags flags;
     std::optional<timespec> modified;  // archives do not tell
+    int error = 0;                     // an errno value where the system does not say whether it is there
 
     bool IsFile() const { return kind == StorageKind::File; }
     bool IsFolder() const { return kind == StorageKind::Folder; }
     bool IsMissing() const { return kind == StorageKind::Missing; }
 };
+
+// What to say of something that is missing and should not be.
+std::string WhyMissing(const StorageFacts& facts);
 
 // A thing that is there, or a name that something may be given.
 struct StorageItem {
@@ -41,6 +45,13 @@ struct StorageItem {
 
     bool IsArchiveRoot() const { return archive != nullptr && inner.Empty(); }
 };
+
+// Names a thing in the folder that `item` was; what is known of it is for the caller to find out.
+void AppendName(StorageItem& item, const std::string& name);
+
+// Paths that are longer are not followed into trees. The system takes no longer ones, and an archive of a few bytes can
+// hold a tree whose paths would fill any memory.
+inline constexpr std::size_t kLongestPath = 4096;  // bytes
 
 // One entry of a folder.
 struct StorageEntry {
@@ -57,7 +68,7 @@ struct StorageEntry {
 class StorageTree {
 public:
     // What the path names, which may be missing. Null, with a `problem`, when the way there does not exist or leads
-    // through what is no folder.
+    // through what is no folder, or when the system does not say.
     std::optional<StorageItem> Find(const std::string& path, std::string& problem);
 
     // The archive as a folder, where the item is the file of one; otherwise the item as it is. Null, with a `problem`,
@@ -74,6 +85,7 @@ public:
 private:
     std::optional<StorageItem> FindInside(const std::string& archive, const std::string& rest, std::string& problem);
     std::optional<StorageItem> FindBehind(const std::string& path, std::string& problem);
+    void Descend(StorageItem& item, const std::string& name) const;
     MountedArchive::Pointer Mount(const std::string& path, std::string& problem);
 
     std::vector<std::weak_ptr<const MountedArchive>> mounted_;  // by the items that are still there

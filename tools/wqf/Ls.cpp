@@ -85,9 +85,9 @@ public:
         if (NameOf(path).find('*') != std::string::npos) return ListMatches(path);
         std::string problem;
         std::optional<StorageItem> item = tree_.Find(path, problem);
-        const bool there = item && (!item->facts.IsMissing() || item->facts.isLink);
-        if (there && item->facts.IsFile()) item = tree_.Enter(*item, problem);
-        if (!there || !item) return report_.Fail(path, problem.empty() ? "no such file" : problem);
+        if (item && item->facts.IsMissing() && !item->facts.isLink) problem = "no such file";
+        if (item && item->facts.IsFile()) item = tree_.Enter(*item, problem);
+        if (!item || !problem.empty()) return report_.Fail(path, problem);
         if (!item->facts.IsFolder()) return printer_.Print(path, path, {NameOf(path), item->facts});
         if (options_.paths.size() > 1) printer_.Heading(path);
         ListFolder(*item, "");
@@ -127,15 +127,19 @@ private:
             StorageEntry entry;  // to be printed before
         };
         std::vector<Pending> pending;
+        bool complete = true;
         ListEntries(top, topLabel, pending);
         while (!pending.empty() && !printer_.Failed()) {
             const Pending next = std::move(pending.back());
             pending.pop_back();
             printer_.Print(next.label, next.folder.shown, next.entry);
-            if (next.entry.facts.IsFolder() && !next.entry.facts.isLink) {
-                ListEntries(next.folder, next.label + "/", pending);
-            }
+            if (!next.entry.facts.IsFolder() || next.entry.facts.isLink) continue;
+            const bool follows = next.folder.shown.size() <= kLongestPath;
+            if (follows) ListEntries(next.folder, next.label + "/", pending);
+            complete = complete && follows;
         }
+        const std::string limit = std::to_string(kLongestPath);
+        if (!complete) report_.Fail(top.shown, "what lies behind paths of " + limit + " bytes is left out");
     }
 
     template <class Pending>
