@@ -31,9 +31,9 @@ public:
         ZipFileHeader* next = nullptr;
     };
 
-    std::uint32_t centralHeaderOffset = 0;
-    Links fileOrder;       // by local header offset
-    Links directoryOrder;  // by central header offset
+    std::uint32_t centralHeaderOffset = 0;  // from the start of the central directory, which moves with every edit
+    Links fileOrder;                        // by local header offset
+    Links directoryOrder;                   // by central header offset
     std::uint16_t versionMadeBy = 0;
     std::uint16_t versionNeeded = 0;
     std::uint16_t flags = 0;

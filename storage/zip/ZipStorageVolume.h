@@ -63,11 +63,14 @@ public:
     // Packs the contents of a changed member and writes them into the archive. False leaves the member dirty.
     [[nodiscard]] bool WriteBack(ZipFileHeader& member);
 
-    // Where the next member will go: behind the last one in file order, or further back where a last one was removed and
-    // a gap had been before it. False when the last one's header is needed and cannot be read.
+    // Where the next member will go: behind the last one in file order, or further back where a last one was removed
+    // and a gap had been before it. False when the last one's header is needed and cannot be read.
     [[nodiscard]] bool FindAppendPosition(std::uint32_t& position);
 
     const ZipEndRecord& EndRecord() const { return endRecord_; }
+    std::uint64_t CentralHeaderPosition(const ZipFileHeader& member) const {
+        return std::uint64_t{endRecord_.directoryOffset} + member.centralHeaderOffset;
+    }
     std::uint32_t CentralDirectoryEnd() const { return centralDirectoryEnd_; }
     const FileOrder& MembersInFileOrder() const { return fileOrder_; }
     const DirectoryOrder& MembersInDirectoryOrder() const { return directoryOrder_; }
@@ -98,8 +101,8 @@ private:
     bool FindCuts(const BasicArray<RefPointer<ZipFileHeader>>& members, BasicArray<Cut>& spans,
                   BasicArray<Cut>& entries) const;
     bool MoveMembersDown(const BasicArray<Cut>& spans);
-    bool CloseGaps(const BasicArray<Cut>& spans, const BasicArray<Cut>& entries);
-    void MoveEntriesDown(std::uint32_t distance, const BasicArray<Cut>& entries);
+    bool CloseGaps(const BasicArray<Cut>& cuts);
+    void MoveEntriesDown(const BasicArray<Cut>& entries);
 
     bool ResizeData(ZipFileHeader& member, std::uint32_t size);
     bool ShiftMembersBehind(const ZipFileHeader& member, std::int64_t distance);

@@ -85,7 +85,7 @@ bool ZipStorageVolume::InsertMember(ZipFileHeader& member, const AString& localH
     const std::uint64_t central = centralDirectoryEnd_;
     if (!MoveRange(*archive_, central, central + centralSize, fileEnd + localSize - central)) return false;
     if (!WriteAt(*archive_, central, centralSize, centralHeader.Data())) return false;
-    member.centralHeaderOffset = centralDirectoryEnd_;
+    member.centralHeaderOffset = centralDirectoryEnd_ - endRecord_.directoryOffset;
     centralDirectoryEnd_ += centralSize;
     endRecord_.position += centralSize;
     endRecord_.directorySize += centralSize;

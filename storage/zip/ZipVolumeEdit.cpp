@@ -51,7 +51,7 @@ bool ZipStorageVolume::CanEdit() const {
     const ZipFileHeader* last = fileOrder_.Last();
     if (last != nullptr && last->localHeaderOffset >= endRecord_.directoryOffset) return false;
     const ZipFileHeader* lastListed = directoryOrder_.Last();
-    if (lastListed != nullptr && centralDirectoryEnd_ - lastListed->centralHeaderOffset < kCentralHeaderSize)
+    if (lastListed != nullptr && centralDirectoryEnd_ - CentralHeaderPosition(*lastListed) < kCentralHeaderSize)
         return false;
     return GetSize(*archive_) >= std::uint64_t{endRecord_.position} + kEndRecordSize;
 }
@@ -72,7 +72,7 @@ bool ZipStorageVolume::RewriteLocalHeaderOffsets(std::uint32_t from) {
     FieldWriter writer(*archive_, centralDirectoryEnd_);
     for (auto* member = directoryOrder_.First(); member != nullptr; member = DirectoryOrder::Next(member)) {
         if (member->localHeaderOffset < from) continue;
-        const std::uint64_t field = std::uint64_t{member->centralHeaderOffset} + kCentralLocalHeaderOffset;
+        const std::uint64_t field = CentralHeaderPosition(*member) + kCentralLocalHeaderOffset;
         if (!writer.Store(field, member->localHeaderOffset)) return false;
     }
     return writer.Flush();
@@ -81,9 +81,6 @@ bool ZipStorageVolume::RewriteLocalHeaderOffsets(std::uint32_t from) {
 // The directory and all behind it has moved.
 void ZipStorageVolume::ShiftDirectory(std::int64_t distance) {
     const auto delta = static_cast<std::uint32_t>(distance);  // downwards it wraps around, and the sums wrap back
-    for (auto* member = directoryOrder_.First(); member != nullptr; member = DirectoryOrder::Next(member)) {
-        member->centralHeaderOffset += delta;
-    }
     endRecord_.directoryOffset += delta;
     endRecord_.position += delta;
     centralDirectoryEnd_ += delta;

@@ -50,7 +50,8 @@ bool ZipStorageVolume::ReadCentralDirectory() {
         if (bytes == nullptr) return false;
         ZipCentralHeader header;
         if (!ParseCentralHeader(bytes, header)) break;
-        const RefPointer<ZipFileHeader> member = MakeMember(header, static_cast<std::uint32_t>(position), IsWritable());
+        const std::uint64_t offset = position - endRecord_.directoryOffset;
+        const RefPointer<ZipFileHeader> member = MakeMember(header, static_cast<std::uint32_t>(offset), IsWritable());
         Link(*member);
 
         const char* name = window.Read(position + kCentralHeaderSize, header.nameLength);

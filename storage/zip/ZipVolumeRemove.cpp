@@ -21,7 +21,7 @@ class CutsBefore {
 public:
     explicit CutsBefore(const BasicArray<Cut>& cuts) : cuts_(cuts) {}
 
-    std::uint32_t operator()(std::uint32_t position) {
+    std::uint32_t operator()(std::uint64_t position) {
         for (; next_ < cuts_.Size() && cuts_[next_].begin < position; ++next_) removed_ += cuts_[next_].Size();
         return removed_;
     }
@@ -49,11 +49,13 @@ bool ZipStorageVolume::RemoveMembers(BasicArray<RefPointer<ZipFileHeader>>& memb
     if (!FindCuts(members, spans, entries)) return false;
     const std::uint32_t spansSize = TotalSize(spans);
     const std::uint32_t entriesSize = TotalSize(entries);
+    BasicArray<Cut> cuts = spans;  // all of them lie before the directory
+    for (const Cut& entry : entries) cuts.PushBack(entry);
 
-    damaged_ = true;
+    damaged_ = true;  // and nothing takes memory any more
     for (const RefPointer<ZipFileHeader>& member : members) Unlink(*member);
-    if (!MoveMembersDown(spans) || !CloseGaps(spans, entries)) return false;
-    MoveEntriesDown(spansSize, entries);
+    if (!MoveMembersDown(spans) || !CloseGaps(cuts)) return false;
+    MoveEntriesDown(entries);
     endRecord_.directoryOffset -= spansSize;
     endRecord_.directorySize -= entriesSize;
     endRecord_.position -= spansSize + entriesSize;
@@ -77,12 +79,13 @@ bool ZipStorageVolume::FindCuts(const BasicArray<RefPointer<ZipFileHeader>>& mem
 
         char bytes[kCentralHeaderSize];
         ZipCentralHeader central;
-        if (!ReadAt(*archive_, member->centralHeaderOffset, kCentralHeaderSize, bytes)) return false;
+        const std::uint64_t entry = CentralHeaderPosition(*member);
+        if (!ReadAt(*archive_, entry, kCentralHeaderSize, bytes)) return false;
         if (!ParseCentralHeader(bytes, central)) return false;
-        const std::uint64_t entryEnd = member->centralHeaderOffset + central.EntrySize();
+        const std::uint64_t entryEnd = entry + central.EntrySize();
         const ZipFileHeader* next = DirectoryOrder::Next(member.Get());
-        if (entryEnd > (next != nullptr ? next->centralHeaderOffset : centralDirectoryEnd_)) return false;
-        entries.PushBack({member->centralHeaderOffset, entryEnd});
+        if (entryEnd > (next != nullptr ? CentralHeaderPosition(*next) : centralDirectoryEnd_)) return false;
+        entries.PushBack({entry, entryEnd});
     }
     std::sort(spans.begin(), spans.end());
     std::sort(entries.begin(), entries.end());
@@ -101,25 +104,23 @@ bool ZipStorageVolume::MoveMembersDown(const BasicArray<Cut>& spans) {
 }
 
 // Moves what is kept down over the cuts, from front to back, and cuts the file.
-bool ZipStorageVolume::CloseGaps(const BasicArray<Cut>& spans, const BasicArray<Cut>& entries) {
+bool ZipStorageVolume::CloseGaps(const BasicArray<Cut>& cuts) {
     const std::uint64_t fileEnd = GetSize(*archive_);
-    BasicArray<Cut> cuts = spans;  // all of them lie before the directory
-    for (const Cut& entry : entries) cuts.PushBack(entry);
-    cuts.PushBack({fileEnd, fileEnd});
     std::uint64_t target = cuts[0].begin;
-    for (std::size_t i = 0; i + 1 < cuts.Size(); ++i) {
-        const std::uint64_t length = cuts[i + 1].begin - cuts[i].end;
+    for (std::size_t i = 0; i < cuts.Size(); ++i) {
+        const std::uint64_t next = i + 1 < cuts.Size() ? cuts[i + 1].begin : fileEnd;
+        const std::uint64_t length = next - cuts[i].end;
         if (!MoveRange(*archive_, cuts[i].end, target, length)) return false;
         target += length;
     }
     return SetSize(*archive_, target);
 }
 
-// `distance` is what went away before the directory.
-void ZipStorageVolume::MoveEntriesDown(std::uint32_t distance, const BasicArray<Cut>& entries) {
+// Asked for while the directory still counts as standing where it stood.
+void ZipStorageVolume::MoveEntriesDown(const BasicArray<Cut>& entries) {
     CutsBefore removedBefore(entries);
     for (auto* member = directoryOrder_.First(); member != nullptr; member = DirectoryOrder::Next(member)) {
-        member->centralHeaderOffset -= distance + removedBefore(member->centralHeaderOffset);
+        member->centralHeaderOffset -= removedBefore(CentralHeaderPosition(*member));
     }
 }
 

@@ -44,7 +44,9 @@ bool ZipStorageVolume::ShiftMembersBehind(const ZipFileHeader& member, std::int6
         moved->localHeaderOffset += delta;
         if (moved->dataOffset != 0) moved->dataOffset += delta;
     }
-    return RewriteLocalHeaderOffsets(member.localHeaderOffset + 1) && RewriteEndRecord(*archive_, endRecord_);
+    const bool isLast = FileOrder::Next(&member) == nullptr;
+    return (isLast || RewriteLocalHeaderOffsets(member.localHeaderOffset + 1)) &&
+           RewriteEndRecord(*archive_, endRecord_);
 }
 
 // From now on the local header tells the sums.
@@ -53,7 +55,7 @@ bool ZipStorageVolume::DropDescriptor(ZipFileHeader& member) {
     char bytes[2];
     StoreU16(bytes, member.flags);
     return WriteAt(*archive_, std::uint64_t{member.localHeaderOffset} + kLocalFlags, sizeof bytes, bytes) &&
-           WriteAt(*archive_, std::uint64_t{member.centralHeaderOffset} + kCentralFlags, sizeof bytes, bytes);
+           WriteAt(*archive_, CentralHeaderPosition(member) + kCentralFlags, sizeof bytes, bytes);
 }
 
 bool ZipStorageVolume::WriteMethod(ZipFileHeader& member, std::uint16_t method) {
@@ -61,7 +63,7 @@ bool ZipStorageVolume::WriteMethod(ZipFileHeader& member, std::uint16_t method) 
     char bytes[2];
     StoreU16(bytes, method);
     return WriteAt(*archive_, std::uint64_t{member.localHeaderOffset} + kLocalMethod, sizeof bytes, bytes) &&
-           WriteAt(*archive_, std::uint64_t{member.centralHeaderOffset} + kCentralMethod, sizeof bytes, bytes);
+           WriteAt(*archive_, CentralHeaderPosition(member) + kCentralMethod, sizeof bytes, bytes);
 }
 
 // CRC-32, compressed and uncompressed size, in both headers.
@@ -73,7 +75,7 @@ bool ZipStorageVolume::WriteSums(ZipFileHeader& member, std::uint32_t crc32) {
     StoreU32(bytes + 4, member.compressedSize);
     StoreU32(bytes + 8, member.uncompressedSize);
     return WriteAt(*archive_, std::uint64_t{member.localHeaderOffset} + kLocalCrc32, sizeof bytes, bytes) &&
-           WriteAt(*archive_, std::uint64_t{member.centralHeaderOffset} + kCentralCrc32, sizeof bytes, bytes);
+           WriteAt(*archive_, CentralHeaderPosition(member) + kCentralCrc32, sizeof bytes, bytes);
 }
 
 }  // namespace ZEMA
