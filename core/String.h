@@ -4,6 +4,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
+#include <string_view>
 
 #include "core/AString.h"
 #include "core/BasicArray.h"
@@ -106,7 +107,7 @@ private:
     CFMutableStringRef mutable_ = nullptr;
 };
 
-// UTF-8 bytes as a String.
-String FromUtf8(const AString& bytes);
+// UTF-8 bytes, at most 2^32 - 1 of them, as FromBytes decodes them.
+String FromUtf8(std::string_view bytes);
 
 }  // namespace ZEMA

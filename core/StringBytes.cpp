@@ -83,9 +83,9 @@ void String::FromBytes(TextEncoding encoding, const void* bytes, std::uint32_t c
     Adopt(CFStringCreateWithBytes(kCFAllocatorDefault, first, size, platformEncoding, false));
 }
 
-String FromUtf8(const AString& bytes) {
+String FromUtf8(std::string_view bytes) {
     String text;
-    text.FromBytes(TextEncoding::Utf8, bytes.Data(), bytes.Length());
+    text.FromBytes(TextEncoding::Utf8, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     return text;
 }
 

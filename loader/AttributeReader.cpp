@@ -9,12 +9,6 @@ namespace ZEMA {
 
 namespace {
 
-String ToString(std::string_view text) {
-    String result;
-    result.FromBytes(TextEncoding::Utf8, text.data(), static_cast<std::uint32_t>(text.size()));
-    return result;
-}
-
 bool ScanFloatAt(std::string_view text, float& value, std::uint32_t& position) {
     return ScanFloat(text, value, position);
 }
@@ -72,14 +66,14 @@ void ReadBool(const XMLDOMNodeAString& node, std::string_view name, bool& value)
     if (IsAscii(text->View())) {
         ScanBool(text->View(), value, position);
     } else {
-        FromUtf8(*text).ScanBool(value, position);
+        FromUtf8(text->View()).ScanBool(value, position);
     }
 }
 
 bool ReadString(const XMLDOMNodeAString& node, std::string_view name, String& value) {
     const AString* text = node.FindAttribute(name);
     if (text == nullptr) return false;
-    value = FromUtf8(*text);
+    value = FromUtf8(text->View());
     return true;
 }
 
@@ -99,14 +93,14 @@ void ScanFloats(const AString& text, std::span<float> values) {
     if (IsAscii(text.View())) {
         ScanFloatsOf(text.View(), values);
     } else {
-        ScanFloatsOf(FromUtf8(text), values);
+        ScanFloatsOf(FromUtf8(text.View()), values);
     }
 }
 
 bool ScanUnsigned(std::string_view text, std::uint32_t& value) {
     if (ScanPlainDigits(text, value)) return true;
     std::uint32_t position = 0;
-    return IsAscii(text) ? ScanUInt32(text, value, position) : ToString(text).ScanUInt32(value, position);
+    return IsAscii(text) ? ScanUInt32(text, value, position) : FromUtf8(text).ScanUInt32(value, position);
 }
 
 std::size_t CountListPieces(std::string_view list) {

@@ -1,7 +1,5 @@
 #include "loader/ModelLoaderWQFML4Attributes.h"
 
-#include <cstring>
-
 #include "core/ByteText.h"
 
 namespace ZEMA::WQFML4 {
@@ -15,9 +13,7 @@ float Attribute::Float() const {
 }
 
 String Attribute::Text() const {
-    String text;
-    text.FromBytes(TextEncoding::Utf8, value, static_cast<std::uint32_t>(std::strlen(value)));
-    return text;
+    return FromUtf8(value);
 }
 
 String Attribute::Ascii() const {

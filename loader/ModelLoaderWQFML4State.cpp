@@ -41,7 +41,7 @@ void ParseState::EndText() {
     if (!gathersText_) return;
     gathersText_ = false;
     DeliverText(false);
-    scene->meta.Back().value = FromUtf8(text_);
+    scene->meta.Back().value = FromUtf8(text_.View());
 }
 
 void ParseState::StartElement(std::string_view name, const char** attributes) {

@@ -16,7 +16,9 @@ void ReadMetaEntry(const XMLDOMNodeAString& node, StorageScene2::Meta& entry) {
     node.GetName(entry.name);
     node.GetText(entry.value);
     entry.attributes.Reserve(node.attributes.Size());
-    for (const auto& [key, value] : node.attributes) entry.attributes.PushBack({FromUtf8(key), FromUtf8(value)});
+    for (const auto& [key, value] : node.attributes) {
+        entry.attributes.PushBack({FromUtf8(key.View()), FromUtf8(value.View())});
+    }
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ bool XMLDOMNodeAString::GetAttribute(const AString& attributeName, AString& valu
 bool XMLDOMNodeAString::GetAttribute(const AString& attributeName, String& value) const {
     const AString* const found = FindAttribute(attributeName.View());
     if (found == nullptr) return false;
-    value.FromBytes(TextEncoding::Utf8, found->Data(), found->Length());
+    value = FromUtf8(found->View());
     return true;
 }
 
@@ -57,12 +57,11 @@ AString XMLDOMNodeAString::GetText() const {
 }
 
 void XMLDOMNodeAString::GetText(String& text) const {
-    const AString bytes = GetText();
-    text.FromBytes(TextEncoding::Utf8, bytes.Data(), bytes.Length());
+    text = FromUtf8(GetText().View());
 }
 
 void XMLDOMNodeAString::GetName(String& text) const {
-    text.FromBytes(TextEncoding::Utf8, name.Data(), name.Length());
+    text = FromUtf8(name.View());
 }
 
 void XMLDOMNodeAString::Empty() {

@@ -112,7 +112,7 @@ TEST_F(ZipTest, PlacesNames) {
         const RefPointer<Directory> top = Mount(builder.Bytes());
         ASSERT_EQ(top ? NamesOf(*top) : "-", row.names);
         if (!top) continue;
-        const RefPointer<Directory> folder = OpenDirectory(*top, FromUtf8(AString(row.folder)), false);
+        const RefPointer<Directory> folder = OpenDirectory(*top, FromUtf8(row.folder), false);
         EXPECT_EQ(folder ? NamesOf(*folder) : kNotOpened, row.inFolder);
     }
 }
@@ -190,7 +190,7 @@ TEST_F(ZipTest, GoesByManyNames) {
         const RefPointer<Directory> top = Open(row.path);
         ASSERT_EQ(top ? Bytes(top->Name()) : "-", row.mounted);
         if (!top) continue;
-        String alias = FromUtf8(AString(("mem/" + row.mounted + ".ZIP/dir").c_str()));
+        String alias = FromUtf8("mem/" + row.mounted + ".ZIP/dir");
         EXPECT_TRUE(OpenDirectory(*root, alias, false)) << "while mounted, also known with .zip";
     }
 }
