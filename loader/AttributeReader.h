@@ -45,6 +45,23 @@ std::size_t CountListPieces(std::string_view list);
 bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::size_t leadingZeros,
                     BasicArray<unsigned long>& numbers);
 
+// The object that a number stands for, or null.
+template <class T>
+T* Find(const BasicMap<unsigned long, T*>& objects, std::uint32_t refID) {
+    const auto position = objects.Find(refID);
+    return position == objects.end() ? nullptr : position->second;
+}
+
+// The object whose number stands in an attribute, or null when there is none. False when the number stands for nothing.
+template <class T>
+bool ReadReference(const XMLDOMNodeAString& node, std::string_view name, const BasicMap<unsigned long, T*>& objects,
+                   RefPointer<T>& object) {
+    std::uint32_t refID = 0;
+    const bool isGiven = ReadUnsigned(node, name, refID);
+    object.Reset(isGiven ? Find(objects, refID) : nullptr);
+    return object || !isGiven;
+}
+
 // Appends the objects that the numbers of a list stand for, with null for each number that cannot be read or stands for
 // nothing, and the answer is false then.
 template <class T>
@@ -56,10 +73,8 @@ bool ReadReferenceList(const XMLDOMNodeAString& node, std::string_view name, con
     bool complete = true;
     ForEachPiece(list->View(), ',', [&](std::string_view piece) {
         std::uint32_t refID = 0;
-        const auto position = ScanUnsigned(piece, refID) ? objects.Find(refID) : objects.end();
-        const bool found = position != objects.end();
-        references.PushBack(found ? position->second : nullptr);
-        complete = complete && found;
+        references.PushBack(ScanUnsigned(piece, refID) ? Find(objects, refID) : nullptr);
+        if (!references.Back()) complete = false;
     });
     return complete;
 }

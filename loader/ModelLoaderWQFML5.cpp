@@ -16,9 +16,8 @@ void ReadMetaEntry(const XMLDOMNodeAString& node, StorageScene2::Meta& entry) {
     node.GetName(entry.name);
     node.GetText(entry.value);
     entry.attributes.Reserve(node.attributes.Size());
-    for (const auto& [key, value] : node.attributes) {
+    for (const auto& [key, value] : node.attributes)
         entry.attributes.PushBack({FromUtf8(key.View()), FromUtf8(value.View())});
-    }
 }
 
 }  // namespace
@@ -102,16 +101,6 @@ bool ModelLoaderWQFML5::ReadCamera(const Node& node, StorageScene2& scene) {
     camera->transformation = ReadTransformation(node);
     cameraMap.Insert(refID, camera.Get());
     scene.cameras.PushBack(camera);
-    return true;
-}
-
-bool ModelLoaderWQFML5::FindCamera(const Node& node, StorageScene2::Camera*& camera) const {
-    camera = nullptr;
-    std::uint32_t refID = 0;
-    if (!ReadUnsigned(node, "cameraRef", refID)) return true;
-    const auto position = cameraMap.Find(refID);
-    if (position == cameraMap.end()) return false;
-    camera = position->second;
     return true;
 }
 

@@ -57,8 +57,6 @@ private:
     void ReadMeta(const Node& root, StorageScene2& scene);
     bool ReadCameras(const Node& root, StorageScene2& scene);
     bool ReadCamera(const Node& node, StorageScene2& scene);
-    // The camera that "cameraRef" names; null when there is no such attribute. False when it names none.
-    bool FindCamera(const Node& node, StorageScene2::Camera*& camera) const;
 
     // ModelLoaderWQFML5Bricks.cpp
     bool ReadBricks(const Node& root, StorageScene2& scene);
@@ -77,7 +75,6 @@ private:
     bool ReadRigidSystem(const Node& node, StorageScene2::RigidSystem& system);
     bool ReadRigid(const Node& node, StorageScene2::RigidSystem& system);
     bool ReadJoint(const Node& node, StorageScene2::Joint& joint) const;
-    bool FindRigid(const Node& node, RefPointer<StorageScene2::Rigid>& rigid) const;  // as FindCamera, by "rigidRef"
     bool ReadInstructions(const Node& root, StorageScene2& scene);
     bool ReadEvents(const Node& node, Events& events);
     bool ReadCameraEvent(const Node& node, Events& events);

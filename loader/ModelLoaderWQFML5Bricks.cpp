@@ -29,9 +29,9 @@ bool IsUsed(Map& map, typename Map::Position place, std::uint32_t refID) {
 bool ModelLoaderWQFML5::ReadBricks(const Node& root, StorageScene2& scene) {
     const Node* section = FindSection(root, "Bricks");
     if (section == nullptr) return false;
-    StorageScene2::Camera* camera = nullptr;
-    if (!FindCamera(*section, camera)) Raise(New<CameraError>(CameraError::NonExistingCamera));
-    scene.bricksCamera.Reset(camera);
+    if (!ReadReference(*section, "cameraRef", cameraMap, scene.bricksCamera)) {
+        Raise(New<CameraError>(CameraError::NonExistingCamera));
+    }
     scene.bricks.Reserve(CountChildren(*section, "Brick"));
     return ReadChildren(*section, "Brick", [&](const Node& child) { return ReadBrick(child, scene); });
 }

@@ -68,10 +68,10 @@ bool ModelLoaderWQFML5::ReadEvents(const Node& node, Events& events) {
 }
 
 bool ModelLoaderWQFML5::ReadCameraEvent(const Node& node, Events& events) {
-    StorageScene2::Camera* camera = nullptr;
-    if (!FindCamera(node, camera)) return Fail(New<BIError>(BIError::NonExistingCamera));
     const RefPointer<StorageScene2::BICamera> event = New<StorageScene2::BICamera>();
-    event->camera.Reset(camera);
+    if (!ReadReference(node, "cameraRef", cameraMap, event->camera)) {
+        return Fail(New<BIError>(BIError::NonExistingCamera));
+    }
     events.PushBack(event);
     return true;
 }
@@ -79,10 +79,8 @@ bool ModelLoaderWQFML5::ReadCameraEvent(const Node& node, Events& events) {
 bool ModelLoaderWQFML5::ReadPartEvent(const Node& node, Events& events) {
     const RefPointer<StorageScene2::BIPart> event = New<StorageScene2::BIPart>(nullptr);
     events.PushBack(event);
-    std::uint32_t refID = 0;
-    const auto position = ReadUnsigned(node, "partRef", refID) ? partMap.Find(refID) : partMap.end();
-    if (position == partMap.end()) return Fail(New<BIError>(BIError::NonExistingPart));
-    event->part.Reset(position->second);
+    ReadReference(node, "partRef", partMap, event->part);
+    if (!event->part) return Fail(New<BIError>(BIError::NonExistingPart));
     ReadBool(node, "exploded", event->exploded);
     if (event->exploded) event->transformation = ReadTransformation(node);
     return true;

@@ -60,23 +60,12 @@ bool ModelLoaderWQFML5::ReadJoint(const Node& node, StorageScene2::Joint& joint)
     bool atFirstEnd = true;
     for (const auto& child : node.children) {
         if (child->name != "RigidRef") continue;
-        RefPointer<StorageScene2::Rigid>& rigid = atFirstEnd ? joint.rigid1 : joint.rigid2;
-        if (!FindRigid(*child, rigid)) return false;
+        if (!ReadReference(*child, "rigidRef", rigidMap, atFirstEnd ? joint.rigid1 : joint.rigid2)) return false;
         ReadVector3(*child, "a", atFirstEnd ? joint.a1 : joint.a2);
         ReadVector3(*child, "z", atFirstEnd ? joint.z1 : joint.z2);
         ReadVector3(*child, "t", atFirstEnd ? joint.t1 : joint.t2);
         atFirstEnd = false;
     }
-    return true;
-}
-
-bool ModelLoaderWQFML5::FindRigid(const Node& node, RefPointer<StorageScene2::Rigid>& rigid) const {
-    rigid.Reset();
-    std::uint32_t refID = 0;
-    if (!ReadUnsigned(node, "rigidRef", refID)) return true;
-    const auto position = rigidMap.Find(refID);
-    if (position == rigidMap.end()) return false;
-    rigid.Reset(position->second);
     return true;
 }
 
