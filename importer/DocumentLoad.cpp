@@ -2,7 +2,7 @@
 
 #include <exception>
 #include <new>
-#include <stdexcept>
+#include <typeinfo>
 
 #include "core/Exception.h"
 #include "loader/ModelLoaderWQFML4.h"
