@@ -45,9 +45,10 @@ ZipStorageFile* ZipStorageFile::Open(ZipStorageVolume& volume, ZipTreeNode& node
     if (member == nullptr || member->elementFlags.IsDirectory()) return nullptr;
     if (!SharingAllows(*member, style, volume.IsWritable())) return nullptr;
     if (member->dataOffset == 0 && !volume.LocateData(*member)) return nullptr;
-    if (!ClaimsCanBeTrue(*member, volume.Archive())) return nullptr;
 
+    // From here on a refusal lets go of the file, and the last one forgets what was found out about the data.
     std::unique_ptr<ZipStorageFile, DropNew> file(new ZipStorageFile(volume, node, parent, style));
+    if (!ClaimsCanBeTrue(*member, volume.Archive())) return nullptr;
     if (!NeedsNoContents(*member, style) && !LoadContents(volume.Archive(), *member)) return nullptr;
     if (truncateTo != nullptr && !file->SetSize(*truncateTo)) return nullptr;
     return file.release();

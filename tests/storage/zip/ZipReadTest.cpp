@@ -90,6 +90,7 @@ TEST_F(ZipTest, RefusesMembersThatDisagreeWithThemselves) {
         ASSERT_TRUE(top);
         EXPECT_EQ(NamesOf(*top), "m");
         EXPECT_EQ(ReadMember(*top, "m"), row.contents);
+        EXPECT_EQ(VolumeOf(*top).MembersInFileOrder().First()->dataOffset, 0u) << "nothing is left of the attempt";
     }
 }
 
