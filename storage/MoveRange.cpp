@@ -10,6 +10,7 @@ namespace ZEMA {
 namespace {
 
 constexpr std::uint64_t kChunkSize = 0x20000;
+constexpr std::uint64_t kReserveSize = 0x1000;  // in place of a chunk where there is no memory
 
 struct Move {
     File& file;
@@ -29,10 +30,12 @@ bool MoveRange(File& file, std::uint64_t from, std::uint64_t to, std::uint64_t l
     if (GetSize(file) < to + length && !SetSize(file, to + length)) return false;
     if (length == 0) return true;
 
-    // Archives are written back while their last reference goes, where nothing may be thrown.
-    const std::uint64_t chunk = std::min(length, kChunkSize);
-    const std::unique_ptr<unsigned char[]> buffer(new (std::nothrow) unsigned char[chunk]);
-    if (!buffer) return false;
+    // Archives are edited by moves: one that ended for want of memory would leave them torn.
+    unsigned char reserve[kReserveSize];
+    std::uint64_t chunk = std::min(length, kChunkSize);
+    const std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[chunk]);
+    unsigned char* const buffer = block ? block.get() : reserve;
+    if (!block) chunk = std::min(length, kReserveSize);
 
     // Away from the end that the range grows over, so that no byte is overwritten before it was read.
     const Move move{file, from, to};
@@ -40,13 +43,13 @@ bool MoveRange(File& file, std::uint64_t from, std::uint64_t to, std::uint64_t l
         for (std::uint64_t left = length; left > 0;) {
             const std::uint64_t size = std::min(left, chunk);
             left -= size;
-            if (!move.Chunk(left, size, buffer.get())) return false;
+            if (!move.Chunk(left, size, buffer)) return false;
         }
         return true;
     }
     for (std::uint64_t offset = 0; offset < length;) {
         const std::uint64_t size = std::min(length - offset, chunk);
-        if (!move.Chunk(offset, size, buffer.get())) return false;
+        if (!move.Chunk(offset, size, buffer)) return false;
         offset += size;
     }
     return true;

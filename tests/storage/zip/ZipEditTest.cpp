@@ -230,6 +230,25 @@ TEST_F(ZipTest, RemovesOnlyWhatNobodyUses) {
                      erased->HasDirectoryPath({}));
     }
     ExpectSound(*top, {{"z", "z"}});
+    EXPECT_EQ(NamesOf(*top), "z");
+    EXPECT_TRUE(WriteMember(*top, "d/new", "n")) << "in a new directory, not in the one that is held";
+    ExpectSound(*top, {{"d/", ""}, {"d/new", "n"}, {"z", "z"}});
+}
+
+// Only the first one stands in the tree; another comes to light when it is gone and the archive is read again.
+TEST_F(ZipTest, MovesTheFirstOfMembersThatShareAName) {
+    RefPointer<Directory> top =
+        Mount(ArchiveBuilder().Stored("a", "1").Stored("A", "2").Stored("a", "3").Stored("z", "z").Bytes());
+    EXPECT_TRUE(WriteMember(*top, "A", kText) && top->Rename("a", "b"));
+    EXPECT_EQ(NamesOf(*top), "b,z");
+    top.Reset();
+    top = Remount();
+    EXPECT_EQ(NamesOf(*top), "A,b,z");
+    EXPECT_FALSE(top->Rename("a", "Z"));
+    EXPECT_TRUE(top->Move("a", top.Get(), "Z", true, false));
+    top.Reset();
+    top = Remount();
+    ExpectSound(*top, {{"a", "3"}, {"b", kText}, {"z", "2"}});
 }
 
 TEST_F(ZipTest, ChangesNothingInAReadOnlyArchive) {

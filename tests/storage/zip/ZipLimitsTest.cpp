@@ -1,0 +1,133 @@
+// The largest members, offsets and counts of the format.
+#include <fstream>
+#include <functional>
+
+#include "storage/zip/ZipFormat.h"
+#include "tests/storage/zip/ZipTest.h"
+#include "tests/support/ArchiveTools.h"
+#include "tests/support/StrictArchive.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZEMA::testing {
+namespace {
+
+const std::string kText(30000, 't');
+
+// Mounts an archive whose members begin behind as many zeros as leave `room` bytes before the end record would pass the
+// last offset.
+struct FarArchive {
+    FarArchive(BuiltArchive built, std::uint64_t room) {
+        const std::uint64_t start = kMaxOffset - built.endRecord - room;
+        const auto shift = static_cast<std::uint32_t>(start);
+        for (std::size_t i = 0; i < built.centralHeaders.size(); ++i) {
+            built.Set32(built.centralHeaders[i] + kCentralLocalHeaderOffset,
+                        static_cast<std::uint32_t>(built.localHeaders[i]) + shift);
+        }
+        built.Set32(built.endRecord + kEndDirectoryOffset, static_cast<std::uint32_t>(built.directory) + shift);
+        file = New<TailFile>(start, built.bytes, log);
+        volume = New<ZipStorageVolume>(file.Get(), kReadWriteStyle);
+        EXPECT_TRUE(volume->Open());
+        top = New<ZipStorageDirectory>("far", nullptr, volume.Get(), &volume->RootNode());
+    }
+
+    EventLog log;  // outlives the file
+    RefPointer<TailFile> file;
+    RefPointer<ZipStorageVolume> volume;
+    RefPointer<Directory> top;
+};
+
+TEST(ZipLimits, NoOffsetPassesThirtyTwoBits) {
+    const BuiltArchive built = ArchiveBuilder().Deflated("a", kText).Stored("b", "bbb").Build();
+    const std::string noise = NoiseBytes(20000);
+    const std::uint64_t newMember = kLocalHeaderSize + 3 + kCentralHeaderSize + 3;
+    const std::uint64_t growth = noise.size() - DeflateBytes(kText).size();
+    using Edit = std::function<void(Directory&)>;
+    const Edit add = [](Directory& top) { RefPointer<File>(top.OpenFile("new", &kReadWriteStyle, true, nullptr)); };
+    const Edit grow = [&noise](Directory& top) { WriteMember(top, "a", noise); };
+    const Edit shrink = [](Directory& top) { WriteMember(top, "a", "x"); };
+    const Edit remove = [](Directory& top) { top.Remove("a", false); };
+    const struct {
+        const char* what;
+        std::uint64_t room;
+        const Edit& edit;
+        bool changes;
+    } rows[] = {
+        {"a new member just fits", newMember, add, true}, {"one byte short", newMember - 1, add, false},
+        {"growth just fits", growth, grow, true},         {"growth by one byte too many", growth - 1, grow, false},
+        {"shrinking needs no room", 0, shrink, true},     {"nor does removing", 0, remove, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        FarArchive far(built, row.room);
+        const std::string before = far.file->Tail();
+        row.edit(*far.top);
+        EXPECT_EQ(far.file->Tail() != before, row.changes);
+        EXPECT_EQ(ReadMember(*far.top, "b"), "bbb");
+        const RefPointer<ZipStorageVolume> fresh = New<ZipStorageVolume>(far.file.Get(), kReadStyle);
+        ASSERT_TRUE(fresh->Open());
+        const RefPointer<Directory> again = New<ZipStorageDirectory>("far", nullptr, fresh.Get(), &fresh->RootNode());
+        EXPECT_EQ(ReadMember(*again, "b"), "bbb");
+        EXPECT_TRUE(row.changes || ReadMember(*far.top, "a") == kText);
+    }
+}
+
+TEST_F(ZipTest, HoldsNoMoreThanTheCountCan) {
+    ZEMA_NEEDS_TOOL("python3");
+    const TemporaryFolder folder;
+    ASSERT_TRUE(RunIn(folder.Path().string(),
+                      "python3 -c \"import zipfile\nz = zipfile.ZipFile('a.zip', 'w')\n"
+                      "for i in range(65534): z.writestr(str(i), '')\nz.close()\""));
+    const RefPointer<Directory> top = Mount(folder.Read("a.zip"));
+    ASSERT_TRUE(top);
+    EXPECT_TRUE(top->CreateDirectory("one more"));
+    const std::string full = Archive();
+    EXPECT_FALSE(top->CreateDirectory("too many") || DirectoryExists(*top, "too many"));
+    EXPECT_EQ(Archive(), full);
+    EXPECT_EQ(ReadStrictly(full).size(), 65535u);
+    EXPECT_TRUE(top->Remove("one more", false) && top->CreateDirectory("too many"));
+}
+
+// The most memory in use since the last call, in MiB; what is in use now becomes the most.
+std::size_t TakePeakMemory() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    std::size_t kilobytes = 0;
+    while (status >> word && word != "VmHWM:") continue;
+    status >> kilobytes;
+    std::ofstream("/proc/self/clear_refs") << 5;
+    return kilobytes / 1024;
+}
+
+TEST_F(ZipTest, CarriesThreeHundredMebibytes) {
+    ZEMA_NEEDS_TOOL("unzip");
+    constexpr std::size_t kPiece = 1 << 20;
+    std::string piece(kPiece, 'p');
+    const auto number = [&piece](std::uint32_t value) { StoreU32(piece.data() + value * 1000, value); };
+    const RefPointer<Directory> top = Mount("");
+    TakePeakMemory();
+    const std::size_t before = TakePeakMemory();
+    RefPointer<File> file(top->OpenFile("large", &kReadWriteStyle, true, nullptr));
+    for (std::uint32_t i = 0; i < 300; ++i) {
+        number(i);
+        ASSERT_TRUE(Write(*file, kPiece, piece.data()));
+    }
+    file.Reset();
+    EXPECT_LT(TakePeakMemory(), before + 350);
+
+    const std::size_t between = TakePeakMemory();
+    file = OpenMember(*top, "large", kReadStyle);
+    ASSERT_TRUE(file);
+    std::string read(kPiece, '\0');
+    piece.assign(kPiece, 'p');
+    for (std::uint32_t i = 0; i < 300; ++i) {
+        number(i);
+        ASSERT_TRUE(Read(*file, kPiece, read.data()) && read == piece);
+    }
+    EXPECT_LT(TakePeakMemory(), between + 350);
+    const TemporaryFolder folder;
+    folder.Write("a.zip", Archive());
+    EXPECT_TRUE(RunIn(folder.Path().string(), "unzip -tq a.zip"));
+}
+
+}  // namespace
+}  // namespace ZEMA::testing
