@@ -46,13 +46,5 @@ TEST(Format4Instructions, ReadsSteps) {
     EXPECT_EQ(instruction.steps[1]->a, Vector3());
 }
 
-TEST(Format4Instructions, KeepsWhatIsLeftOfFaultyOnes) {
-    const LoadedScene loaded(Root(Group(Part(1)) + Instruction(Step("cameraRefID='9'", PartRef(9) + PartRef(1)))));
-    const StorageScene::BIStep& step = *loaded->buildingInstructions[0].steps[0];
-    EXPECT_EQ(step.camera, nullptr);
-    EXPECT_EQ(step.parts.Size(), 1U);
-    EXPECT_EQ(loaded.loader->errors.Size(), 2U);
-}
-
 }  // namespace
 }  // namespace ZEMA::testing

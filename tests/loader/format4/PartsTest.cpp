@@ -81,10 +81,11 @@ TEST(Format4Parts, LaterPartOfANumberIsMeant) {
     EXPECT_EQ(loaded->buildingInstructions[0].steps[0]->parts[0].part.Get(), &loaded.Part(1));
 }
 
-// A part of this design in a document of that brick set, turned so that its own x axis is the model's -z axis.
+// A control point of this design in a document of that brick set, turned so that its own x axis is the model's -z axis.
 LoadedScene Corrected(std::uint32_t design, const std::string& brickSet) {
-    return LoadedScene(Root("<Meta>" + brickSet + "</Meta>" +
-                            Group(Part(1, "angle='90' tx='1' designID='" + std::to_string(design) + "'"))));
+    return LoadedScene(
+        Root("<Meta>" + brickSet + "</Meta>" +
+             Group(Part(1, "flexRefID='1' controlPoint='0' angle='90' designID='" + std::to_string(design) + "'"))));
 }
 
 std::string BrickSet(const std::string& version) {
@@ -101,26 +102,18 @@ std::string Before(const LegacyCorrection& row) {
     return VersionText(row.fixedInMajor, row.fixedInMinor - 1) + ".9";
 }
 
-TEST(Format4Parts, CorrectsOldPlacements) {
+TEST(Format4Parts, CorrectsOldDesigns) {
     for (const LegacyCorrection& row : LegacyCorrections()) {
-        if (row.successor != 0) continue;
         SCOPED_TRACE(row.design);
-        const Matrix4 offset = Corrected(row.design, BrickSet(Before(row))).Part(0).transformation;
-        EXPECT_NEAR(offset.m[12], 1, 1e-6);
-        EXPECT_NEAR(offset.m[14], 0.8, 1e-6) << "along the part's own x axis";
-        const Matrix4 kept =
-            Corrected(row.design, BrickSet(VersionText(row.fixedInMajor, row.fixedInMinor))).Part(0).transformation;
-        EXPECT_NEAR(kept.m[14], 0, 1e-6) << "no longer from that version on";
-    }
-}
-
-TEST(Format4Parts, ReplacesRetiredDesigns) {
-    for (const LegacyCorrection& row : LegacyCorrections()) {
-        if (row.successor == 0) continue;
-        SCOPED_TRACE(row.design);
-        const LoadedScene loaded = Corrected(row.design, BrickSet("1"));
-        EXPECT_EQ(loaded.Part(0).designID, row.successor);
-        EXPECT_NEAR(loaded.Part(0).transformation.m[14], 0, 1e-6) << "one correction at most";
+        const bool isRetired = row.successor != 0;
+        const LoadedScene loaded = Corrected(row.design, BrickSet(isRetired ? "1" : Before(row)));
+        EXPECT_EQ(loaded.Part(0).designID, isRetired ? row.successor : row.design);
+        EXPECT_EQ(loaded.Part(0).flex->designID, row.design) << "as it was read";
+        EXPECT_NEAR(loaded.Part(0).transformation.m[14], isRetired ? 0 : 0.8, 1e-6)
+            << "along the part's own x axis; one correction at most";
+        if (isRetired) continue;
+        const LoadedScene later = Corrected(row.design, BrickSet(VersionText(row.fixedInMajor, row.fixedInMinor)));
+        EXPECT_NEAR(later.Part(0).transformation.m[14], 0, 1e-6) << "no longer from that version on";
     }
 }
 
@@ -144,16 +137,6 @@ TEST(Format4Parts, CorrectsByTheVersionOfTheBrickSet) {
     const LoadedScene late(Root(Group(Part(1, "designID='" + std::to_string(retired->design) + "'")) + "<Meta>" +
                                 BrickSet("1") + "</Meta>"));
     EXPECT_EQ(late.Part(0).designID, retired->design) << "it must be known when the part is read";
-}
-
-TEST(Format4Parts, FlexTakesTheDesignAsItWasRead) {
-    const auto retired = std::find_if(LegacyCorrections().begin(), LegacyCorrections().end(),
-                                      [](const LegacyCorrection& row) { return row.successor != 0; });
-    const LoadedScene loaded(
-        Root("<Meta>" + BrickSet("1") + "</Meta>" +
-             Group(Part(1, "flexRefID='1' controlPoint='0' designID='" + std::to_string(retired->design) + "'"))));
-    EXPECT_EQ(loaded.Part(0).flex->designID, retired->design);
-    EXPECT_EQ(loaded.Part(0).designID, retired->successor);
 }
 
 }  // namespace
