@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -137,7 +138,7 @@ bool CopyPlan::AddOperand(const std::string& path) {
     if (RefusesPair(source, top.target)) return false;
     if (!CanRename(source, top.target)) return AddTree(top);
     if (!Takes(source, top.target)) return true;
-    if (RefusesPath(top)) return false;
+    if (RefusesName(top)) return false;
     AddStep(top, true);
     return true;
 }
@@ -206,8 +207,9 @@ bool CopyPlan::AddTree(const Pending& top) {
     while (!pending.empty()) {
         const Pending next = std::move(pending.back());
         pending.pop_back();
+        if (RefusesLength(next)) return false;
         if (!Takes(next.source, next.target)) continue;
-        if (RefusesPath(next)) return false;
+        if (RefusesName(next)) return false;
         AddStep(next, false);
         if (next.source.facts.IsFolder()) AddChildren(next, pending);
     }
@@ -271,12 +273,14 @@ StorageItem CopyPlan::ItemBelow(const StorageItem& top, const Step& step, const 
     return item;
 }
 
+bool CopyPlan::RefusesLength(const Pending& pending) {
+    if (std::max(pending.source.shown.size(), pending.target.shown.size()) <= kLongestPath) return false;
+    const std::string limit = std::to_string(kLongestPath);
+    return !Refuse(operands_.back().source.shown, "a path would be longer than " + limit + " bytes");
+}
+
 // The storage tree does not tell names apart that differ only in case.
-bool CopyPlan::RefusesPath(const Pending& pending) {
-    if (pending.source.shown.size() > kLongestPath || pending.target.shown.size() > kLongestPath) {
-        return !Refuse(operands_.back().source.shown,
-                       "a path would be longer than " + std::to_string(kLongestPath) + " bytes");
-    }
+bool CopyPlan::RefusesName(const Pending& pending) {
     if (pending.name.empty()) return false;
     // What goes into the target by itself has no step of its own there.
     const bool top = pending.folder == kNoStep || steps_[pending.folder].name.empty();

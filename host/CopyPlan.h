@@ -77,7 +77,8 @@ private:
     void TellOfHiddenFiles(const StorageItem& source);
     StorageItem ItemBelow(const StorageItem& top, const Step& step, const Place& place) const;
     bool RefusesPair(const StorageItem& source, const StorageItem& target);
-    bool RefusesPath(const Pending& pending);
+    bool RefusesLength(const Pending& pending);
+    bool RefusesName(const Pending& pending);
     bool RefusesSizes();
     bool RefusesSideBySide();
     bool Takes(const StorageItem& source, const StorageItem& target);

@@ -51,7 +51,7 @@ void AppendName(StorageItem& item, const std::string& name);
 
 // Paths that are longer are not followed into trees. The system takes no longer ones, and an archive of a few bytes can
 // hold a tree whose paths would fill any memory.
-inline constexpr std::size_t kLongestPath = 4096;  // bytes
+inline constexpr std::size_t kLongestPath = 4095;  // bytes
 
 // One entry of a folder.
 struct StorageEntry {
