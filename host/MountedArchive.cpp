@@ -52,7 +52,7 @@ RefPointer<File> OpenMemberFile(ZipStorageVolume& volume, ZipTreeNode& node, std
     } else if (member->method != kMethodStored && member->method != kMethodDeflated) {
         problem = "it is packed by a method that is not supported";
     } else {
-        problem = "it is damaged";
+        problem = "its records disagree, or it is damaged";
     }
     return nullptr;
 }

@@ -27,7 +27,7 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
         {{"--fast"}, "wqf: there is no option '--fast'\n"},
         {{"import"}, "wqf: no PATH is given\n"},
         {{"import", "--"}, "wqf: no PATH is given\n"},
-        {{"import", "--fast", "a.wqf"}, "wqf: The following argument was not expected: --fast\n"},
+        {{"import", "--fast", "a.wqf"}, "wqf: there is no option '--fast'\n"},
         {{"import", "--format", "yaml", "a.wqf"}, "wqf: --format: 'yaml' is none of text, json, ndjson, plist\n"},
         {{"import", "a.wqf", "--bundle"}, "wqf: --bundle: 1 required DIR missing\n"},
         {{"import", "--files0-from", "-", "a.wqf"}, "wqf: --files0-from and PATHs exclude each other\n"},

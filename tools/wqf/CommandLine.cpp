@@ -295,7 +295,9 @@ int RunCommand(const Command& command, const std::vector<std::string>& given) {
         return Print(parser.help());
     } catch (const CLI::ExtrasError&) {
         // Its own text would end at the first shield.
-        return WrongUse(command.name, "The following argument was not expected: " + Bared(parser.remaining().front()));
+        const std::string extra = parser.remaining().front();
+        return WrongUse(command.name, (extra.starts_with("-") ? "there is no option '" : "takes no argument, as '") +
+                                          Bared(extra) + "'");
     } catch (const CLI::ParseError& error) {
         // Its own exit codes go up to 115 and would be taken for something else.
         return WrongUse(command.name, WithoutShields(error.what()));
