@@ -1,5 +1,6 @@
 #include "MemoryVolume.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "storage/PathOperations.h"
@@ -29,14 +30,17 @@ public:
     ElementTimes GetTimes() override { return node_.times; }
 
     bool ReadAt(std::uint64_t offset, std::uint64_t size, void* buffer, std::uint64_t* done) override {
-        const bool whole = Seek(offset) && size <= node_.bytes.size() - offset && !volume_.Fails();
-        if (whole) std::memcpy(buffer, node_.bytes.data() + offset, size);
-        return Moved(whole, size, done);
+        if (!Seek(offset) || size > GetSize() - offset || volume_.Fails()) return Moved(false, size, done);
+        const std::uint64_t zeros = std::min(size, node_.zeros - std::min(offset, node_.zeros));
+        std::memset(buffer, 0, zeros);
+        if (size != zeros)
+            node_.bytes.copy(static_cast<char*>(buffer) + zeros, size - zeros, offset + zeros - node_.zeros);
+        return Moved(true, size, done);
     }
     bool WriteAt(std::uint64_t offset, std::uint64_t size, const void* buffer, std::uint64_t* done) override {
-        if (!Seek(offset) || volume_.Fails()) return Moved(false, size, done);
-        if (offset + size > node_.bytes.size()) node_.bytes.resize(offset + size);
-        std::memcpy(node_.bytes.data() + offset, buffer, size);
+        if (!Seek(offset) || offset < node_.zeros || volume_.Fails()) return Moved(false, size, done);
+        if (volume_.logsContents) volume_.log.push_back("write " + std::to_string(offset) + "+" + std::to_string(size));
+        node_.bytes.replace(offset - node_.zeros, size, static_cast<const char*>(buffer), size);
         return Moved(true, size, done);
     }
     bool Read(std::uint64_t size, void* buffer, std::uint64_t* done) override {
@@ -45,21 +49,24 @@ public:
     bool Write(std::uint64_t size, const void* buffer, std::uint64_t* done) override {
         return WriteAt(position_, size, buffer, done);
     }
-    std::uint64_t GetSize() override { return node_.bytes.size(); }
+    std::uint64_t GetSize() override { return node_.zeros + node_.bytes.size(); }
     bool SetSize(std::uint64_t size) override {
-        if (volume_.Fails()) return false;
-        node_.bytes.resize(size);
+        if (size < node_.zeros || volume_.Fails()) return false;
+        if (volume_.logsContents) volume_.log.push_back("size " + std::to_string(size));
+        node_.bytes.resize(size - node_.zeros);
         return true;
     }
     std::uint64_t GetPosition() override { return position_; }
     bool Seek(std::uint64_t position) override {
-        if (position > node_.bytes.size()) return false;
+        if (position > GetSize()) return false;
         position_ = position;
         return true;
     }
 
 protected:
-    ~MemoryFile() override = default;
+    ~MemoryFile() override {
+        if (volume_.logsContents) volume_.log.push_back("end");
+    }
 
 private:
     bool Moved(bool whole, std::uint64_t size, std::uint64_t* done) {

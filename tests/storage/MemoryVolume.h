@@ -17,6 +17,7 @@ std::string Bytes(const BasicArray<String>& components);  // joined by "/"
 struct MemoryNode {
     ElementFlags flags;
     ElementTimes times;
+    std::uint64_t zeros = 0;  // as many stand before the bytes, and stay
     std::string bytes;
     BasicMap<String, MemoryNode*, StringCaseInsensitiveLess<String>> children;
 
@@ -25,7 +26,8 @@ struct MemoryNode {
 
 // Outlives what is opened in it. Its failures are counted over all operations on the contents of files.
 struct MemoryVolume {
-    EventLog log;  // "make a", "read f"
+    EventLog log;               // "make a", "read f"
+    bool logsContents = false;  // also "write 10+5", "size 20", and "end" when the file goes
     bool refusesWriting = false;
     int failAt = 0;  // the operation that fails, from 1 on; 0 for none
     int operations = 0;

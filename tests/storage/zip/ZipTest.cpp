@@ -26,28 +26,6 @@ std::string NamesOf(Directory& directory) {
     return List(directory, "*", &listing) ? NamesIn(listing) : kNotRead;
 }
 
-bool TailFile::ReadAt(std::uint64_t offset, std::uint64_t size, void* buffer, std::uint64_t*) {
-    if (offset > GetSize() || size > GetSize() - offset) return false;
-    auto* bytes = static_cast<char*>(buffer);
-    for (; size != 0 && offset < start_; ++offset, --size) *bytes++ = 0;
-    if (size != 0) tail_.copy(bytes, size, offset - start_);
-    return true;
-}
-
-bool TailFile::WriteAt(std::uint64_t offset, std::uint64_t size, const void* buffer, std::uint64_t*) {
-    if (offset < start_ || offset > GetSize()) return false;
-    log_.push_back("write " + std::to_string(offset) + "+" + std::to_string(size));
-    tail_.replace(offset - start_, size, static_cast<const char*>(buffer), size);
-    return true;
-}
-
-bool TailFile::SetSize(std::uint64_t size) {
-    if (size < start_) return false;
-    log_.push_back("size " + std::to_string(size));
-    tail_.resize(size - start_);
-    return true;
-}
-
 ZipTest::ZipTest() {
     EXPECT_TRUE(ObjectFactory::Instance()->Register(&typeid(ZipStorageDirectory), New<ZipStorageFactory>().Get(),
                                                     &typeid(Directory)));
@@ -55,6 +33,7 @@ ZipTest::ZipTest() {
 
 MemoryNode& ZipTest::Put(const char* name, const std::string& bytes) {
     MemoryNode& node = *volume.Put(name, "");
+    node.zeros = 0;
     node.bytes = bytes;
     return node;
 }

@@ -21,33 +21,6 @@ std::string ReadMember(Directory& directory, const char* path);
 bool WriteMember(Directory& directory, const char* path, std::string_view bytes);  // made or replaced
 std::string NamesOf(Directory& directory);                                         // as NamesIn
 
-// A file of nearly any size that holds zeros up to `start` and then the tail, which alone can be written. Logs what
-// changes it, as "size 20" and "write 10+5", and its end.
-class TailFile : public File {
-public:
-    TailFile(std::uint64_t start, std::string tail, EventLog& log)
-        : File("tail", nullptr), start_(start), tail_(std::move(tail)), log_(log) {}
-
-    const std::string& Tail() const { return tail_; }
-
-    bool ReadAt(std::uint64_t offset, std::uint64_t size, void* buffer, std::uint64_t* done) override;
-    bool WriteAt(std::uint64_t offset, std::uint64_t size, const void* buffer, std::uint64_t* done) override;
-    bool Read(std::uint64_t, void*, std::uint64_t*) override { return false; }
-    bool Write(std::uint64_t, const void*, std::uint64_t*) override { return false; }
-    std::uint64_t GetSize() override { return start_ + tail_.size(); }
-    bool SetSize(std::uint64_t size) override;
-    std::uint64_t GetPosition() override { return 0; }
-    bool Seek(std::uint64_t) override { return false; }
-
-protected:
-    ~TailFile() override { log_.push_back("end"); }
-
-private:
-    std::uint64_t start_;
-    std::string tail_;
-    EventLog& log_;
-};
-
 // "mem" holds archives, which the ZIP factory mounts.
 class ZipTest : public StorageTest {
 protected:
