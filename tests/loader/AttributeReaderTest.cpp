@@ -38,13 +38,6 @@ TEST(AttributeReader, ReadsAsciiTextAsItReadsAnyOther) {
             other.replace(at, 1, "\u00b7");
         EXPECT_EQ(Floats(pattern, 3), Floats(other, 3)) << pattern;
     }
-    std::uint32_t ascii = 0;
-    std::uint32_t other = 0;
-    EXPECT_TRUE(ScanUnsigned("no. 12", ascii));
-    EXPECT_TRUE(ScanUnsigned("n\u00ba 12", other));
-    EXPECT_EQ(ascii, 12U);
-    EXPECT_EQ(other, 12U);
-    EXPECT_FALSE(ScanUnsigned("n\u00ba", other));
 }
 
 TEST(AttributeReader, ReadsNumberLists) {

@@ -1,4 +1,4 @@
-// Documents made to be too deep, too large or too wrong.
+// Documents made to be too large or too wrong. Deep ones are read by the tests of `wqf scene`.
 #include <gtest/gtest.h>
 
 #include "LoadedDocument.h"
@@ -7,13 +7,6 @@
 namespace ZEMA::testing {
 namespace {
 
-constexpr std::size_t kDepth = 200000;
-
-// Elements one inside another, the innermost with `content`.
-std::string Nested(const std::string& start, const std::string& content, const std::string& end) {
-    return Repeated(start, kDepth) + content + Repeated(end, kDepth);
-}
-
 // Each of `count` bricks with `#` in the text replaced by its number.
 std::string Numbered(const std::string& text, std::size_t count) {
     std::string result;
@@ -21,28 +14,6 @@ std::string Numbered(const std::string& text, std::size_t count) {
         for (const char c : text) c == '#' ? result += std::to_string(i) : result += c;
     }
     return result;
-}
-
-TEST(HostileDocument, NestsGroupsDeeply) {
-    const LoadedDocument document(
-        Wqfml(Bricks("") + "<GroupSystems><GroupSystem>" +
-              Nested("<Group name='g'>", "<Group partRefs='1'/>", "<Behavior BehaviorName='b'/></Group>") +
-              "</GroupSystem></GroupSystems>"));
-    EXPECT_FALSE(document.succeeded) << "the innermost names an unknown part";
-    EXPECT_EQ(document.Errors(), Words());
-    std::size_t depth = 0;
-    const auto* groups = &document.scene->groupSystems[0].groups;
-    for (; (*groups)[0]->behaviors.Size() == 1; groups = &(*groups)[0]->groups) ++depth;
-    EXPECT_EQ(depth, kDepth);
-    EXPECT_EQ((*groups)[0]->parts.Size(), 1U);
-}
-
-TEST(HostileDocument, NestsStepsDeeply) {
-    const LoadedDocument document(Wqfml(Bricks("") + "<BuildingInstructions><BuildingInstruction>" +
-                                        Nested("<Step>", "<PartRef partRef='1'/>", "<Camera cameraRef='1'/></Step>") +
-                                        "</BuildingInstruction></BuildingInstructions>"));
-    ASSERT_EQ(document.loader->errors.Size(), kDepth + 1);
-    EXPECT_EQ(document.loader->errorMask, 256U);
 }
 
 TEST(HostileDocument, HasManyBricksOfAsManyDesigns) {

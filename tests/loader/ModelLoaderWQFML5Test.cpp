@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "LoadedDocument.h"
 
 namespace ZEMA::testing {
@@ -12,110 +9,112 @@ namespace {
 
 using Scene = StorageScene2;
 
-// Collects what a scene holds in the notation of documents5.txt, so that one text shows all that a load left in it.
-class Outline {
-public:
-    explicit Outline(const Scene& scene) {
-        out_ << scene.cameras.Size() << (scene.bricksCamera ? "!" : "") << " cameras;";
-        for (const auto& brick : scene.bricks) Add(*brick);
-        for (const auto& system : scene.groupSystems) Add(system.groups);
-        for (const auto& system : scene.rigidSystems) Add(system);
-        for (const auto& instruction : scene.buildingInstructions) Add(instruction.events);
-    }
-    std::string Text() const { return out_.str(); }
+using Numbers = std::vector<unsigned long>;
 
-private:
-    void Add(const Scene::Brick& brick) {
-        out_ << " " << brick.designID << "{";
-        for (const auto& part : brick.parts) {
-            EXPECT_EQ(part->brick, &brick);
-            out_ << part->designID;
-            Add("[", part->materials);
-            Add("|", part->decoration);
-            out_ << "]" << std::string(part->bones.Size(), '*');
-        }
-        out_ << "}";
-    }
-    void Add(const char* before, const BasicArray<unsigned long>& numbers) {
-        for (const unsigned long& number : numbers) {
-            out_ << (&number == numbers.begin() ? before : ",") << number;
-        }
-    }
-    void Add(const BasicArray<RefPointer<Scene::Group>>& groups) {
-        for (const auto& group : groups) {
-            out_ << " group " << Utf8(group->name) << "(";
-            for (const auto& part : group->parts) out_ << (part ? "+" : "-");
-            Add(group->groups);
-            out_ << ")";
-        }
-    }
-    void Add(const Scene::RigidSystem& system) {
-        for (const auto& rigid : system.rigids) {
-            out_ << " rigid(";
-            for (const auto& bone : rigid->bones) out_ << (bone ? "+" : "-");
-            out_ << ")";
-        }
-        for (const auto& joint : system.joints) {
-            out_ << " joint" << joint.type << "(" << (joint.rigid1 ? "+" : "-") << (joint.rigid2 ? "+" : "-") << ")";
-        }
-    }
-    void Add(const BasicArray<RefPointer<Scene::BIEvent>>& events) {
-        for (const auto& event : events) {
-            if (event->type == Scene::BIEvent::kStep) {
-                out_ << " step(";
-                Add(static_cast<const Scene::BIStep&>(*event).events);
-                out_ << ")";
-            } else if (event->type == Scene::BIEvent::kCamera) {
-                out_ << " camera" << (static_cast<const Scene::BICamera&>(*event).camera ? "+" : "-");
-            } else {
-                out_ << " part" << (static_cast<const Scene::BIPart&>(*event).part ? "+" : "-");
-            }
-        }
-    }
-
-    std::ostringstream out_;
-};
-
-// One document of documents5.txt, which says how they are written.
-struct Case {
-    std::string what;
-    std::string text;
-    Words errors;
-    std::string outcome;
-};
-
-std::vector<Case> Cases() {
-    std::ifstream file(ZEMA_DOCUMENTS);
-    std::vector<Case> cases(1);
-    bool isWhole = true;
-    for (std::string line; std::getline(file, line);) {
-        Case& last = cases.back();
-        if (line.starts_with("#")) {
-            isWhole = line.starts_with("##");
-            last = {line, {}, {}, {}};
-        } else if (line.starts_with("! ")) {
-            last.errors.push_back(line.substr(2));
-        } else if (line.starts_with("= ")) {
-            last.outcome = line.substr(2);
-            if (!isWhole) last.text = Wqfml(last.text);
-            cases.emplace_back();
-        } else {
-            last.text += line;
-        }
-    }
-    cases.pop_back();
-    return cases;
+Numbers NumbersOf(const BasicArray<unsigned long>& numbers) {
+    return {numbers.begin(), numbers.end()};
 }
 
-TEST(ModelLoaderWQFML5, GoesOnAfterWhatIsWrong) {
-    const std::vector<Case> cases = Cases();
-    EXPECT_GT(cases.size(), 10U);
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.what);
-        const LoadedDocument document(one.text);
-        EXPECT_EQ(document.Errors(), one.errors);
-        EXPECT_EQ((document.succeeded ? "true " : "false ") + Outline(*document.scene).Text(), one.outcome);
+// The objects in the list, "+", and the empty places, "-".
+template <class T>
+std::string Places(const BasicArray<RefPointer<T>>& list) {
+    std::string places;
+    for (const auto& object : list) places += object ? "+" : "-";
+    return places;
+}
+
+TEST(ModelLoaderWQFML5, JudgesTheRootBeforeTheRest) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"", "parserError"},
+        {"<<WQFML versionMajor='4'/>", "parserError"},
+        {"<WQFML versionMajor='5'><Bricks></WQFML>", "parserError"},
+        {"<Model><a></Model>", "unknown error detail missingWQFMLTag"},
+        {"<wqfml versionMajor='5'><Bricks/></wqfml>", "unknown error detail missingWQFMLTag"},
+        {"<WQFML versionMajor='4' versionMinor='0'><a></WQFML>", "versionError expected Version 5 actual Version 4"},
+        {"<WQFML versionMajor='five'><Bricks/></WQFML>", "versionError expected Version 5 actual Version 0"},
+    };
+    for (const auto& [text, error] : rows) {
+        SCOPED_TRACE(text);
+        const LoadedDocument document(text);
+        EXPECT_FALSE(document.succeeded);
+        EXPECT_EQ(document.Errors(), Words{error});
     }
+}
+
+TEST(ModelLoaderWQFML5, ReadsTheFirstSectionOfANameOnly) {
+    const LoadedDocument document(Wqfml(Bricks("") + Bricks(BrickWithBone())));
+    EXPECT_TRUE(document.succeeded && document.scene->bricks.Empty());
+    const LoadedDocument none(Wqfml("<Cameras><Camera refID='1'/></Cameras><bricks/>"));
+    EXPECT_FALSE(none.succeeded) << "there must be one of bricks";
+    EXPECT_EQ(none.Errors(), Words());
+    EXPECT_EQ(none.scene->cameras.Size(), 1U);
+}
+
+TEST(ModelLoaderWQFML5, LeavesOutWhatIsWrongWithAllBelow) {
+    const LoadedDocument document(Wqfml(
+        "<Cameras><Camera/><Camera refID='1'/><Camera refID='1'/><camera/></Cameras><Bricks cameraRef='1'>"
+        "<Brick designID='1'><Part/></Brick><Brick refID='1'/><Brick refID='1' designID='0'/><brick/>"
+        "<Brick refID='1' designID='4'>"
+        "<Part designID='2'><Bone/></Part><Part refID='1'/><Part refID='1' designID='x'/>"
+        "<Part refID='1' designID='5' materials=''><Bone/></Part>"
+        "<Part refID='1' designID='6' materials='1,x,3' decoration='5,6'><Bone/><Bone refID='1'/><Bone "
+        "refID='1'/></Part>"
+        "<Part refID='1' designID='7' materials='5'><Bone/></Part>"
+        "<Part refID='2' designID='8' materials='5' decoration='x'/>"
+        "</Brick><Brick refID='1' designID='5'><Part/></Brick></Bricks><GroupSystems><GroupSystem/></GroupSystems>"));
+    EXPECT_FALSE(document.succeeded);
+    const std::string part = "partError error detail ";
+    EXPECT_EQ(document.Errors(),
+              (Words{"cameraError error detail missingRefID", "cameraError error detail reusedRefID",
+                     "brickError error detail missingRefID", "brickError error detail missingDesignID",
+                     "brickError error detail missingDesignID", part + "missingRefID", part + "missingDesignID",
+                     part + "missingDesignID", part + "missingMaterial design id 5", part + "wrongMaterial design id 6",
+                     "boneError error detail missingRefID", "boneError error detail reusedRefID", part + "reusedRefID",
+                     part + "wrongDecoration design id 8", "brickError error detail reusedRefID"}));
+    EXPECT_EQ(document.loader->errorMask, 8U | 16U | 32U | 64U);
+    EXPECT_EQ(document.scene->bricksCamera, document.scene->cameras[0]);
+    ASSERT_EQ(document.scene->bricks.Size(), 1U);
+    ASSERT_EQ(document.scene->bricks[0]->parts.Size(), 2U);
+    EXPECT_EQ(NumbersOf(document.Part(0).materials), (Numbers{1, 0, 3}));
+    EXPECT_EQ(NumbersOf(document.Part(0).decoration), (Numbers{0, 5, 6}));
+    EXPECT_EQ(document.Part(0).bones.Size(), 1U);
+    EXPECT_EQ(NumbersOf(document.Part(0, 1).decoration), (Numbers{0, 0}));
+    for (const auto& kept : document.scene->bricks[0]->parts) EXPECT_EQ(kept->brick, document.scene->bricks[0].Get());
+    EXPECT_TRUE(document.scene->groupSystems.Empty()) << "a failing bricks section ends the load";
+}
+
+TEST(ModelLoaderWQFML5, LeavesPlacesForUnknownReferences) {
+    const LoadedDocument document(Wqfml(
+        Bricks(BrickWithBone()) +
+        "<GroupSystems><GroupSystem><Group partRefs='1,99,x'><Group partRefs='1'/></Group></GroupSystem></GroupSystems>"
+        "<RigidSystems><RigidSystem><Rigid boneRefs='1'/><Rigid refID='1' boneRefs='1,2'/><Rigid refID='1'/>"
+        "<Joint type='hinge'><RigidRef rigidRef='2'/></Joint><Joint/><Joint type='Ball'/></RigidSystem>"
+        "<RigidSystem><Joint type='hinge'><RigidRef rigidRef='2'/><RigidRef/></Joint><Rigid refID='2'/></RigidSystem>"
+        "</RigidSystems><BuildingInstructions><BuildingInstruction><PartRef/><Camera cameraRef='9'/><Camera/>"
+        "<Step><PartRef/><Step/><PartRef partRef='1'/></Step></BuildingInstruction></BuildingInstructions>"));
+    EXPECT_FALSE(document.succeeded);
+    EXPECT_EQ(document.Errors(),
+              (Words{"rigidError error detail missingRefID", "rigidError error detail reusedRefID", "jointError",
+                     "jointError", "jointError", "biError error detail nonExistingCamera",
+                     "biError error detail nonExistingPart"}));
+    const Scene::Group& group = *document.scene->groupSystems[0].groups[0];
+    EXPECT_EQ(Places(group.parts), "+--");
+    EXPECT_EQ(Places(group.groups[0]->parts), "+");
+    const auto& systems = document.scene->rigidSystems;
+    ASSERT_EQ(systems[0].rigids.Size(), 1U);
+    EXPECT_EQ(Places(systems[0].rigids[0]->bones), "+-");
+    EXPECT_TRUE(systems[0].joints.Empty());
+    ASSERT_EQ(systems[1].joints.Size(), 1U) << "joints come after all rigids of their system";
+    EXPECT_EQ(systems[1].joints[0].rigid1, systems[1].rigids[0]);
+    EXPECT_EQ(systems[1].joints[0].rigid2, nullptr);
+    const auto& events = document.scene->buildingInstructions[0].events;
+    ASSERT_EQ(events.Size(), 2U);
+    EXPECT_EQ(static_cast<const Scene::BICamera&>(*events[0]).camera, nullptr);
+    const auto& inStep = static_cast<const Scene::BIStep&>(*events[1]).events;
+    ASSERT_EQ(inStep.Size(), 3U);
+    EXPECT_EQ(static_cast<const Scene::BIPart&>(*inStep[0]).part, nullptr);
+    EXPECT_EQ(inStep[1]->type, Scene::BIEvent::kStep);
+    EXPECT_EQ(static_cast<const Scene::BIPart&>(*inStep[2]).part.Get(), &document.Part(0));
 }
 
 TEST(ModelLoaderWQFML5, ReadsNamesMetadataAndCameras) {
@@ -148,13 +147,11 @@ TEST(ModelLoaderWQFML5, KeepsWhatCouldBeReadOfBehaviors) {
     const LoadedDocument document(
         Wqfml("<Behaviors>" + behavior + "</Behaviors>" +
               Bricks("<Brick refID='1' designID='1'>" + behavior + "<Part refID='1' designID='1' materials='1'>" +
-                     behavior + "<Bone refID='1'>" + behavior + "</Bone></Part></Brick>") +
-              "<GroupSystems><GroupSystem/></GroupSystems>"));
+                     behavior + "<Bone refID='1'>" + behavior + "</Bone></Part></Brick>")));
     EXPECT_FALSE(document.succeeded);
     EXPECT_EQ(document.Errors(), Words());
     Scene& scene = *document.scene;
     ASSERT_EQ(scene.bricks.Size(), 1U);
-    EXPECT_TRUE(scene.groupSystems.Empty()) << "a failing bricks section ends the load";
     auto& part = document.Part(0);
     for (auto* list : {&scene.behaviors, &scene.bricks[0]->behaviors, &part.behaviors, &part.bones[0]->behaviors}) {
         ASSERT_EQ(list->Size(), 2U);

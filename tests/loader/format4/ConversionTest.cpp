@@ -22,7 +22,8 @@ TEST(Conversion, FirstPartGivesABrickItsNumbers) {
     const std::string assembly = "assemblyRefID='1' assemblyID='99' ";
     const ConvertedDocument document(
         Root(Group(Part(1, assembly + "designID='1' itemNos='a'") + FlexPart(3, 1, "designID='5' itemNos='c'") +
-                   Part(2, assembly + "designID='2' itemNos='b'") + FlexPart(4, 0, "designID='6' itemNos='d'"))));
+                   Part(2, "assemblyRefID='1' assemblyID='98' designID='2' itemNos='b'") +
+                   FlexPart(4, 0, "designID='6' itemNos='d'"))));
     const auto& bricks = document->bricks;
     ASSERT_EQ(bricks.Size(), 2U);
     EXPECT_EQ(bricks[0]->designID, 99U);

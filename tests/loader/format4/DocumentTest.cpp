@@ -69,23 +69,6 @@ TEST(Format4Document, ReadsGroupsAndTheirNumbers) {
     EXPECT_EQ(loaded->models[0].joints[0].rigid2, nullptr) << "no group has the number of none";
 }
 
-TEST(Format4Document, ReadsJoints) {
-    const LoadedScene loaded(
-        Root(Model("<Group refID='1'/><Group refID='2'/>"
-                   "<Joint name='j' type='ball'><GroupRef groupRef='1' ax='1' ay='0' zx='0' zy='1' zz='0' tx='4'/>"
-                   "<Other/><GroupRef tz='6' groupRef='2'/></Joint><Joint type='hinge'/>")));
-    const auto& joints = loaded->models[0].joints;
-    ASSERT_EQ(joints.Size(), 2U);
-    EXPECT_EQ(Utf8(joints[0].name), "j");
-    EXPECT_EQ(joints[0].rigid1, loaded->models[0].rigids[0]);
-    EXPECT_EQ(joints[0].rigid2, loaded->models[0].rigids[1]);
-    const Vector3 vectors[] = {joints[0].a1, joints[0].z1, joints[0].t1, joints[0].a2, joints[0].z2, joints[0].t2};
-    const Vector3 expected[] = {{1, 0, 0}, {0, 1, 0}, {4, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 6}};
-    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(vectors[i], expected[i]) << i;
-    EXPECT_EQ(joints[0].type, 0U);
-    EXPECT_EQ(joints[1].type, 1U);
-}
-
 // A joint's handlers leave at the first closing "Joint", also when that closes one inside; what follows is then read as
 // if it stood in the model.
 TEST(Format4Document, JointEndsAtTheFirstClosingTag) {
@@ -95,6 +78,31 @@ TEST(Format4Document, JointEndsAtTheFirstClosingTag) {
     EXPECT_TRUE(loaded.succeeded);
     EXPECT_EQ(loaded->models[0].joints.Size(), 1U);
     EXPECT_EQ(loaded->models[0].rigids.Size(), 4U);
+}
+
+using Steps = BasicArray<RefPointer<StorageScene::BIStep>>;
+
+// Names of steps, nested ones in parentheses.
+std::string Outline(const Steps& steps) {
+    std::string outline;
+    for (const auto& step : steps) {
+        outline += Utf8(step->name);
+        if (!step->steps.Empty()) outline.append("(").append(Outline(step->steps)).append(")");
+    }
+    return outline;
+}
+
+TEST(Format4Document, NestsSteps) {
+    const std::string steps =
+        Step("name='a'", Step("name='b'") + "<Other>" + Step("name='x'") + "</Other>" + "<PartRef partRefID='1'>" +
+                             Step("name='c'", Step("name='\xC3\xA4'")) + "</PartRef>") +
+        "<Other/>" + Step("name='e'");
+    const LoadedScene loaded(Root(Group(Part(1)) + Instruction(steps) + Instruction("")));
+    EXPECT_TRUE(loaded.succeeded);
+    ASSERT_EQ(loaded->buildingInstructions.Size(), 2U);
+    EXPECT_EQ(Utf8(loaded->buildingInstructions[0].name), "bi");
+    EXPECT_EQ(Outline(loaded->buildingInstructions[0].steps), "a(bc(\xC3\xA4))e")
+        << "a step in a part reference counts";
 }
 
 }  // namespace
