@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <random>
 
 #include "host/JsonWriter.h"
@@ -18,119 +18,95 @@ namespace ZEMA::testing {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using Vector = std::array<double, 3>;
-using Matrix = std::array<Vector, 4>;  // the rows of the rotation, then the translation
+using Numbers = std::vector<std::size_t>;
 
 struct Placement {
-    Vector axis, move;
-    double degrees;
+    Vector3 axis, move;
+    std::size_t degrees;
+
+    Matrix4 Matrix() const {
+        return Matrix4::FromAxisAngle(axis, static_cast<float>(degrees) * kRadiansPerDegree, move);
+    }
 };
 
 // Of one part or, where it is flexible, of its pieces at all control points.
 struct Part {
-    int brick, design;
+    std::size_t brick, design;
     bool isFlexible;
-    std::vector<int> materials, decoration;  // by surface; 0 stands for none
-    std::vector<int> pieces;                 // by control point
+    Numbers materials, decoration;  // by surface; 0 stands for none
+    Numbers pieces;                 // by control point
 };
 
 struct Brick {
-    int assembly;  // its design, or 0
-    std::vector<int> parts;
+    std::size_t assembly;  // its design, or 0
+    Numbers parts;
 };
 
 // "Part" in format 4, "Bone" in format 5.
 struct Piece {
-    int part;
+    std::size_t part;
     std::size_t point;
     Placement placement;
-    Matrix standing;  // in the model
+    Matrix4 standing;  // in the model
 };
 
 struct Group {
     Placement placement;
-    std::vector<int> pieces;
+    Numbers pieces;
 };
 
 struct Joint {
-    int groups[2];  // of the system
-    Vector a, t;
+    std::size_t groups[2];  // of the system
+    Vector3 a, t;           // of the first end
     bool isHinge;
 };
 
 struct System {
+    std::size_t firstGroup;  // counted through all systems
     std::vector<Group> groups;
     std::vector<Joint> joints;
 };
 
 struct Placed {
-    int piece;
+    std::size_t piece;
     bool exploded;
     Placement placement;
 };
 
 struct Step {
-    int camera;  // -1 is none
+    std::optional<std::size_t> camera;
     bool exploded;
     std::vector<Placed> pieces;
     std::vector<Step> steps;
 };
 
-Vector Times(const Vector& v, const Matrix& m) {
-    Vector result{};
-    for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t k = 0; k < 3; ++k) result[i] += v[k] * m[k][i];
-    }
-    return result;
+std::string Text(const char* name, const Vector3& vector) {
+    const auto component = [&](char axis, float value) {
+        return " " + std::string(name) + axis + "='" + std::to_string(value) + "'";
+    };
+    return component('x', vector.x) + component('y', vector.y) + component('z', vector.z);
 }
 
-// Rodrigues' formula, applied to each row of the identity.
-Matrix MatrixOf(const Placement& placement) {
-    const Vector& axis = placement.axis;
-    const double length = std::hypot(axis[0], axis[1], axis[2]);
-    const double angle = placement.degrees * std::acos(-1.0) / 180;
-    Matrix result{};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t i = 0; i < 3; ++i) {
-            const double along = axis[row] * axis[i] / (length * length);
-            const std::size_t other = 3 - row - i;  // neither of two different axes
-            const double turned = row == i ? 0 : axis[other] / length * ((i + 3 - row) % 3 == 1 ? 1 : -1);
-            result[row][i] = along * (1 - std::cos(angle)) + (row == i ? std::cos(angle) : turned * std::sin(angle));
-        }
-    }
-    result[3] = placement.move;
-    return result;
-}
-
-std::string Text(const Matrix& matrix) {
-    std::string text;
-    for (const Vector& row : matrix) {
-        for (const double number : row) text += (text.empty() ? "" : ",") + std::to_string(number);
-    }
-    return " transformation='" + text + "'";
-}
-
-std::string Text(const char* name, const Vector& vector) {
-    std::string text;
-    for (std::size_t i = 0; i < 3; ++i) {
-        text += " " + std::string(name) + "xyz"[i] + "='" + std::to_string(vector[i]) + "'";
-    }
-    return text;
-}
-
-std::string Text(const Placement& placement) {
-    return Text("a", placement.axis) + Text("t", placement.move) + " angle='" + std::to_string(placement.degrees) + "'";
-}
-
-std::string Text(const char* name, int number) {
+std::string Text(const char* name, std::size_t number) {
     return " " + std::string(name) + "='" + std::to_string(number) + "'";
 }
 
-template <class Numbers>
-std::string List(const char* name, Numbers first, Numbers last) {
+std::string Text(const Placement& placement) {
+    return Text("a", placement.axis) + Text("t", placement.move) + Text("angle", placement.degrees);
+}
+
+std::string List(const char* name, const Numbers& numbers, std::size_t first = 0) {
     std::string text;
-    for (; first != last; ++first) text += (text.empty() ? "" : ",") + std::to_string(*first);
+    for (std::size_t i = first; i < numbers.size(); ++i) text += (i == first ? "" : ",") + std::to_string(numbers[i]);
     return text.empty() ? "" : " " + std::string(name) + "='" + text + "'";
+}
+
+std::string Text(const Matrix4& matrix) {
+    std::string text;
+    for (std::size_t i = 0; i < 15; ++i) {
+        if (i % 4 != 3) text += (text.empty() ? "" : ",") + std::to_string(matrix.m[i]);
+    }
+    return " transformation='" + text + "'";
 }
 
 std::string Enclosed(const std::string& element, const std::string& attributes, const std::string& content) {
@@ -141,112 +117,108 @@ std::string Enclosed(const std::string& element, const std::string& attributes, 
 class GeneratedModel {
 public:
     explicit GeneratedModel(std::uint32_t seed) : random_(seed) {
-        for (int i = Below(4) + 1; i > 0; --i) cameras_.push_back(AnyPlacement());
-        std::vector<int> waiting;  // pieces of bricks that are begun
-        for (int i = Below(3) + 1; i > 0; --i) MakeSystem(waiting);
-        systems_.emplace_back();
+        for (std::size_t i = Below(4) + 1; i > 0; --i) cameras_.push_back(AnyPlacement());
+        Numbers waiting;  // pieces of bricks that are begun
+        for (std::size_t i = Below(3) + 1; i > 0; --i) MakeSystem(waiting);
+        BeginSystem();
         while (!waiting.empty()) MakeGroup(waiting);
-        for (int i = Below(5); i > 0; --i) steps_.push_back(MakeStep(0));
+        for (std::size_t i = Below(5); i > 0; --i) steps_.push_back(MakeStep(0));
     }
 
     std::string Format4() const {
-        std::string cameras, models, steps;
-        for (std::size_t i = 0; i < cameras_.size(); ++i) cameras += Camera(i, Text(cameras_[i]));
-        int group = 0;
-        for (const System& system : systems_) models += Enclosed("Model", "", System4(system, group));
+        std::string models, steps;
+        for (const System& system : systems_) models += System4(system);
         for (const Step& step : steps_) steps += Step4(step);
-        return Document(4, cameras, Enclosed("Scene", " cameraRefID='0'", models), steps);
+        return Document(4, Enclosed("Scene", " cameraRefID='0'", models), steps);
     }
 
     std::string Format5() const {
-        std::string cameras, bricks, systems, steps;
-        for (std::size_t i = 0; i < cameras_.size(); ++i) cameras += Camera(i, Text(MatrixOf(cameras_[i])));
+        std::string bricks, systems, steps;
         for (std::size_t i = 0; i < bricks_.size(); ++i) bricks += Brick5(i);
-        int group = 0;
-        for (const System& system : systems_) systems += Enclosed("RigidSystem", "", System5(system, group));
+        for (const System& system : systems_) systems += System5(system);
         std::vector<bool> placed(parts_.size());
         for (const Step& step : steps_) steps += Step5(step, placed);
-        return Document(5, cameras,
-                        Enclosed("Bricks", " cameraRef='0'", bricks) + Enclosed("RigidSystems", "", systems), steps);
+        return Document(5, Enclosed("Bricks", " cameraRef='0'", bricks) + Enclosed("RigidSystems", "", systems), steps);
     }
 
 private:
-    int Below(int limit) { return static_cast<int>(random_() % static_cast<std::uint32_t>(limit)); }
-    bool OneIn(int chances) { return Below(chances) == 0; }
-    Vector AnyVector() { return {Below(80) / 4.0 - 10, Below(80) / 4.0 - 10, Below(80) / 4.0 + 0.25}; }
-    Placement AnyPlacement() { return {AnyVector(), AnyVector(), OneIn(2) ? 0.0 : Below(360)}; }
+    std::size_t Below(std::size_t limit) { return random_() % limit; }
+    bool OneIn(std::size_t chances) { return Below(chances) == 0; }
+    float AnyNumber() { return static_cast<float>(Below(80)) / 4 - 10; }
+    Vector3 AnyVector() { return {AnyNumber(), AnyNumber(), AnyNumber() + 0.125F}; }
+    Placement AnyPlacement() { return {AnyVector(), AnyVector(), OneIn(2) ? 0 : Below(360)}; }
 
-    void MakeBrick(std::vector<int>& waiting) {
-        const int partCount = OneIn(3) ? Below(3) + 1 : 0;  // of an assembly
+    void MakeBrick(Numbers& waiting) {
+        const std::size_t partCount = OneIn(3) ? Below(3) + 1 : 0;  // of an assembly
         bricks_.push_back({partCount == 0 ? 0 : Below(900) + 1000, {}});
-        for (int i = std::max(partCount, 1); i > 0; --i) {
-            Part part{static_cast<int>(bricks_.size()) - 1, Below(900) + 1, OneIn(4), {Below(300) + 1}, {}, {}};
+        for (std::size_t i = std::max<std::size_t>(partCount, 1); i > 0; --i) {
+            Part part{bricks_.size() - 1, Below(900) + 1, OneIn(4), {Below(300) + 1}, {}, {}};
             while (OneIn(3)) part.materials.push_back(OneIn(3) ? 0 : Below(300) + 1);
             if (part.materials.back() == 0) part.materials.back() = 1;
             if (OneIn(4)) part.decoration = {0, Below(2) * 600, 601 + Below(9)};
-            for (int point = part.isFlexible ? Below(4) : 0; point >= 0; --point) {
-                waiting.push_back(static_cast<int>(pieces_.size()));
-                pieces_.push_back({static_cast<int>(parts_.size()), part.pieces.size(), AnyPlacement(), {}});
+            for (std::size_t left = part.isFlexible ? Below(4) + 1 : 1; left > 0; --left) {
+                waiting.push_back(pieces_.size());
+                pieces_.push_back({parts_.size(), part.pieces.size(), AnyPlacement(), {}});
                 part.pieces.push_back(waiting.back());
             }
             parts_.push_back(part);
         }
     }
 
-    void MakeSystem(std::vector<int>& waiting) {
-        systems_.emplace_back();
-        for (int i = Below(4) + 1; i > 0; --i) MakeGroup(waiting);
-        const int count = static_cast<int>(systems_.back().groups.size());
+    void BeginSystem() {
+        const bool isFirst = systems_.empty();
+        systems_.push_back({isFirst ? 0 : systems_.back().firstGroup + systems_.back().groups.size(), {}, {}});
+    }
+
+    void MakeSystem(Numbers& waiting) {
+        BeginSystem();
+        for (std::size_t i = Below(4) + 1; i > 0; --i) MakeGroup(waiting);
+        const std::size_t count = systems_.back().groups.size();
         while (count > 1 && OneIn(2)) {
-            Vector axis{};
-            axis[static_cast<std::size_t>(Below(3))] = OneIn(2) ? 1 : -1;
-            const int group = Below(count - 1);
-            systems_.back().joints.push_back({{group, group + 1}, axis, AnyVector(), OneIn(2)});
+            const float sign = OneIn(2) ? 1 : -1;
+            const Vector3 axes[] = {{sign, 0, 0}, {0, sign, 0}, {0, 0, sign}};
+            const std::size_t group = Below(count - 1);
+            systems_.back().joints.push_back({{group, group + 1}, axes[Below(3)], AnyVector(), OneIn(2)});
         }
     }
 
-    void MakeGroup(std::vector<int>& waiting) {
+    void MakeGroup(Numbers& waiting) {
         Group group{AnyPlacement(), {}};
-        for (int i = Below(6); i >= 0; --i) {
+        for (std::size_t i = Below(6) + 1; i > 0; --i) {
             if (systems_.size() < 3 && OneIn(2)) MakeBrick(waiting);
             if (waiting.empty()) continue;
-            std::swap(waiting[static_cast<std::size_t>(Below(static_cast<int>(waiting.size())))], waiting.back());
+            std::swap(waiting[Below(waiting.size())], waiting.back());
             group.pieces.push_back(waiting.back());
             waiting.pop_back();
-            Stand(pieces_[At(group.pieces.back())], group.placement);
+            Stand(pieces_[group.pieces.back()], group.placement);
         }
         systems_.back().groups.push_back(group);
     }
 
     // The conversion makes bricks and parts when it meets the first of their pieces.
     void Stand(Piece& piece, const Placement& group) {
-        const Matrix own = MatrixOf(piece.placement), outer = MatrixOf(group);
-        for (std::size_t row = 0; row < 4; ++row) piece.standing[row] = Times(own[row], outer);
-        for (std::size_t i = 0; i < 3; ++i) piece.standing[3][i] += outer[3][i];
-        const int brick = parts_[At(piece.part)].brick;
-        std::vector<int>& parts = bricks_[At(brick)].parts;
+        piece.standing = piece.placement.Matrix() * group.Matrix();
+        const std::size_t brick = parts_[piece.part].brick;
+        Numbers& parts = bricks_[brick].parts;
         if (parts.empty()) brickOrder_.push_back(brick);
         if (std::find(parts.begin(), parts.end(), piece.part) == parts.end()) parts.push_back(piece.part);
     }
 
-    Step MakeStep(int depth) {
-        Step step{OneIn(3) ? Below(static_cast<int>(cameras_.size())) : -1, OneIn(3), {}, {}};
+    Step MakeStep(std::size_t depth) {
+        Step step{{}, OneIn(3), {}, {}};
+        if (OneIn(3)) step.camera = Below(cameras_.size());
         while (!pieces_.empty() && !OneIn(4)) {
-            step.pieces.push_back({Below(static_cast<int>(pieces_.size())), OneIn(3), AnyPlacement()});
+            step.pieces.push_back({Below(pieces_.size()), OneIn(3), AnyPlacement()});
         }
         while (depth < 4 && OneIn(2)) step.steps.push_back(MakeStep(depth + 1));
         return step;
     }
 
-    static std::size_t At(int index) { return static_cast<std::size_t>(index); }
-
-    static std::string Camera(std::size_t index, const std::string& placement) {
-        return "<Camera name='C' distance='7.5' fieldOfView='40'" + Text("refID", static_cast<int>(index)) + placement +
-               "/>";
-    }
-
-    static std::string Document(int format, const std::string& cameras, const std::string& scene,
-                                const std::string& steps) {
+    std::string Document(std::size_t format, const std::string& scene, const std::string& steps) const {
+        std::string cameras;
+        for (std::size_t i = 0; i < cameras_.size(); ++i) {
+            cameras += "<Camera name='C' distance='7.5' fieldOfView='40'" + Text("refID", i) + Text(cameras_[i]) + "/>";
+        }
         return Enclosed(
             "WQFML", Text("versionMajor", format) + " versionMinor='0'",
             "<Meta><Author name='N' x='y'/><Description>some &lt;text&gt;</Description></Meta>" +
@@ -254,99 +226,95 @@ private:
                 Enclosed("BuildingInstructions", "", Enclosed("BuildingInstruction", " name='B&#246;'", steps)));
     }
 
-    std::string Piece4(int index) const {
-        const Piece& piece = pieces_[At(index)];
-        const Part& part = parts_[At(piece.part)];
-        const int assembly = bricks_[At(part.brick)].assembly;
+    std::string Piece4(std::size_t index) const {
+        const Piece& piece = pieces_[index];
+        const Part& part = parts_[piece.part];
+        const std::size_t assembly = bricks_[part.brick].assembly;
         std::string attributes = Text("refID", index) + Text("designID", part.design) + Text(piece.placement) +
                                  Text("materialID", part.materials[0]) + Text("itemNos", part.brick);
         if (assembly != 0) attributes += Text("assemblyRefID", part.brick) + Text("assemblyID", assembly);
         if (part.isFlexible) {
-            attributes += Text("flexRefID", piece.part) + Text("controlPoint", static_cast<int>(piece.point));
+            attributes += Text("flexRefID", piece.part) + Text("controlPoint", piece.point);
         }
         std::string surfaces;
         for (std::size_t i = 1; i < part.materials.size(); ++i) {
-            surfaces +=
-                "<SubMaterial" + Text("surfaceID", static_cast<int>(i)) + Text("materialID", part.materials[i]) + "/>";
+            surfaces += "<SubMaterial" + Text("surfaceID", i) + Text("materialID", part.materials[i]) + "/>";
         }
         for (std::size_t i = part.decoration.size(); i-- > 1;) {
-            surfaces += "<Decoration" + Text("surfaceID", static_cast<int>(i)) +
-                        Text("decorationID", part.decoration[i]) + "/>";
+            surfaces += "<Decoration" + Text("surfaceID", i) + Text("decorationID", part.decoration[i]) + "/>";
         }
         return Enclosed("Part", attributes, surfaces);
     }
 
-    std::string System4(const System& system, int& group) const {
+    static std::string Joints(const System& system, const std::string& element, const char* reference,
+                              bool areHingesSwapped) {
         std::string text;
-        const int first = group;
-        for (const Group& each : system.groups) {
-            std::string pieces;
-            for (const int piece : each.pieces) pieces += Piece4(piece);
-            text += Enclosed("Group", Text("refID", group++) + Text(each.placement), pieces);
-        }
         for (const Joint& joint : system.joints) {
-            std::string ends;
-            for (const int end : joint.groups) {
-                ends += "<GroupRef" + Text("groupRef", first + end) + Text("a", joint.a) + Text("t", joint.t) + "/>";
-            }
-            // What format 4 calls a hinge has always come out as the other type.
-            text += Enclosed("Joint", joint.isHinge ? " type='ball'" : " type='hinge'", ends);
+            const Vector3 z{joint.a.y, joint.a.z, joint.a.x};
+            const auto end = [&](std::size_t group, const std::string& vectors) {
+                return "<" + element + Text(reference, system.firstGroup + group) + vectors + "/>";
+            };
+            const std::string type = joint.isHinge != areHingesSwapped ? "hinge" : "ball";
+            text += Enclosed("Joint", " name='J' type='" + type + "'",
+                             end(joint.groups[0], Text("a", joint.a) + Text("z", z) + Text("t", joint.t)) +
+                                 end(joint.groups[1], Text("a", z)));
         }
         return text;
+    }
+
+    std::string System4(const System& system) const {
+        std::string text;
+        std::size_t refID = system.firstGroup;
+        for (const Group& each : system.groups) {
+            std::string pieces;
+            for (const std::size_t piece : each.pieces) pieces += Piece4(piece);
+            text += Enclosed("Group", Text("refID", refID++) + Text(each.placement), pieces);
+        }
+        // What format 4 calls a hinge has always come out as the other type.
+        return Enclosed("Model", "", text + Joints(system, "GroupRef", "groupRef", true));
     }
 
     std::string Step4(const Step& step) const {
         std::string content;
         for (const Placed& placed : step.pieces) {
-            content += "<PartRef" + Text("partRefID", placed.piece) + (placed.exploded ? " exploded=''" : "") +
+            content += "<PartRef" + Text("partRefID", placed.piece) + (placed.exploded ? " exploded='0'" : "") +
                        Text(placed.placement) + "/>";
         }
         for (const Step& nested : step.steps) content += Step4(nested);
-        return Enclosed("Step", (step.camera < 0 ? "" : Text("cameraRefID", step.camera)) + Exploded(step, "''"),
+        return Enclosed("Step", (step.camera ? Text("cameraRefID", *step.camera) : "") + Exploded(step, "'no'"),
                         content);
     }
 
     static std::string Exploded(const Step& step, const std::string& value) {
-        return " name='S'" + (step.exploded ? " exploded=" + value + Text("a", Vector{1, 2, 3}) : "");
+        return " name='S'" + (step.exploded ? " exploded=" + value + Text("a", Vector3{1, 2, 3}) : "");
     }
 
     std::string Brick5(std::size_t position) const {
-        const int index = brickOrder_[position];
-        const Brick& brick = bricks_[At(index)];
+        const std::size_t index = brickOrder_[position];
+        const Brick& brick = bricks_[index];
         std::string content;
-        for (const int number : brick.parts) {
-            const Part& part = parts_[At(number)];
+        for (const std::size_t number : brick.parts) {
+            const Part& part = parts_[number];
             std::string bones;
-            for (const int piece : part.pieces) {
-                bones += "<Bone" + Text("refID", piece) + Text(pieces_[At(piece)].standing) + "/>";
+            for (const std::size_t piece : part.pieces) {
+                bones += "<Bone" + Text("refID", piece) + Text(pieces_[piece].standing) + "/>";
             }
-            const auto& decoration = part.decoration;
-            const auto decorated = decoration.empty() ? decoration.begin() : decoration.begin() + 1;
             content += Enclosed("Part",
                                 Text("refID", number) + Text("designID", part.design) +
-                                    List("materials", part.materials.begin(), part.materials.end()) +
-                                    List("decoration", decorated, decoration.end()),
+                                    List("materials", part.materials) + List("decoration", part.decoration, 1),
                                 bones);
         }
-        const int design = brick.assembly != 0 ? brick.assembly : parts_[At(brick.parts[0])].design;
+        const std::size_t design = brick.assembly != 0 ? brick.assembly : parts_[brick.parts[0]].design;
         return Enclosed("Brick", Text("refID", index) + Text("designID", design) + Text("itemNos", index), content);
     }
 
-    std::string System5(const System& system, int& group) const {
+    std::string System5(const System& system) const {
         std::string text;
-        const int first = group;
+        std::size_t refID = system.firstGroup;
         for (const Group& each : system.groups) {
-            text += "<Rigid" + Text("refID", group++) + Text(MatrixOf(each.placement)) +
-                    List("boneRefs", each.pieces.begin(), each.pieces.end()) + "/>";
+            text += "<Rigid" + Text("refID", refID++) + Text(each.placement) + List("boneRefs", each.pieces) + "/>";
         }
-        for (const Joint& joint : system.joints) {
-            std::string ends;
-            for (const int end : joint.groups) {
-                ends += "<RigidRef" + Text("rigidRef", first + end) + Text("a", joint.a) + Text("t", joint.t) + "/>";
-            }
-            text += Enclosed("Joint", joint.isHinge ? " type='hinge'" : " type='ball'", ends);
-        }
-        return text;
+        return Enclosed("RigidSystem", "", text + Joints(system, "RigidRef", "rigidRef", false));
     }
 
     // Nested steps come before parts, and of a flexible element only the first reference counts.
@@ -354,20 +322,20 @@ private:
         std::string content;
         for (const Step& nested : step.steps) content += Step5(nested, placed);
         for (const Placed& each : step.pieces) {
-            const int part = pieces_[At(each.piece)].part;
-            if (parts_[At(part)].isFlexible && placed[At(part)]) continue;
-            placed[At(part)] = true;
+            const std::size_t part = pieces_[each.piece].part;
+            if (parts_[part].isFlexible && placed[part]) continue;
+            placed[part] = true;
             content += "<PartRef" + Text("partRef", part) +
-                       (each.exploded ? " exploded='1'" + Text(MatrixOf(each.placement)) : "") + "/>";
+                       (each.exploded ? " exploded='1'" + Text(each.placement) : "") + "/>";
         }
-        const std::string camera = step.camera < 0 ? "" : "<Camera" + Text("cameraRef", step.camera) + "/>";
+        const std::string camera = step.camera ? "<Camera" + Text("cameraRef", *step.camera) + "/>" : "";
         return camera + Enclosed("Step", Exploded(step, "'true'"), content);
     }
 
     std::mt19937 random_;
     std::vector<Placement> cameras_;
     std::vector<Brick> bricks_;
-    std::vector<int> brickOrder_;
+    Numbers brickOrder_;
     std::vector<Part> parts_;
     std::vector<Piece> pieces_;
     std::vector<System> systems_;
