@@ -58,15 +58,6 @@ TEST(DocumentFinder, SearchesFoldersInTheOrderOfBytes) {
     EXPECT_TRUE(none.empty());
 }
 
-TEST(DocumentFinder, TakesANamedFileWhateverItsEnding) {
-    const TemporaryFolder folder;
-    folder.Write("notes.txt", "x");
-    ASSERT_EQ(mkfifo((folder / "pipe.wqf").c_str(), 0666), 0);
-    EXPECT_EQ(Found(folder, folder / "notes.txt"), (Lines{"/notes.txt"}));
-    EXPECT_EQ(Found(folder, folder / "gone.wqf"), (Lines{"/gone.wqf: No such file or directory"}));
-    EXPECT_EQ(Found(folder, folder / "pipe.wqf"), (Lines{"/pipe.wqf: is a pipe, not a regular file"}));
-}
-
 TEST(DocumentFinder, ShowsAFolderThatItMayNotRead) {
     if (geteuid() == 0) GTEST_SKIP() << "nothing is forbidden to root";
     const TemporaryFolder folder;

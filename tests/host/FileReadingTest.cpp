@@ -5,7 +5,6 @@
 
 #include <filesystem>
 
-#include "host/PathList.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA::testing {
@@ -42,23 +41,6 @@ TEST(FileReading, OpensRegularFilesOnly) {
     std::string problem;
     EXPECT_FALSE(ReadRegularFile(folder / "file", 2, problem));
     EXPECT_EQ(problem, "is too large");
-}
-
-TEST(PathList, HasAZeroByteBetweenPaths) {
-    const TemporaryFolder folder;
-    const struct {
-        std::string bytes;
-        std::vector<std::string> paths;
-    } rows[] = {
-        {"", {}},
-        {"a\nb", {"a\nb"}},
-        {std::string("a\0b\0", 4), {"a", "b"}},
-        {std::string("a\0\0\xFF", 4), {"a", "", "\xFF"}},
-    };
-    std::string problem;
-    for (const auto& row : rows) EXPECT_EQ(ReadPathList(folder.Write("list", row.bytes), problem), row.paths);
-    EXPECT_FALSE(ReadPathList(folder.Path().string(), problem));
-    EXPECT_EQ(problem, "Is a directory");
 }
 
 }  // namespace ZEMA::testing

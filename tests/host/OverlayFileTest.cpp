@@ -76,10 +76,4 @@ TEST_F(OverlayFileTest, KeepsToItsBounds) {
     EXPECT_EQ(BytesOf(*readOnly), before_);
 }
 
-TEST_F(OverlayFileTest, TellsWhatTheSystemSaid) {
-    const RefPointer<OverlayFile> file = New<OverlayFile>(original_.Get(), original_.Get());  // not open for writing
-    EXPECT_FALSE(WriteAt(*file, 0, 1, "x"));
-    EXPECT_NE(file->Error(), 0);
-}
-
 }  // namespace ZEMA::testing

@@ -49,10 +49,6 @@ private:
 
 }  // namespace
 
-TEST(PluginHost, LoadsACopyOfTheBundle) {
-    EXPECT_EQ(BrokenBundle().Problem(), "");
-}
-
 TEST(PluginHost, PutsABrokenPropertyListIntoWords) {
     const struct {
         std::string from;

@@ -60,12 +60,4 @@ TEST(RecordText, WritesOneObjectForEachInput) {
     EXPECT_EQ(Written(RecordFormat::Json, {}), "[]\n");
 }
 
-TEST(RecordText, WritesAPropertyListOfTheSameObjects) {
-    const std::string list = Written(RecordFormat::PropertyList, {kBad});
-    EXPECT_EQ(list.substr(list.find("<array>")),
-              "<array>\n\t<dict>\n\t\t<key>path</key>\n\t\t<string>b\xEF\xBF\xBD</string>\n\t\t<key>imported</key>\n"
-              "\t\t<false/>\n\t\t<key>attributes</key>\n\t\t<dict>\n\t\t</dict>\n\t\t<key>error</key>\n"
-              "\t\t<string>no  way</string>\n\t</dict>\n</array>\n</plist>\n");
-}
-
 }  // namespace ZEMA::testing

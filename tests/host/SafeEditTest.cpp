@@ -47,8 +47,13 @@ protected:
     }
 
     const TemporaryFolder folder_;
-    const std::string before_ =
-        ArchiveBuilder().Stored("a", "first").Stored("twin", "1").Deflated("b/c", "deep").Stored("twin", "2").Bytes();
+    const std::string before_ = ArchiveBuilder()
+                                    .Stored("a", "first")
+                                    .Stored("twin", "1")
+                                    .Deflated("b/c", "deep")
+                                    .Stored("twin", "2")
+                                    .Stored("Twin", "3")
+                                    .Bytes();
     const std::string path_ = folder_.Write("x", before_);
     StorageTree tree_;
     std::string problem_;
@@ -71,10 +76,10 @@ TEST_F(SafeEditTest, DoesAllOrNothing) {
     ASSERT_TRUE(Write(*edit, {"b", "C"}, "changed"));
     ASSERT_TRUE(edit->AddFolder(Path({"d", "e"}), problem_));
     ASSERT_TRUE(edit->Remove(Path({"a"}), problem_));
-    ASSERT_TRUE(edit->Remove(Path({"twin"}), problem_)) << "both members of the name";
+    ASSERT_TRUE(edit->Remove(Path({"twin"}), problem_)) << "both members of the name, as it is spelled";
     ASSERT_TRUE(edit->Commit(problem_)) << problem_;
     const std::map<std::string, std::string> expected = {
-        {"b/c", "changed"}, {"b/new", std::string(300000, 'n')}, {"d/", ""}, {"d/e/", ""}};
+        {"b/c", "changed"}, {"b/new", std::string(300000, 'n')}, {"d/", ""}, {"d/e/", ""}, {"Twin", "3"}};
     EXPECT_EQ(ReadStrictly(folder_.Read("x")), expected);
 }
 

@@ -66,21 +66,6 @@ TEST(StorageTree, FindsWhereAnArchiveEnds) {
     for (const auto& row : rows) EXPECT_EQ(Found(folder, row.path), row.found) << row.path;
 }
 
-TEST(StorageTree, ListsNamesThatAreNoText) {
-    const TemporaryFolder folder;
-    folder.Write("b\xFF", "");
-    folder.Write("a", "");
-    StorageTree tree;
-    std::string problem;
-    std::vector<StorageEntry> entries;
-    const std::optional<StorageItem> item = tree.Find(folder.Path(), problem);
-    ASSERT_TRUE(tree.List(*item, entries, problem));
-    ASSERT_EQ(entries.size(), 2u);
-    EXPECT_EQ(entries[0].name, "a");
-    EXPECT_TRUE(tree.Child(*item, entries[1].name).facts.IsFile());
-    EXPECT_EQ(MemberName(entries[1].name), std::nullopt);
-}
-
 // A command sees an archive as it was when it met it, also when it is replaced meanwhile.
 TEST(StorageTree, KeepsAnArchiveAsItWas) {
     const TemporaryFolder folder;

@@ -44,4 +44,14 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
     }
 }
 
+TEST(CommandLine, SaysWhyThereIsNoDocument) {
+    for (const char* command : {"import", "check"}) {
+        for (const std::string path : {"gone", ""}) {
+            const Result result = Wqf({command, path});
+            EXPECT_EQ(result.exit, 1);
+            EXPECT_EQ(result.err, "wqf: " + path + ": No such file or directory\n") << command;
+        }
+    }
+}
+
 }  // namespace ZEMA::testing
