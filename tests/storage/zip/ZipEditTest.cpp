@@ -25,6 +25,20 @@ TEST_F(ZipTest, OpenMembersKeepTheirPlaceWhileOthersMove) {
     ExpectSound(*top, {{"a", "x"}, {"z", "last"}, {"new", noise}});
 }
 
+TEST_F(ZipTest, CountsDescriptorsToTheirMembers) {
+    ArchiveMember member;
+    member.name = "m";
+    member.contents = kText;
+    member.sums = ArchiveMember::Sums::Behind;
+    const std::string folder = ArchiveBuilder().Folder("d/").Bytes();
+    const RefPointer<Directory> top = Mount(ArchiveBuilder().Add(member).Bytes());
+    ASSERT_TRUE(top->CreateDirectory("d"));
+    ExpectSound(*top, {{"m", kText}, {"d/", ""}});
+    ASSERT_TRUE(top->Remove("m", false));
+    ExpectSound(*top, {{"d/", ""}});
+    EXPECT_EQ(Archive().size(), folder.size()) << "nothing is left of it";
+}
+
 TEST_F(ZipTest, PacksWhatGetsSmaller) {
     const struct {
         const char* what;
