@@ -35,25 +35,25 @@ void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force, Stor
         } else if (force || !IsWriteProtected(real))
             edit = SafeEdit::Begin(real, problem);
         if (!edit) report.Fail(archive, problem);
-        edits_[real] = std::move(edit);
+        edits_[real] = {archive, std::move(edit)};
     }
 }
 
 SafeEdit* ArchiveEdits::Find(const std::string& archive) const {
     const auto found = edits_.find(RealPath(archive));
-    return found == edits_.end() ? nullptr : found->second.get();
+    return found == edits_.end() ? nullptr : found->second.edit.get();
 }
 
 void ArchiveEdits::GiveUp(const std::string& archive, const std::string& path, const std::string& problem,
                           StorageReport& report) {
     report.Fail(path, problem);
     report.Note("'" + archive + "' is left as it was");
-    edits_[RealPath(archive)].reset();
+    edits_[RealPath(archive)].edit.reset();
 }
 
 bool ArchiveEdits::Commit(const std::string& archive, StorageReport& report) {
     std::string problem;
-    const std::unique_ptr<SafeEdit> edit = std::move(edits_[RealPath(archive)]);
+    const std::unique_ptr<SafeEdit> edit = std::move(edits_[RealPath(archive)].edit);
     if (!edit) return false;
     if (edit->Commit(problem)) return true;
     report.Fail(archive, problem);
@@ -62,7 +62,7 @@ bool ArchiveEdits::Commit(const std::string& archive, StorageReport& report) {
 
 void ArchiveEdits::CommitAll(StorageReport& report) {
     for (const auto& item : edits_) {
-        if (item.second) Commit(item.first, report);
+        if (item.second.edit) Commit(item.second.given, report);
     }
 }
 

@@ -32,7 +32,11 @@ public:
     void CommitAll(StorageReport& report);
 
 private:
-    std::map<std::string, std::unique_ptr<SafeEdit>> edits_;  // by paths without links
+    struct Edit {
+        std::string given;  // the path as the user knows it
+        std::unique_ptr<SafeEdit> edit;
+    };
+    std::map<std::string, Edit> edits_;  // by paths without links
 };
 
 // Whether a file may only be replaced with force.

@@ -15,8 +15,10 @@ MountedArchive::Pointer MountedArchive::Open(const std::string& path, std::strin
     if (!archive->file_.IsOpen()) return nullptr;
     fstat(archive->file_.Get(), &archive->status_);
     const RefPointer<OverlayFile> file = New<OverlayFile>(archive->file_.Get(), -1);
-    if (!archive->Mount(*file, problem)) return nullptr;
-    return archive;
+    if (archive->Mount(*file, problem)) return archive;
+    // What cannot be read may well be an archive, and must not be replaced as if it were none.
+    if (file->Error() != 0) problem = SystemError(file->Error());
+    return nullptr;
 }
 
 MountedArchive::Pointer MountedArchive::OpenMember(const Pointer& outer, ZipTreeNode& node, std::string& problem) {

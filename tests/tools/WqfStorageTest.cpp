@@ -260,6 +260,31 @@ TEST(WqfStorage, KeepsPermissionsTimesAndLinks) {
     });
 }
 
+// Each call that touches files fails once, until the command makes no more of them.
+TEST(WqfStorage, LeavesTheOldArchiveWhicheverCallFails) {
+    const Scene scene;
+    const std::string names = scene.Run("ls -A").out;
+    for (const char* command : {"cp b.txt x.wqf", "mv x.wqf/a.txt x.wqf/dir", "rm -r x.wqf/dir", "mkdir x.wqf/q"}) {
+        for (const std::string call : {"pread", "pwrite", "fchmod", "fsync", "rename"}) {
+            const std::string fail =
+                "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 LD_PRELOAD=" ZEMA_FAILING_CALLS " FAIL_CALL=" +
+                call + " FAIL_NUMBER=";
+            int number = 1;
+            // Whether the folder's new entry is on the disk is asked when all is in place.
+            for (; number < 100 && (call != "fsync" || number == 1); ++number) {
+                SCOPED_TRACE(command + (" " + call) + " " + std::to_string(number));
+                const Result result = scene.Run(fail + std::to_string(number) + " $WQF " + command);
+                if (result.exit == 0) break;
+                EXPECT_NE(result.err, "");
+                EXPECT_EQ(scene.Folder().Read("x.wqf"), Scene::Archive());
+                EXPECT_EQ(scene.Run("ls -A").out, names);
+            }
+            EXPECT_GT(number, 1) << call << " does not fail";
+            scene.Folder().Write("x.wqf", Scene::Archive());
+        }
+    }
+}
+
 TEST(WqfStorage, LeavesTheOldOrTheNewArchiveWhenKilled) {
     const Scene scene;
     scene.Folder().Write("noise", NoiseBytes(2000000));
