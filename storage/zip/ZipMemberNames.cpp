@@ -1,31 +1,19 @@
 #include "storage/zip/ZipMemberNames.h"
 
-#include <algorithm>
 #include <string_view>
 
 #include "core/BasicArray.h"
+#include "storage/PathComponents.h"
 #include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {
 
 namespace {
 
-// The text of one part of a name; the empty text when it cannot be decoded.
-String DecodePart(std::string_view bytes) {
-    String text;
-    const auto length = static_cast<std::uint32_t>(bytes.size());
-    const bool ascii = std::none_of(bytes.begin(), bytes.end(), [](char byte) { return (byte & 0x80) != 0; });
-    if (ascii) {
-        text.AssignBytes(bytes.data(), length);
-    } else {
-        text.FromBytes(TextEncoding::Utf8, bytes.data(), length);
-    }
-    return text;
-}
-
-// Whether a part that can be decoded may be a name in the tree.
-bool IsUsablePart(std::string_view bytes) {
-    return !bytes.empty() && bytes != "." && bytes != ".." && bytes.find('\0') == std::string_view::npos;
+// Whether a text may be a name in the tree. Asked of the text and not of its bytes: a byte-order mark in front of them
+// is dropped, and what is left may be "..".
+bool IsUsable(const String& text) {
+    return IsPlainName(text) && text.Find('\0') == npos;
 }
 
 enum class PathKind { Usable, Unusable, Broken };
@@ -37,12 +25,12 @@ PathKind DecodePath(std::string_view path, BasicArray<String>& parts) {
     while (!path.empty()) {
         const std::string_view part = path.substr(0, path.find('/'));
         path.remove_prefix(part.size() + 1);
-        parts.PushBack(DecodePart(part));
+        parts.PushBack(FromUtf8(part));
         if (part.empty()) {
             hasEmptyPart = true;
         } else if (parts.Back().IsEmpty()) {
             return PathKind::Unusable;  // no text, so nothing can be said of its parts
-        } else if (!IsUsablePart(part)) {
+        } else if (!IsUsable(parts.Back())) {
             kind = PathKind::Unusable;
         }
     }
@@ -54,9 +42,9 @@ PathKind DecodePath(std::string_view path, BasicArray<String>& parts) {
 bool ZipNamePlacer::Place(std::string_view name, ZipFileHeader& member) {
     const std::string_view path = name.substr(0, name.rfind('/') + 1);  // npos + 1 is 0
     const std::string_view last = name.substr(path.size());
-    const String lastName = DecodePart(last);
+    const String lastName = FromUtf8(last);
     if (!last.empty() && lastName.IsEmpty()) return true;
-    const bool usable = last.empty() ? !path.empty() : IsUsablePart(last);
+    const bool usable = last.empty() ? !path.empty() : IsUsable(lastName);
 
     if (path != lastPath_.View()) {
         BasicArray<String> parts;
@@ -80,7 +68,7 @@ bool ZipNamePlacer::Place(std::string_view name, ZipFileHeader& member) {
 
 bool BuildMemberName(const ZipTreeNode& parent, const String& name, bool directory, AString& path) {
     const AString last = name.ToAString();
-    if (!IsUsablePart(last.View()) || last.View().find('/') != std::string_view::npos) return false;
+    if (last.IsEmpty() || !IsUsable(name)) return false;
     BasicArray<const ZipTreeNode*> folders;
     for (const ZipTreeNode* node = &parent; node->Parent() != nullptr; node = node->Parent()) folders.PushBack(node);
 
