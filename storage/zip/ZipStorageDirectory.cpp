@@ -62,7 +62,11 @@ bool ZipStorageDirectory::Remove(const String& name, bool force) {
     }
     if (!volume_->RemoveMembers(members)) return false;
     child->Erase(subtree);
-    ForgetOpenChild(name);
+    // Not an archive that is mounted under this name, as "x.zip" is under "x": it is still there.
+    const auto open = GetOpenChildren().Find(name);
+    if (open == GetOpenChildren().end()) return true;
+    const auto* directory = dynamic_cast<const ZipStorageDirectory*>(open->second);
+    if (directory != nullptr && directory->Node().IsErased()) ForgetOpenChild(name);
     return true;
 }
 

@@ -218,6 +218,10 @@ TEST_F(ZipTest, MountsArchivesInArchives) {
     EXPECT_EQ(ReadMember(*root, "mem/a.wqf/d/deflated.wqf/dir/two.txt"), kText + kText);
     EXPECT_TRUE(WriteMember(*root, "mem/a.wqf/d/deflated.wqf/three.txt", kText));
     EXPECT_EQ(ReadStrictly(ReadStrictly(BytesOf("a.wqf"))["d/deflated.wqf"])["three.txt"], kText);
+    const RefPointer<Directory> top = Open("mem/a.wqf");
+    const RefPointer<Directory> stored = Open("mem/a.wqf/stored.zip");
+    EXPECT_TRUE(WriteMember(*top, "stored", kText) && top->Remove("stored", false));
+    EXPECT_EQ(Open("mem/a.wqf/stored"), stored) << "not the member that is gone";
 }
 
 }  // namespace
