@@ -108,13 +108,13 @@ bool LoadDeflated(File& archive, ZipFileHeader& member) {
 }
 
 // Deflates all segments into `output`, which is as large as the contents, and sums their bytes on the way, also when
-// the output is full. True when the packed form fits.
+// the output is full or null. True when the packed form fits.
 bool DeflateAll(const ZipFileHeader& member, unsigned char* output, std::uint32_t& packedSize, Crc32& crc) {
     Deflater deflater;
     z_stream& stream = deflater.stream;
     stream.next_out = output;
     stream.avail_out = member.uncompressedSize;
-    int result = deflater.Ready() ? Z_OK : Z_STREAM_ERROR;
+    int result = deflater.Ready() && output != nullptr ? Z_OK : Z_STREAM_ERROR;
     for (const Segment& segment : member.segments) {
         const std::uint32_t size = UsedBytes(member, segment);
         crc.Update(segment.data, size);
@@ -146,11 +146,10 @@ bool LoadContents(File& archive, ZipFileHeader& member) {
     return loaded;
 }
 
-bool PackContents(const ZipFileHeader& member, PackedContents& packed) {
-    packed = PackedContents();
-    if (member.uncompressedSize == 0) return true;
+PackedContents PackContents(const ZipFileHeader& member) {
+    PackedContents packed;
+    if (member.uncompressedSize == 0) return packed;
     MallocBytes output = AllocateBytes(member.uncompressedSize);
-    if (!output) return false;
     Crc32 crc;
     if (DeflateAll(member, output.get(), packed.size, crc)) {
         packed.method = kMethodDeflated;
@@ -160,7 +159,7 @@ bool PackContents(const ZipFileHeader& member, PackedContents& packed) {
         packed.size = member.uncompressedSize;
     }
     packed.crc32 = crc.Value();
-    return true;
+    return packed;
 }
 
 bool WritePackedContents(File& archive, const ZipFileHeader& member, const PackedContents& packed) {

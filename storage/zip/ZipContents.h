@@ -27,8 +27,8 @@ struct PackedContents {
     MallocBytes bytes;       // null: the segments are stored as they are
 };
 
-// Deflates the contents, or leaves them stored where that would not make them fit. False when memory runs out.
-[[nodiscard]] bool PackContents(const ZipFileHeader& member, PackedContents& packed);
+// Deflates the contents, or leaves them stored where they would not become smaller or there is no memory for it.
+PackedContents PackContents(const ZipFileHeader& member);
 
 // Writes packed contents at the member's data offset.
 [[nodiscard]] bool WritePackedContents(File& archive, const ZipFileHeader& member, const PackedContents& packed);

@@ -44,15 +44,12 @@ private:
 
 }  // namespace
 
-// The offsets of a sound archive: every member before the directory, every header in the directory before the end
+// The offsets of a sound archive: every member before the directory, every entry of the directory before the end
 // record, the record inside the file.
 bool ZipStorageVolume::CanEdit() const {
     if (!IsWritable() || damaged_ || directoryOverruns_) return false;
     const ZipFileHeader* last = fileOrder_.Last();
     if (last != nullptr && last->localHeaderOffset >= endRecord_.directoryOffset) return false;
-    const ZipFileHeader* lastListed = directoryOrder_.Last();
-    if (lastListed != nullptr && centralDirectoryEnd_ - CentralHeaderPosition(*lastListed) < kCentralHeaderSize)
-        return false;
     return GetSize(*archive_) >= std::uint64_t{endRecord_.position} + kEndRecordSize;
 }
 

@@ -5,8 +5,8 @@
 namespace ZEMA {
 
 bool ZipStorageVolume::WriteBack(ZipFileHeader& member) {
-    PackedContents packed;
-    if (!CanEdit() || !PackContents(member, packed)) return false;
+    if (!CanEdit()) return false;
+    const PackedContents packed = PackContents(member);
     if (!ResizeData(member, packed.size)) return false;
     if (!WritePackedContents(*archive_, member, packed)) return false;
     if (packed.method != member.method && !WriteMethod(member, packed.method)) return false;
