@@ -17,8 +17,9 @@ ROOMS = {
     "scene": ["core"],
     "loader": ["xml", "scene", "storage", "registry", "core"],
     "importer": ["loader", "xml", "scene", "storage/zip", "storage", "registry", "core", "platform"],
-    "host": ["importer", "loader", "xml", "scene", "storage/zip", "storage", "registry", "core", "platform"],
-    "tools/wqf": ["host", "importer", "loader", "xml", "scene", "storage/zip", "storage", "registry", "core", "platform"],
+    "host": ["importer", "loader", "xml", "scene", "storage", "registry", "core", "platform"],
+    "host/storage": ["host", "storage/zip", "storage", "core"],
+    "tools/wqf": ["host/storage", "host", "importer", "loader", "scene", "storage", "core", "platform"],
 }
 
 # Foreign header: the rooms that may include it, and in which files.

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "host/Output.h"
-#include "host/StorageReader.h"
-#include "host/StorageTree.h"
+#include "host/storage/StorageReader.h"
+#include "host/storage/StorageTree.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/StorageCommands.h"
 

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/EntryText.h"
+#include "host/storage/EntryText.h"
 #include "host/Output.h"
-#include "host/ReplacementFile.h"
-#include "host/StorageTree.h"
+#include "host/storage/ReplacementFile.h"
+#include "host/storage/StorageTree.h"
 #include "host/Utf8Text.h"
 #include "storage/MatchPattern.h"
 #include "tools/wqf/Commands.h"

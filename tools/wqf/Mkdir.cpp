@@ -1,6 +1,6 @@
 // wqf mkdir: makes folders, inside archives and outside.
 
-#include "host/StorageMaking.h"
+#include "host/storage/StorageMaking.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {

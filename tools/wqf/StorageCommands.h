@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "host/CopyPlan.h"
-#include "host/StorageRemoval.h"
-#include "host/StorageReport.h"
+#include "host/storage/CopyPlan.h"
+#include "host/storage/StorageRemoval.h"
+#include "host/storage/StorageReport.h"
 
 namespace ZEMA {
 
