@@ -1,5 +1,8 @@
 #include "storage/MacOSXFile.h"
 
+#include <string>
+#include <vector>
+
 #include "tests/storage/local/LocalTree.h"
 
 namespace ZEMA {
@@ -43,15 +46,17 @@ TEST(MacOSXFile, SaysHowManyBytesItMoved) {
     const LocalTree tree;
     tree.folder.Write("file", "0123456789");
     const RefPointer<File> file = tree.OpenFile("file", kReadWriteStyle);
-    char buffer[16] = {};
+    // On the heap: behind a buffer on the stack the address space may end within the size that is asked for.
+    std::vector<char> buffer(16);
     std::uint64_t done = 99;
-    EXPECT_TRUE(Read(*file, 0, buffer, &done));
+    EXPECT_TRUE(Read(*file, 0, buffer.data(), &done));
     EXPECT_EQ(done, 0u);
-    EXPECT_TRUE(ReadAt(*file, 7, 2, buffer, nullptr));
-    EXPECT_EQ(std::string(buffer), "78");
-    EXPECT_FALSE(Read(*file, (std::uint64_t{1} << 32) + 1, buffer, &done)) << "not one byte of it, nor all 64 bits";
+    EXPECT_TRUE(ReadAt(*file, 7, 2, buffer.data(), nullptr));
+    EXPECT_EQ(std::string(buffer.data()), "78");
+    EXPECT_FALSE(Read(*file, (std::uint64_t{1} << 32) + 1, buffer.data(), &done))
+        << "not one byte of it, nor all 64 bits";
     EXPECT_EQ(done, 1u);
-    EXPECT_FALSE(ReadAt(*file, 11, 1, buffer, &done));
+    EXPECT_FALSE(ReadAt(*file, 11, 1, buffer.data(), &done));
     EXPECT_EQ(done, 0u);
     EXPECT_FALSE(WriteAt(*file, 11, 1, "c", &done));
 }

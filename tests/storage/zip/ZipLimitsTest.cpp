@@ -79,6 +79,13 @@ TEST_F(ZipTest, HoldsNoMoreThanTheCountCan) {
     EXPECT_TRUE(top->Remove("one more", false) && top->CreateDirectory("too many"));
 }
 
+// What a member of 300 MiB may take in all, in MiB: not twice its size. The thread sanitizer keeps some bytes for each.
+#ifdef __SANITIZE_THREAD__
+constexpr std::size_t kMoreMemory = 5 * 450;
+#else
+constexpr std::size_t kMoreMemory = 450;
+#endif
+
 // The most memory in use since the last call, in MiB; what is in use now becomes the most.
 std::size_t TakePeakMemory() {
     std::ifstream status("/proc/self/status");
@@ -104,7 +111,7 @@ TEST_F(ZipTest, CarriesThreeHundredMebibytes) {
         ASSERT_TRUE(Write(*file, kPiece, piece.data()));
     }
     file.Reset();
-    EXPECT_LT(TakePeakMemory(), before + 450);
+    EXPECT_LT(TakePeakMemory(), before + kMoreMemory);
 
     const std::size_t between = TakePeakMemory();
     file = OpenMember(*top, "large", kReadStyle);
@@ -115,7 +122,7 @@ TEST_F(ZipTest, CarriesThreeHundredMebibytes) {
         number(i);
         ASSERT_TRUE(Read(*file, kPiece, read.data()) && read == piece);
     }
-    EXPECT_LT(TakePeakMemory(), between + 450);
+    EXPECT_LT(TakePeakMemory(), between + kMoreMemory);
     const TemporaryFolder folder;
     folder.Write("a.zip", Archive());
     EXPECT_TRUE(RunIn(folder.Path().string(), "unzip -tq a.zip"));
