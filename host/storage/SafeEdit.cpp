@@ -119,6 +119,7 @@ bool SafeEdit::Mount(std::string& problem) {
         return false;
     }
     root_ = New<ZipStorageDirectory>(String(), nullptr, volume.Get(), &volume->RootNode());
+    hidesMembers_ = CountNamedMembers(*volume) != volume->EndRecord().entryCount;
     return true;
 }
 
@@ -205,11 +206,6 @@ bool SafeEdit::WriteFile(const BasicArray<String>& path, StorageReader& contents
     return false;
 }
 
-// Whether the archive has members that no path leads to, because another one has their name.
-bool SafeEdit::HidesMembers() const {
-    return CountNamedMembers(Volume()) != Volume().EndRecord().entryCount;
-}
-
 bool SafeEdit::Remove(const BasicArray<String>& path, std::string& problem) {
     String spelling;
     bool isFolder = false;
@@ -222,7 +218,7 @@ bool SafeEdit::Remove(const BasicArray<String>& path, std::string& problem) {
         isFolder = node->Flags().IsDirectory();
         if (!RemoveOne(path, problem)) return false;
         // Of several members of one name the tree has the first; the next one shows when the archive is mounted again.
-        if (!HidesMembers()) return true;
+        if (!hidesMembers_) return true;
         if (!Mount(problem)) return false;
     }
     problem = "too many members have this name";

@@ -53,7 +53,6 @@ private:
     SafeEdit() = default;
     bool LockArchive(const std::string& path, std::string& problem);
     bool Mount(std::string& problem);
-    bool HidesMembers() const;
     bool MendLastMember(std::string& problem);
     bool RemoveOne(const BasicArray<String>& path, std::string& problem);
     RefPointer<File> OpenForWriting(const BasicArray<String>& path);
@@ -68,6 +67,7 @@ private:
     ReplacementFile copy_;
     RefPointer<OverlayFile> file_;
     RefPointer<ZipStorageDirectory> root_;
+    bool hidesMembers_ = false;  // no path leads to some members, because another one has their name; edits add none
 };
 
 }  // namespace ZEMA
