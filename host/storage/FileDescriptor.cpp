@@ -89,6 +89,11 @@ bool WriteAllAt(int descriptor, std::uint64_t offset, std::size_t size, const vo
     return true;
 }
 
+std::uint64_t CopyStart(int from, int to) {
+    const std::uint64_t done = CopyInSystem(from, to, 0, UINT64_MAX);
+    return lseek(from, static_cast<off_t>(done), SEEK_SET) < 0 ? 0 : done;
+}
+
 bool CopyRange(int from, int to, std::uint64_t offset, std::uint64_t size) {
     const std::uint64_t done = CopyInSystem(from, to, offset, size);
     if (done == size) return true;

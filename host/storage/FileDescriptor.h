@@ -38,6 +38,9 @@ FileDescriptor OpenRegularFile(const std::string& path, std::string& problem);
 bool ReadAllAt(int descriptor, std::uint64_t offset, std::size_t size, void* buffer);
 bool WriteAllAt(int descriptor, std::uint64_t offset, std::size_t size, const void* buffer);
 
+// Copies as much of a file as the system can do by itself, and returns how much. The next read goes on behind it.
+std::uint64_t CopyStart(int from, int to);
+
 // Copies a range to the same place in another file, inside the system where it can do that.
 bool CopyRange(int from, int to, std::uint64_t offset, std::uint64_t size);
 

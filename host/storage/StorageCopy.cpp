@@ -34,15 +34,11 @@ mode_t ModeFor(const StorageItem& source) {
     return (source.facts.IsFolder() ? 0777 : mode) & ~Umask();
 }
 
+// To the end, whatever the size says: files that the system makes up have none.
 bool CopyContents(StorageReader& source, int target, std::string& problem) {
-    struct stat status;
-    if (source.Descriptor() >= 0 && fstat(source.Descriptor(), &status) == 0) {
-        if (CopyRange(source.Descriptor(), target, 0, static_cast<std::uint64_t>(status.st_size))) return true;
-        problem = SystemError(errno);
-        return false;
-    }
+    std::uint64_t offset = source.Descriptor() < 0 ? 0 : CopyStart(source.Descriptor(), target);
     std::vector<char> buffer(kReadBufferSize);
-    for (std::uint64_t offset = 0;;) {
+    while (true) {
         const std::optional<std::size_t> count = source.Read(buffer.data(), buffer.size(), problem);
         if (!count || *count == 0) return count.has_value();
         if (!WriteAllAt(target, offset, *count, buffer.data())) {
