@@ -18,7 +18,7 @@ namespace {
 // The name under which a thing goes into a folder; empty for a folder without one, whose contents go in by themselves.
 std::string OwnName(const StorageItem& item) {
     if (item.archive && !item.inner.Empty()) return std::string(item.node->Name().ToAString().View());
-    const std::string name = NameOf(item.native);
+    const std::string name = NameOf(item.archive && item.archive->IsMember() ? item.shown : item.native);
     return name == "." || name == ".." ? std::string() : name;
 }
 
