@@ -163,9 +163,9 @@ private:
         if (!source.archive) {
             RemoveNative(source.native, source.shown, true, report_);
         } else if (SafeEdit* const edit = edits_.Find(source.native); edit != nullptr) {
-            if (!source.archive->IsOf(edit->Original())) {
-                report_.Fail(source.shown, "somebody else has changed the archive; what was copied is not removed");
-            } else if (!edit->Remove(source.inner, problem)) {
+            const bool same = source.archive->IsOf(edit->Original());
+            if (!same) problem = "somebody else has changed the archive meanwhile";
+            if (!same || !edit->Remove(source.inner, problem)) {
                 edits_.GiveUp(source.native, source.shown, problem, report_);
             }
         }
