@@ -25,18 +25,6 @@ bool LeadsToSameData(const ZipFileHeader& edited, ZipStorageVolume& volume, ZipF
     return volume.LocateData(written) && written.dataOffset == edited.dataOffset;
 }
 
-std::vector<const ZipFileHeader*> NamedMembers(const ZipStorageVolume& volume) {
-    std::vector<const ZipFileHeader*> members;
-    std::vector<const ZipTreeNode*> pending = {&volume.RootNode()};
-    while (!pending.empty()) {
-        const ZipTreeNode* const node = pending.back();
-        pending.pop_back();
-        if (node->Header() != nullptr) members.push_back(node->Header());
-        for (const auto& child : node->GetChildren()) pending.push_back(child.second.Get());
-    }
-    return members;
-}
-
 // Empty where it cannot be read.
 std::string StoredName(const ZipStorageVolume& volume, const ZipFileHeader& member) {
     char bytes[kCentralHeaderSize];
@@ -70,13 +58,25 @@ bool HaveSameNames(const ZipStorageVolume& edited, const ZipStorageVolume& writt
 
 }  // namespace
 
+std::vector<ZipFileHeader*> MembersBelow(const ZipTreeNode& top) {
+    std::vector<ZipFileHeader*> members;
+    std::vector<const ZipTreeNode*> pending = {&top};
+    while (!pending.empty()) {
+        const ZipTreeNode* const node = pending.back();
+        pending.pop_back();
+        if (node->Header() != nullptr) members.push_back(node->Header());
+        for (const auto& child : node->GetChildren()) pending.push_back(child.second.Get());
+    }
+    return members;
+}
+
 std::size_t CountNamedMembers(const ZipStorageVolume& volume) {
-    return NamedMembers(volume).size();
+    return MembersBelow(volume.RootNode()).size();
 }
 
 std::vector<std::string> NamesOfHiddenFiles(const ZipStorageVolume& volume) {
     std::vector<std::string> names;
-    const std::vector<const ZipFileHeader*> named = NamedMembers(volume);
+    const std::vector<ZipFileHeader*> named = MembersBelow(volume.RootNode());
     if (named.size() == volume.EndRecord().entryCount) return names;
     const std::set<const ZipFileHeader*> seen(named.begin(), named.end());
     for (const ZipFileHeader* member = volume.MembersInDirectoryOrder().First(); member != nullptr;

@@ -12,6 +12,9 @@ namespace ZEMA {
 // The stored names, as bytes, of the files that no path leads to: another one has their name, or it is none.
 std::vector<std::string> NamesOfHiddenFiles(const ZipStorageVolume& volume);
 
+// The members of a node and of all below it.
+std::vector<ZipFileHeader*> MembersBelow(const ZipTreeNode& top);
+
 // How many members a path leads to: not those whose name another one has, or whose name is none.
 std::size_t CountNamedMembers(const ZipStorageVolume& volume);
 

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "host/storage/ArchiveComparison.h"
+#include "host/storage/DataDescriptors.h"
 #include "host/storage/ExtendedAttributes.h"
 #include "storage/PathOperations.h"
 #include "storage/StorageMutex.h"
 #include "storage/zip/ZipFormat.h"
-#include "storage/zip/ZipStorageFile.h"
 
 namespace ZEMA {
 
@@ -38,26 +38,6 @@ bool IsSameState(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
            modifiedA.tv_sec == modifiedB.tv_sec && modifiedA.tv_nsec == modifiedB.tv_nsec &&
            changedA.tv_sec == changedB.tv_sec && changedA.tv_nsec == changedB.tv_nsec;
-}
-
-// Reads the whole member and compares it with its checksum.
-bool IsSound(File& file, std::uint32_t expected) {
-    std::vector<char> buffer(kReadBufferSize);
-    Crc32 crc;
-    for (std::uint64_t left = GetSize(file); left > 0;) {
-        const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer.size()));
-        if (!Read(file, part, buffer.data())) return false;
-        crc.Update(buffer.data(), part);
-        left -= part;
-    }
-    return crc.Value() == expected;
-}
-
-// Has the same contents written once more.
-bool Touch(File& file) {
-    char first = 0;
-    if (GetSize(file) == 0) return SetSize(file, 1) && SetSize(file, 0);
-    return ReadAt(file, 0, 1, &first) && WriteAt(file, 0, 1, &first);
 }
 
 void LiftProtection(ZipTreeNode& node) {
@@ -136,19 +116,8 @@ ZipTreeNode* SafeEdit::Find(const BasicArray<String>& path) const {
     return node;
 }
 
-// A data descriptor behind the last member may be longer than the 12 bytes that are counted for it, and what is added
-// next would then stand in the middle of it. Written anew, the member has none.
 bool SafeEdit::MendLastMember(std::string& problem) {
-    ZipFileHeader* const last = Volume().MembersInFileOrder().Last();
-    if (last == nullptr || !last->HasDescriptor()) return true;
-    const ElementFlags flags = last->elementFlags;
-    last->elementFlags = {ElementFlags::kReadable | ElementFlags::kWritable};  // a folder too is written as a file
-    const RefPointer<ZipTreeNode> node = New<ZipTreeNode>(String(), last, nullptr);
-    RefPointer<File> file(ZipStorageFile::Open(Volume(), *node, nullptr, kReadWriteStyle, nullptr));
-    const bool sound = file && IsSound(*file, last->crc32) && Touch(*file);
-    file.Reset();
-    last->elementFlags = flags;
-    if (sound && !last->HasDescriptor()) return true;
+    if (RewriteLastMember(Volume())) return true;
     problem =
         Reason("nothing can be added behind its last member, which ends in a data descriptor and is not readable");
     return false;
@@ -199,9 +168,10 @@ bool SafeEdit::WriteFile(const BasicArray<String>& path, StorageReader& contents
             return false;
         }
     }
+    ZipFileHeader& member = *Find(path)->Header();
+    if (member.dirty) CountDescriptorSignature(Volume(), member);
     file.Reset();  // which packs the contents and cannot tell whether that went well
-    const ZipTreeNode* const node = Find(path);
-    if (node->Size() == size && node->Header()->crc32 == crc.Value()) return true;
+    if (member.uncompressedSize == size && member.crc32 == crc.Value()) return true;
     problem = Reason("the archive would grow past 4 GiB, or its records do not allow changes");
     return false;
 }
@@ -228,6 +198,9 @@ bool SafeEdit::Remove(const BasicArray<String>& path, std::string& problem) {
 bool SafeEdit::RemoveOne(const BasicArray<String>& path, std::string& problem) {
     const StorageLock lock;
     const RefPointer<Directory> parent = OpenDirectory(*root_, ParentOf(path), false);
+    if (const ZipTreeNode* const present = Find(path)) {
+        for (ZipFileHeader* const member : MembersBelow(*present)) CountDescriptorSignature(Volume(), *member);
+    }
     if (parent && parent->Remove(path.Back(), true)) return true;
     problem = Reason("the archive's records do not allow changes");
     return false;

@@ -341,12 +341,16 @@ TEST(WqfStorage, AddsBehindStreamedMembers) {
             ArchiveMember last = Member("last", contents);
             last.deflated = true;
             last.sums = sums;
-            scene.Folder().Write("x.wqf", ArchiveBuilder().Stored("a", "A").Add(last).Bytes());
+            ArchiveMember first = last;
+            first.name = "first";
+            scene.Folder().Write("x.wqf", ArchiveBuilder().Add(first).Stored("a", "A").Add(last).Bytes());
             EXPECT_EQ(scene.Run("$WQF cp b.txt x.wqf").err, "");
             const auto members = ReadStrictly(scene.Folder().Read("x.wqf"));
             EXPECT_EQ(members.at("last"), contents);
             EXPECT_EQ(members.at("b.txt"), "B");
             EXPECT_EQ(ToolsThatRefuse(scene.Folder() / "x.wqf"), std::vector<std::string>());
+            scene.Run("$WQF rm x.wqf/first x.wqf/b.txt x.wqf/last x.wqf/a");
+            EXPECT_EQ(scene.Folder().Read("x.wqf").size(), 22u) << "something is left of a descriptor";
         }
     }
     ArchiveMember encrypted = Member("last", "S");
