@@ -2,14 +2,11 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "host/storage/ArchiveComparison.h"
 #include "host/storage/ArchiveEdits.h"
 #include "host/storage/ReplacementFile.h"
-#include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {
 
@@ -29,20 +26,6 @@ bool IsSameFile(const StorageItem& a, const StorageItem& b) {
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-bool IsInside(const std::string& path, const std::string& folder) {
-    return path == folder || folder == "/" || path.starts_with(folder + "/");
-}
-
-// Whether the target lies in the source, or is it.
-bool LiesIn(const StorageItem& target, const StorageItem& source) {
-    if (!source.archive) return IsInside(RealPath(target.native), RealPath(source.native));
-    if (source.archive != target.archive || source.inner.Size() > target.inner.Size()) return false;
-    for (std::size_t i = 0; i < source.inner.Size(); ++i) {
-        if (!source.inner[i].EqualsNoCaseAt(0, npos, target.inner[i])) return false;
-    }
-    return true;
-}
-
 // Whether the stored name of a member is that path or lies below it.
 bool LiesBelow(std::string name, const BasicArray<String>& path) {
     for (const String& part : path) {
@@ -54,26 +37,11 @@ bool LiesBelow(std::string name, const BasicArray<String>& path) {
     return true;
 }
 
-// For comparing the names of targets; bytes that are no text stay apart from each other.
-String NameKey(const std::string& path) {
-    if (const std::optional<String> name = MemberName(path)) return *name;
-    std::string escaped;
-    for (const char byte : path) {
-        escaped += (byte & 0x80) != 0 ? "//" + std::to_string(static_cast<unsigned char>(byte)) : std::string(1, byte);
-    }
-    return String(escaped.c_str());
-}
-
 bool IsProtected(const StorageItem& target) {
     return target.archive ? !target.facts.flags.Has(ElementFlags::kWritable) : IsWriteProtected(target.native);
 }
 
 }  // namespace
-
-bool CopyPlan::Refuse(const std::string& path, const std::string& reason) {
-    report_.Fail(path, reason);
-    return false;
-}
 
 void CopyPlan::LeaveOut(const StorageItem& source, const std::string& reason) {
     report_.Fail(source.shown, reason);
@@ -141,20 +109,6 @@ bool CopyPlan::AddOperand(const std::string& path) {
     if (RefusesName(top)) return false;
     AddStep(top, true);
     return true;
-}
-
-// What cannot be right for the operand as a whole.
-bool CopyPlan::RefusesPair(const StorageItem& source, const StorageItem& target) {
-    struct stat status;
-    if (options_.move && source.facts.isLink) return false;  // the link itself goes, wherever it leads
-    if (!source.archive && target.archive && stat(source.native.c_str(), &status) == 0 &&
-        target.archive->IsOf(status)) {
-        return !Refuse(source.shown, "an archive does not go into itself");
-    }
-    if (source.facts.IsFolder() && LiesIn(target, source)) {
-        return !Refuse(source.shown, "a folder does not go into itself");
-    }
-    return false;
 }
 
 bool CopyPlan::CanRename(const StorageItem& source, const StorageItem& target) const {
@@ -271,51 +225,6 @@ StorageItem CopyPlan::ItemBelow(const StorageItem& top, const Step& step, const 
     item.node = place.node;
     item.facts = place.facts;
     return item;
-}
-
-bool CopyPlan::RefusesLength(const Pending& pending) {
-    if (std::max(pending.source.shown.size(), pending.target.shown.size()) <= kLongestPath) return false;
-    const std::string limit = std::to_string(kLongestPath);
-    return !Refuse(operands_.back().source.shown, "a path would be longer than " + limit + " bytes");
-}
-
-// The storage tree does not tell names apart that differ only in case.
-bool CopyPlan::RefusesName(const Pending& pending) {
-    if (pending.name.empty()) return false;
-    // What goes into the target by itself has no step of its own there.
-    const bool top = pending.folder == kNoStep || steps_[pending.folder].name.empty();
-    if (names_[top ? kNoStep : pending.folder].Insert(NameKey(pending.name))) return false;
-    return !Refuse(pending.target.shown,
-                   "two of the sources would go there (names that differ only in case are the same)");
-}
-
-// Nor "x" and "x.zip": an archive is also found without its ending.
-bool CopyPlan::RefusesSideBySide() {
-    for (const auto& [folder, names] : names_) {
-        for (const String& name : names) {
-            String archive = name;
-            archive.Append(".zip");
-            if (!names.Contains(archive)) continue;
-            StorageItem item = folder == kNoStep ? target_ : TargetOf(steps_[folder]);
-            AppendName(item, std::string(name.ToAString().View()));
-            return !Refuse(item.shown,
-                           "'" + item.shown + ".zip' would stand beside it, and the two cannot be told apart");
-        }
-    }
-    return false;
-}
-
-bool CopyPlan::RefusesSizes() {
-    if (!target_.archive) return false;
-    std::uint64_t count = target_.archive->Volume().EndRecord().entryCount;
-    for (const Step& step : steps_) {
-        if (step.source.facts.size > kMaxOffset) {
-            return !Refuse(SourceOf(step).shown, "it is too large for an archive");
-        }
-        if (step.target.facts.IsMissing()) ++count;
-    }
-    if (count <= kMaxEntries) return false;
-    return !Refuse(target_.shown, "it would have " + std::to_string(count) + " members, and 65535 is the most");
 }
 
 }  // namespace ZEMA
