@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "host/storage/ReplacementFile.h"
 #include "host/Utf8Text.h"
+#include "host/storage/ReplacementFile.h"
 
 namespace ZEMA {
 
