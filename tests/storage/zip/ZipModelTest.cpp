@@ -103,19 +103,40 @@ private:
         return Tell("remove " + name, answer, expected);
     }
 
+    std::string AnyFolderName() { return AnyFolder() + std::string(1, "pq"[Pick(2)]); }
+
     bool MakeFolder(Directory& top) {
-        const std::string name = AnyFolder() + std::string(1, "pq"[Pick(2)]);
+        const std::string name = AnyFolderName();
         if (name.size() > 6) return true;
         const auto [folder, last] = Split(top, String(AString(name.c_str())));
         const bool answer = folder->CreateDirectory(last);
         return Tell("make " + name, answer, members_.emplace(name + "/", "").second);
     }
 
-    bool Move(Directory& top) { return Transfer(top, true); }
-    bool Copy(Directory& top) { return Transfer(top, false); }
+    bool Move(Directory& top) { return Pick(3) == 0 ? TransferFolder(top, true) : TransferFile(top, true); }
+    bool Copy(Directory& top) { return Pick(3) == 0 ? TransferFolder(top, false) : TransferFile(top, false); }
 
-    // Moves or copies a file, over another one or not.
-    bool Transfer(Directory& top, bool move) {
+    // A folder with all that is in it, under a name that is free; never into itself.
+    bool TransferFolder(Directory& top, bool move) {
+        const std::string from = AnyFolder();
+        const std::string to = AnyFolderName();
+        if (from.empty() || to.size() > 6 || Has(to + "/")) return true;
+        const bool expected = !to.starts_with(from);
+        const auto [source, oldName] = Split(top, Typed(from.substr(0, from.size() - 1)));
+        const auto [target, newName] = Split(top, String(AString(to.c_str())));
+        const bool answer = move ? source->Move(oldName, target.Get(), newName, false, false)
+                                 : source->Copy(oldName, target.Get(), newName, false, false);
+        const Members before = members_;
+        for (const auto& [name, contents] : before) {
+            if (!expected || !name.starts_with(from)) continue;
+            members_[to + "/" + name.substr(from.size())] = contents;
+            if (move) members_.erase(name);
+        }
+        return Tell((move ? "move " : "copy ") + from + " " + to, answer, expected);
+    }
+
+    // Over another one or not.
+    bool TransferFile(Directory& top, bool move) {
         const std::string from = AnyFile();
         const std::string to = AnyFile();
         if (from == to) return true;
@@ -212,9 +233,13 @@ TEST_P(ZipModelTest, AndSoDoesALocalFolder) {
                                                     &typeid(Directory)));
     const TemporaryFolder folder;
     Editor editor(GetParam(), false, {});
-    const RefPointer<Directory> top = Open(("file" + folder.Path().string()).c_str());
-    ASSERT_TRUE(top);
+    RefPointer<Directory> top;
     for (int step = 0; step < 120; ++step) {
+        if (step % 7 == 0) {
+            top.Reset();
+            top = Open(("file" + folder.Path().string()).c_str());
+            ASSERT_TRUE(top);
+        }
         Members found;
         const bool same = editor.Step(*top);
         Walk(*top, "", found);
