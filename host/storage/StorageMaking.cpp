@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <map>
 #include <set>
 
+#include "core/BasicSet.h"
 #include "host/storage/ArchiveEdits.h"
 #include "host/storage/FileDescriptor.h"
 #include "host/storage/OverlayFile.h"
@@ -48,9 +50,46 @@ std::optional<StorageItem> FindWithParents(StorageTree& tree, const std::string&
     return item;
 }
 
-std::string WhyNot(const StorageItem& item, bool parents) {
-    if (item.facts.IsFolder() && parents) return "";
-    if (!item.facts.IsMissing() || item.facts.isLink) return "it is there already";
+// The folders that a command is going to make in archives: what comes later on the line may lie in them.
+class PlannedFolders {
+public:
+    bool Has(const StorageItem& item) const { return Holds(item, item.inner.Size()); }
+    bool HasParentOf(const StorageItem& item) const {
+        return item.archive && !item.inner.Empty() && Holds(item, item.inner.Size() - 1);
+    }
+    void Add(const StorageItem& item) { folders_[item.native].Insert(PathOf(item, item.inner.Size())); }
+
+private:
+    using Paths = BasicSet<String, StringCaseInsensitiveLess<String>>;
+
+    static String PathOf(const StorageItem& item, std::size_t parts) {
+        String path;
+        for (std::size_t part = 0; part < parts; ++part) {
+            path.Append("/");
+            path.Append(item.inner[part]);
+        }
+        return path;
+    }
+
+    bool Holds(const StorageItem& item, std::size_t parts) const {
+        const auto folders = folders_.find(item.native);
+        return folders != folders_.end() && folders->second.Contains(PathOf(item, parts));
+    }
+
+    std::map<std::string, Paths> folders_;  // by the archive
+};
+
+// Without `parents` the folder around it must be there, or be made by the same command.
+std::optional<StorageItem> FindPlace(StorageTree& tree, const std::string& path, bool parents,
+                                     const PlannedFolders& planned, std::string& problem) {
+    std::optional<StorageItem> item = FindWithParents(tree, path, problem);
+    const bool found = problem.empty() || parents || (item && planned.HasParentOf(*item));
+    return found ? item : std::nullopt;
+}
+
+std::string WhyNot(const StorageItem& item, bool parents, const PlannedFolders& planned) {
+    if (parents && (item.facts.IsFolder() || planned.Has(item))) return "";
+    if (!item.facts.IsMissing() || item.facts.isLink || planned.Has(item)) return "it is there already";
     if (!item.archive) return "";
     if (item.archive->IsMember()) return "an archive in an archive can only be read";
     for (const String& name : item.inner) {
@@ -89,18 +128,19 @@ bool MakeArchive(StorageTree& tree, const std::string& path, std::string& proble
 void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageReport& report) {
     StorageTree tree;
     std::vector<StorageItem> members;
+    PlannedFolders planned;
     std::set<std::string> archives;
     for (const std::string& path : paths) {
         std::string problem;
-        const std::optional<StorageItem> item =
-            parents ? FindWithParents(tree, path, problem) : tree.Find(path, problem);
-        if (item) problem = WhyNot(*item, parents);
+        const std::optional<StorageItem> item = FindPlace(tree, path, parents, planned, problem);
+        if (item) problem = WhyNot(*item, parents, planned);
         if (!item || !problem.empty()) {
             report.Fail(path, problem);
         } else if (item->facts.IsFolder()) {
             continue;
         } else if (item->archive) {
             members.push_back(*item);
+            planned.Add(*item);
             archives.insert(item->native);
         } else {
             MakeNativeFolders(item->native, parents, report);

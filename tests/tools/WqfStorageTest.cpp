@@ -135,8 +135,10 @@ TEST(WqfStorage, CopiesInEveryDirection) {
          "Bl\nlink\ntree\nx.wqf\nxlink\ny\n"},
         {"removing", "$WQF rm -r x.wqf/dir x.wqf/a.txt tree link; $WQF rm -f x.wqf/r.txt none; ls; $WQF ls x.wqf/",
          "b.txt\nx.wqf\nxlink\ny\n"},
-        {"making folders", "$WQF mkdir x.wqf/m; $WQF mkdir -p x.wqf/n/o p/q x.wqf/dir; $WQF ls -R x.wqf/n; ls p",
-         "o\nq\n"},
+        {"making folders",
+         "$WQF mkdir x.wqf/m x.wqf/M/k; $WQF mkdir -p x.wqf/n/o p/q x.wqf/dir; $WQF ls -R x.wqf/n; $WQF ls x.wqf/m; ls "
+         "p",
+         "o\nk\nq\n"},
         {"what can be copied is, when something else cannot", "$WQF cp b.txt none x.wqf; $WQF cat x.wqf/b.txt",
          "wqf: cannot copy 'none': no such file\nB"},
         {"links below a folder stay, and the folder when it is moved",
