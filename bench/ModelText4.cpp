@@ -8,7 +8,6 @@ namespace bench {
 namespace {
 
 constexpr int kPartsInGroup = 4;
-constexpr int kPartsInStep = 10;
 
 class Format4Writer : ModelWriter {
 public:
@@ -35,7 +34,7 @@ public:
         for (int group = 0; group * kPartsInGroup < partCount_; ++group) WriteGroup(group);
         WriteJoints();
         text_ += "    </Model>\n  </Scene>\n";
-        WriteSteps();
+        WriteSteps(partCount_, "partRefID");
         text_ += "</WQFML>\n";
         return std::move(text_);
     }
@@ -75,17 +74,6 @@ private:
                 "        <GroupRef groupRef=\"%d\" ax=\"0\" ay=\"1\" az=\"0\" zx=\"0\" zy=\"0\" zz=\"1\"/>\n"
                 "      </Joint>\n",
                 group, Place(), group + 1);
-    }
-
-    void WriteSteps() {
-        text_ += "  <BuildingInstructions>\n    <BuildingInstruction name=\"BuildingGuide1\">\n";
-        for (int first = 0; first < partCount_; first += kPartsInStep) {
-            Print("      <Step name=\"Step%d\">\n", first / kPartsInStep + 1);
-            for (int part = first; part < std::min(first + kPartsInStep, partCount_); ++part)
-                Print("        <PartRef partRefID=\"%d\"/>\n", part);
-            text_ += "      </Step>\n";
-        }
-        text_ += "    </BuildingInstruction>\n  </BuildingInstructions>\n";
     }
 
     int partCount_;

@@ -29,7 +29,7 @@ public:
             "  </Cameras>\n";
         WriteBricks();
         WriteRigids();
-        WriteSteps();
+        WriteSteps(brickCount_, "partRef");
         text_ += "</WQFML>\n";
         return std::move(text_);
     }
@@ -68,17 +68,6 @@ private:
             text_ += "\"/>\n";
         }
         text_ += "    </RigidSystem>\n  </RigidSystems>\n";
-    }
-
-    void WriteSteps() {
-        text_ += "  <BuildingInstructions>\n    <BuildingInstruction name=\"BuildingGuide1\">\n";
-        for (int first = 0; first < brickCount_; first += 10) {
-            Print("      <Step name=\"Step%d\">\n", first / 10 + 1);
-            for (int part = first; part < first + 10 && part < brickCount_; ++part)
-                Print("        <PartRef partRef=\"%d\"/>\n", part);
-            text_ += "      </Step>\n";
-        }
-        text_ += "    </BuildingInstruction>\n  </BuildingInstructions>\n";
     }
 
     int brickCount_;

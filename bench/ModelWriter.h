@@ -1,4 +1,4 @@
-// What both writers of model texts need: lines with numbers in them, and chance that repeats.
+// What both writers of model texts need: lines with numbers in them, building steps, and chance that repeats.
 #pragma once
 
 #include <random>
@@ -9,6 +9,9 @@ namespace bench {
 class ModelWriter {
 protected:
     [[gnu::format(printf, 2, 3)]] void Print(const char* format, ...);
+
+    // A step for every ten parts; the two markups name the reference to a part differently.
+    void WriteSteps(int partCount, const char* reference);
 
     unsigned Random(unsigned below) { return static_cast<unsigned>(random_() % below); }
     unsigned Design() { return 3000 + Random(200) * 7; }
