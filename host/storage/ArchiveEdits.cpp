@@ -9,6 +9,21 @@
 
 namespace ZEMA {
 
+void EditMembers(const std::vector<StorageItem>& members, bool force, const MemberChange& change,
+                 StorageReport& report) {
+    std::set<std::string> archives;
+    for (const StorageItem& member : members) archives.insert(member.native);
+    ArchiveEdits edits;
+    edits.Begin(archives, force, report);
+    for (const StorageItem& member : members) {
+        SafeEdit* const edit = edits.Find(member.native);
+        std::string problem;
+        if (edit == nullptr || change(*edit, member, problem)) continue;
+        edits.GiveUp(member.native, member.shown, problem, report);
+    }
+    edits.CommitAll(report);
+}
+
 bool IsWriteProtected(const std::string& path) {
     // The superuser may write to everything, and still protects files.
     struct stat status;

@@ -1,13 +1,16 @@
 // The edits of one command, one for each archive.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "host/storage/SafeEdit.h"
 #include "host/storage/StorageReport.h"
+#include "host/storage/StorageTree.h"
 
 namespace ZEMA {
 
@@ -38,6 +41,12 @@ private:
     };
     std::map<std::string, Edit> edits_;  // by paths without links
 };
+
+// Makes the same change to each of the members, in the edit of its archive, and commits all edits. A change that
+// answers false, with a problem, gives up the edit of that archive alone.
+using MemberChange = std::function<bool(SafeEdit& edit, const StorageItem& member, std::string& problem)>;
+void EditMembers(const std::vector<StorageItem>& members, bool force, const MemberChange& change,
+                 StorageReport& report);
 
 // Whether a file may only be replaced with force.
 bool IsWriteProtected(const std::string& path);

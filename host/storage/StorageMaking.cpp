@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <map>
-#include <set>
 
 #include "core/BasicSet.h"
 #include "host/storage/ArchiveEdits.h"
@@ -129,7 +128,6 @@ void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageRep
     StorageTree tree;
     std::vector<StorageItem> members;
     PlannedFolders planned;
-    std::set<std::string> archives;
     for (const std::string& path : paths) {
         std::string problem;
         const std::optional<StorageItem> item = FindPlace(tree, path, parents, planned, problem);
@@ -141,21 +139,14 @@ void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageRep
         } else if (item->archive) {
             members.push_back(*item);
             planned.Add(*item);
-            archives.insert(item->native);
         } else {
             MakeNativeFolders(item->native, parents, report);
         }
     }
-    ArchiveEdits edits;
-    edits.Begin(archives, false, report);
-    for (const StorageItem& member : members) {
-        SafeEdit* const edit = edits.Find(member.native);
-        std::string problem;
-        if (edit != nullptr && !edit->AddFolder(member.inner, problem)) {
-            edits.GiveUp(member.native, member.shown, problem, report);
-        }
-    }
-    edits.CommitAll(report);
+    const auto add = [](SafeEdit& edit, const StorageItem& folder, std::string& problem) {
+        return edit.AddFolder(folder.inner, problem);
+    };
+    EditMembers(members, false, add, report);
 }
 
 void MakeArchives(const std::vector<std::string>& paths, StorageReport& report) {

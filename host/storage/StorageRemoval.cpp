@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <set>
 #include <system_error>
 #include <utility>
 
@@ -96,7 +95,6 @@ void RemoveNative(const std::string& path, const std::string& shown, bool force,
 void RemovePaths(const std::vector<std::string>& paths, const RemoveOptions& options, StorageReport& report) {
     StorageTree tree;
     std::vector<StorageItem> members;
-    std::set<std::string> archives;
     for (const std::string& path : paths) {
         std::string problem = "no such file";
         const std::optional<StorageItem> item = tree.Find(path, problem);
@@ -105,21 +103,14 @@ void RemovePaths(const std::vector<std::string>& paths, const RemoveOptions& opt
             if (!options.force || problem != "no such file") report.Fail(path, problem);
         } else if (item->archive) {
             members.push_back(*item);
-            archives.insert(item->native);
         } else {
             RemoveNative(item->native, path, options.force, report);
         }
     }
-    ArchiveEdits edits;
-    edits.Begin(archives, options.force, report);
-    for (const StorageItem& member : members) {
-        SafeEdit* const edit = edits.Find(member.native);
-        std::string problem;
-        if (edit != nullptr && !edit->Remove(member.inner, problem)) {
-            edits.GiveUp(member.native, member.shown, problem, report);
-        }
-    }
-    edits.CommitAll(report);
+    const auto remove = [](SafeEdit& edit, const StorageItem& member, std::string& problem) {
+        return edit.Remove(member.inner, problem);
+    };
+    EditMembers(members, options.force, remove, report);
 }
 
 }  // namespace ZEMA
