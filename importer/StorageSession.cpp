@@ -3,8 +3,8 @@
 #include "registry/ObjectFactory.h"
 #include "registry/ObjectRegistry.h"
 #include "storage/Directory.h"
-#include "storage/MacOSXDirectory.h"
-#include "storage/MacOSXStorageFactory.h"
+#include "storage/local/MacOSXDirectory.h"
+#include "storage/local/MacOSXStorageFactory.h"
 #include "storage/zip/ZipStorageDirectory.h"
 #include "storage/zip/ZipStorageFactory.h"
 

@@ -11,12 +11,13 @@ ROOMS = {
     "platform": [],
     "core": ["platform"],
     "registry": ["core", "platform"],
-    "storage": ["registry", "core", "platform"],
+    "storage": ["registry", "core"],
+    "storage/local": ["storage", "registry", "core", "platform"],
     "storage/zip": ["storage", "registry", "core"],
     "xml": ["core"],
     "scene": ["core"],
     "loader": ["xml", "scene", "storage", "registry", "core"],
-    "importer": ["loader", "xml", "scene", "storage/zip", "storage", "registry", "core", "platform"],
+    "importer": ["loader", "xml", "scene", "storage/zip", "storage/local", "storage", "registry", "core", "platform"],
     "host": ["importer", "loader", "xml", "scene", "storage", "registry", "core", "platform"],
     "host/storage": ["host", "storage/zip", "storage", "core"],
     "tools/wqf": ["host/storage", "host", "importer", "loader", "scene", "storage", "core", "platform"],
@@ -33,7 +34,7 @@ WALLS = {
 
 # Platform headers appear where platform types do: in the texts, the local back end, and around the plug-in.
 PLATFORM_HEADERS = ("CoreFoundation/", "CoreServices/")
-PLATFORM_ROOMS = ["platform", "core", "storage", "importer", "host"]
+PLATFORM_ROOMS = ["platform", "core", "storage/local", "importer", "host"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]', re.MULTILINE)
 

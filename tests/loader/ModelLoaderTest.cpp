@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "LoadedDocument.h"
-#include "storage/MacOSXStorageFactory.h"
+#include "storage/local/MacOSXStorageFactory.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA::testing {

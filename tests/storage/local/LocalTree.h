@@ -10,9 +10,9 @@
 #include "platform/Foundation/NSPathUtilities.h"
 #include "registry/ObjectFactory.h"
 #include "registry/ObjectRegistry.h"
-#include "storage/MacOSXDirectory.h"
-#include "storage/MacOSXStorageFactory.h"
 #include "storage/PathOperations.h"
+#include "storage/local/MacOSXDirectory.h"
+#include "storage/local/MacOSXStorageFactory.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA {

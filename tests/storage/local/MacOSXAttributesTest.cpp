@@ -1,4 +1,4 @@
-#include "storage/MacOSXAttributes.h"
+#include "storage/local/MacOSXAttributes.h"
 
 #include <fcntl.h>
 #include <stdlib.h>

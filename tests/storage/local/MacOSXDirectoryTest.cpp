@@ -1,4 +1,4 @@
-#include "storage/MacOSXDirectory.h"
+#include "storage/local/MacOSXDirectory.h"
 
 #include <filesystem>
 

@@ -1,4 +1,4 @@
-#include "storage/MacOSXFile.h"
+#include "storage/local/MacOSXFile.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "storage/MacOSXStorageFactory.h"
+#include "storage/local/MacOSXStorageFactory.h"
 
 #include <cstdlib>
 

@@ -1,8 +1,8 @@
 // Random edits of a storage tree beside a plain map of what it should hold: in an archive and in a local folder.
 #include <random>
 
-#include "storage/MacOSXDirectory.h"
-#include "storage/MacOSXStorageFactory.h"
+#include "storage/local/MacOSXDirectory.h"
+#include "storage/local/MacOSXStorageFactory.h"
 #include "tests/storage/zip/ZipTest.h"
 #include "tests/support/ArchiveTools.h"
 #include "tests/support/StrictArchive.h"

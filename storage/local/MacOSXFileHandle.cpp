@@ -1,4 +1,4 @@
-#include "storage/MacOSXFileHandle.h"
+#include "storage/local/MacOSXFileHandle.h"
 
 #include <sys/stat.h>
 

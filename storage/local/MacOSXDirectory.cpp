@@ -1,4 +1,4 @@
-#include "storage/MacOSXDirectory.h"
+#include "storage/local/MacOSXDirectory.h"
 
 #include <memory>
 #include <utility>
@@ -6,10 +6,10 @@
 #include "platform/Foundation/NSException.h"
 #include "platform/Foundation/NSFileManager.h"
 #include "platform/Foundation/NSPathUtilities.h"
-#include "storage/MacOSXAttributes.h"
-#include "storage/MacOSXFile.h"
-#include "storage/MacOSXFileHandle.h"
 #include "storage/PathOperations.h"
+#include "storage/local/MacOSXAttributes.h"
+#include "storage/local/MacOSXFile.h"
+#include "storage/local/MacOSXFileHandle.h"
 
 namespace ZEMA {
 namespace {

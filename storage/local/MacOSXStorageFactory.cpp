@@ -1,9 +1,9 @@
-#include "storage/MacOSXStorageFactory.h"
+#include "storage/local/MacOSXStorageFactory.h"
 
-#include "storage/MacOSXDirectory.h"
 #include "storage/OpenPathRegistry.h"
 #include "storage/PathOperations.h"
 #include "storage/StorageMutex.h"
+#include "storage/local/MacOSXDirectory.h"
 
 namespace ZEMA {
 

@@ -1,11 +1,11 @@
-#include "storage/MacOSXFile.h"
+#include "storage/local/MacOSXFile.h"
 
 #include <sys/stat.h>
 
 #include <utility>
 
 #include "platform/Foundation/NSException.h"
-#include "storage/MacOSXAttributes.h"
+#include "storage/local/MacOSXAttributes.h"
 
 namespace ZEMA {
 
