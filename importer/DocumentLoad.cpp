@@ -5,8 +5,8 @@
 #include <typeinfo>
 
 #include "core/Exception.h"
-#include "loader/ModelLoaderWQFML4.h"
-#include "loader/ModelLoaderWQFML5.h"
+#include "loader/format4/ModelLoaderWQFML4.h"
+#include "loader/format5/ModelLoaderWQFML5.h"
 #include "storage/Directory.h"
 
 namespace ZEMA {

@@ -10,8 +10,8 @@
 
 #include "host/JsonWriter.h"
 #include "host/SceneJson.h"
-#include "loader/ModelLoaderWQFML4.h"
-#include "loader/ModelLoaderWQFML5.h"
+#include "loader/format4/ModelLoaderWQFML4.h"
+#include "loader/format5/ModelLoaderWQFML5.h"
 
 namespace ZEMA::testing {
 

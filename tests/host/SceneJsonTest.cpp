@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "host/CatalogueJson.h"
-#include "loader/ModelLoaderWQFML5.h"
+#include "loader/format5/ModelLoaderWQFML5.h"
 
 namespace ZEMA::testing {
 

@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "LoadedDocument.h"
 #include "loader/DesignCatalogue.h"
+#include "tests/loader/format5/LoadedDocument.h"
 
 namespace ZEMA::testing {
 namespace {

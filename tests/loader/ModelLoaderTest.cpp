@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
-#include "LoadedDocument.h"
 #include "storage/local/MacOSXStorageFactory.h"
+#include "tests/loader/format5/LoadedDocument.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA::testing {

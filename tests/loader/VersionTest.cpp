@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "LoadedDocument.h"
+#include "tests/loader/format5/LoadedDocument.h"
 
 namespace ZEMA::testing {
 namespace {

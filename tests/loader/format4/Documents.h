@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "core/RefPointer.h"
-#include "loader/ModelLoaderWQFML4.h"
+#include "loader/format4/ModelLoaderWQFML4.h"
 #include "scene/StorageScene.h"
 #include "scene/StorageScene2.h"
 #include "tests/loader/Texts.h"

@@ -1,0 +1,59 @@
+#include "loader/format4/ModelLoaderWQFML4State.h"
+
+namespace ZEMA::WQFML4 {
+
+namespace {
+
+void StartSkipped(ParseState& state, std::string_view, Attributes) {
+    state.Skip();
+}
+
+void EndSkipped(ParseState& state, std::string_view) {
+    state.PopHandlers();
+}
+
+}  // namespace
+
+ParseState::ParseState(ModelLoaderWQFML4& owner, StorageScene* target, std::uint32_t optionBits, IndexBudget& budget)
+    : scene(target), options(optionBits), loader(&owner), indexBudget(budget) {
+    DeliverText(false);
+    PushHandlers(kDocument);
+}
+
+ParseState::~ParseState() = default;
+
+void ParseState::PopHandlersAt(std::string_view element, std::string_view name) {
+    if (name == element) PopHandlers();
+}
+
+void ParseState::Skip() {
+    PushHandlers({StartSkipped, EndSkipped});
+}
+
+void ParseState::BeginText() {
+    text_.Clear();
+    gathersText_ = true;
+    DeliverText(true);
+}
+
+// The parser hands text out in pieces, as small as one byte, so it is decoded as a whole.
+void ParseState::EndText() {
+    if (!gathersText_) return;
+    gathersText_ = false;
+    DeliverText(false);
+    scene->meta.Back().value = FromUtf8(text_.View());
+}
+
+void ParseState::StartElement(std::string_view name, const char** attributes) {
+    handlerStack.Back().first(*this, name, Attributes(attributes));
+}
+
+void ParseState::EndElement(std::string_view name) {
+    handlerStack.Back().second(*this, name);
+}
+
+void ParseState::CharacterData(std::string_view bytes) {
+    text_.Append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+}
+
+}  // namespace ZEMA::WQFML4

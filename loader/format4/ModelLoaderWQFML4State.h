@@ -1,0 +1,94 @@
+// What one load of markup format 4 knows, and the handlers that its elements have. For the sources of that loader only.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "core/BasicArray.h"
+#include "core/BasicDeque.h"
+#include "core/BasicMap.h"
+#include "core/Pair.h"
+#include "core/RefPointer.h"
+#include "loader/Version.h"
+#include "loader/format4/IndexBudget.h"
+#include "loader/format4/ModelLoaderWQFML4.h"
+#include "loader/format4/ModelLoaderWQFML4Attributes.h"
+#include "scene/StorageScene.h"
+#include "xml/XMLEventParser.h"
+
+namespace ZEMA::WQFML4 {
+
+class ParseState;
+
+// An element that pushes handlers has what is in it read by them: the first for each start tag, the second for each end
+// tag, which pops both again at the element's own.
+using StartHandler = void (*)(ParseState& state, std::string_view name, Attributes attributes);
+using EndHandler = void (*)(ParseState& state, std::string_view name);
+using Handlers = Pair<StartHandler, EndHandler>;
+
+// Calls the handlers on top of a stack, which mirrors how the elements nest, and keeps what they share.
+//
+// The maps find objects by the identifiers that the document gives them; a later object takes the place of an earlier
+// one. Plain pointers name objects that the scene owns.
+class ParseState : public XMLEventParser {
+public:
+    ParseState(ModelLoaderWQFML4& owner, StorageScene* target, std::uint32_t optionBits, IndexBudget& budget);
+    ~ParseState() override;
+
+    using XMLEventParser::Parse;
+
+    RefPointer<StorageScene> scene;
+    const std::uint32_t options;
+    ModelLoaderWQFML4* const loader;              // runs this load and receives the errors
+    IndexBudget& indexBudget;                     // the loader's
+    std::uint32_t rootCount = 0;                  // "WQFML" elements at document level
+    Version brickSetVersion;                      // zero until the document gives one
+    BasicDeque<StorageScene::BIStep*> stepStack;  // the open steps, innermost last
+    BasicMap<unsigned long, StorageScene2::Camera*> cameraMap;
+    BasicMap<unsigned long, StorageScene::Rigid*> rigidMap;
+    BasicMap<unsigned long, StorageScene::Part*> partMap;
+    BasicMap<unsigned long, StorageScene::Assembly*> assemblyMap;
+    BasicMap<unsigned long, StorageScene::Flex*> flexMap;
+    BasicArray<StorageScene::Flex*> flexes;  // in the order in which they were made
+
+    bool HasOption(std::uint32_t option) const { return (options & option) != 0; }
+    StorageScene::Model& CurrentModel() { return scene->models.Back(); }
+
+    void PushHandlers(const Handlers& handlers) { handlerStack.PushBack(handlers); }
+    void PopHandlers() { handlerStack.PopBack(); }
+    // For end handlers: pops only at the end tag of `element`. Children that pushed nothing end there too.
+    void PopHandlersAt(std::string_view element, std::string_view name);
+    // Ignores the element that starts, with all its content.
+    void Skip();
+
+    // Character data is gathered for the value of the last metadata entry from here until EndText, which sets it.
+    void BeginText();
+    void EndText();
+
+private:
+    void StartElement(std::string_view name, const char** attributes) override;
+    void EndElement(std::string_view name) override;
+    void CharacterData(std::string_view bytes) override;
+
+    BasicDeque<Handlers> handlerStack;
+    bool gathersText_ = false;
+    AString text_;  // gathered so far
+};
+
+// The object that an identifier stands for, or null.
+template <class T>
+T* Find(const BasicMap<unsigned long, T*>& objects, std::uint32_t refID) {
+    const auto position = objects.Find(refID);
+    return position == objects.end() ? nullptr : position->second;
+}
+
+// Named by what they read the content of.
+extern const Handlers kDocument;
+extern const Handlers kMeta;
+extern const Handlers kCameras;
+extern const Handlers kScene;
+extern const Handlers kJoint;
+extern const Handlers kGroup;
+extern const Handlers kBuildingInstructions;
+
+}  // namespace ZEMA::WQFML4

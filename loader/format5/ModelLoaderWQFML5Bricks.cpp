@@ -1,0 +1,139 @@
+// Bricks, their parts and their parts' bones.
+#include "loader/DesignCatalogue.h"
+#include "loader/DesignCorrections.h"
+#include "loader/ModelLoaderErrors.h"
+#include "loader/format5/AttributeReader.h"
+#include "loader/format5/Behaviors.h"
+#include "loader/format5/ChildElements.h"
+#include "loader/format5/ModelLoaderWQFML5.h"
+#include "loader/format5/Transformations.h"
+
+namespace ZEMA {
+
+namespace {
+
+RefPointer<StorageScene2::Brick> NewBrick(std::uint32_t design) {
+    const RefPointer<StorageScene2::Brick> brick = New<StorageScene2::Brick>();
+    brick->designID = design;
+    return brick;
+}
+
+// Whether a refID is taken, with `place` where it stands or would stand.
+template <class Map>
+bool IsUsed(Map& map, typename Map::Position place, std::uint32_t refID) {
+    return place != map.end() && place->first == refID;
+}
+
+}  // namespace
+
+bool ModelLoaderWQFML5::ReadBricks(const Node& root, StorageScene2& scene) {
+    const Node* section = FindSection(root, "Bricks");
+    if (section == nullptr) return false;
+    if (!ReadReference(*section, "cameraRef", cameraMap, scene.bricksCamera)) {
+        Raise(New<CameraError>(CameraError::NonExistingCamera));
+    }
+    scene.bricks.Reserve(CountChildren(*section, "Brick"));
+    return ReadChildren(*section, "Brick", [&](const Node& child) { return ReadBrick(child, scene); });
+}
+
+bool ModelLoaderWQFML5::ReadBrick(const Node& node, StorageScene2& scene) {
+    std::uint32_t refID = 0;
+    if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BrickError>(BrickError::MissingRefID));
+    const auto place = brickMap.LowerBound(refID);
+    if (IsUsed(brickMap, place, refID)) return Fail(New<BrickError>(BrickError::ReusedRefID));
+    std::uint32_t designID = 0;
+    ReadUnsigned(node, "designID", designID);
+    if (designID == 0) return Fail(New<BrickError>(BrickError::MissingDesignID));
+
+    const RefPointer<StorageScene2::Brick> brick = NewBrick(designID);
+    ReadString(node, "itemNos", brick->itemNos);
+    brickMap.InsertBefore(place, refID, brick.Get());
+    scene.bricks.PushBack(brick);
+    const bool behaviors = ReadBehaviors(node, brick->behaviors);
+    brick->parts.Reserve(CountChildren(node, "Part"));
+    const bool parts = ReadChildren(node, "Part", [&](const Node& child) { return ReadPart(child, *brick); });
+    brick->designID = SubstituteDesign(designID);
+    if (brick->designID == CombinedDesign().combined) SplitBrick(refID, scene);
+    return behaviors && parts;
+}
+
+bool ModelLoaderWQFML5::ReadPart(const Node& node, StorageScene2::Brick& brick) {
+    std::uint32_t refID = 0;
+    if (!ReadUnsigned(node, "refID", refID)) return Fail(New<PartError>(nullptr, PartError::MissingRefID));
+    const auto place = partMap.LowerBound(refID);
+    if (IsUsed(partMap, place, refID)) return Fail(New<PartError>(nullptr, PartError::ReusedRefID));
+    std::uint32_t designID = 0;
+    ReadUnsigned(node, "designID", designID);
+    if (designID == 0) return Fail(New<PartError>(nullptr, PartError::MissingDesignID));
+
+    const RefPointer<StorageScene2::Part> part = New<StorageScene2::Part>(designID);
+    if (!ReadPartLists(node, *part)) return false;
+    partMap.InsertBefore(place, refID, part.Get());
+    part->brick = &brick;
+    brick.parts.PushBack(part);
+    const bool behaviors = ReadBehaviors(node, part->behaviors);
+    part->bones.Reserve(CountChildren(node, "Bone"));
+    const bool bones = ReadChildren(node, "Bone", [&](const Node& child) { return ReadBone(child, *part); });
+    part->designID = SubstituteDesign(designID);
+    CorrectPart(*part, brickSetVersion, designTemplates.Get());
+    return behaviors && bones;
+}
+
+// False only when the part is left without a material; entries that cannot be read are raised and count as 0.
+bool ModelLoaderWQFML5::ReadPartLists(const Node& node, StorageScene2::Part& part) {
+    if (!ReadNumberList(node, "materials", 0, part.materials)) {
+        Raise(New<PartError>(&part, PartError::WrongMaterial));
+    }
+    if (part.materials.Empty()) return Fail(New<PartError>(&part, PartError::MissingMaterial));
+    if (!ReadNumberList(node, "decoration", 1, part.decoration)) {
+        Raise(New<PartError>(&part, PartError::WrongDecoration));
+    }
+    return true;
+}
+
+bool ModelLoaderWQFML5::ReadBone(const Node& node, StorageScene2::Part& part) {
+    std::uint32_t refID = 0;
+    if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BoneError>(BoneError::MissingRefID));
+    const auto place = boneMap.LowerBound(refID);
+    if (IsUsed(boneMap, place, refID)) return Fail(New<BoneError>(BoneError::ReusedRefID));
+    const RefPointer<StorageScene2::Bone> bone = New<StorageScene2::Bone>();
+    boneMap.InsertBefore(place, refID, bone.Get());
+    bone->part = &part;
+    part.bones.PushBack(bone);
+    bone->transformation = ReadTransformation(node);
+    return ReadBehaviors(node, bone->behaviors);
+}
+
+// Puts two bricks in the place of the combined one, which is the last that was read.
+void ModelLoaderWQFML5::SplitBrick(std::uint32_t refID, StorageScene2& scene) {
+    const DesignSplit& designs = CombinedDesign();
+    const RefPointer<StorageScene2::Brick> combined = scene.bricks.Back();
+    const RefPointer<StorageScene2::Brick> first = NewBrick(designs.first);
+    const RefPointer<StorageScene2::Brick> second = NewBrick(designs.second);
+    first->behaviors = combined->behaviors;
+    second->behaviors = combined->behaviors;
+    for (const auto& part : combined->parts) {
+        if (part->designID == designs.second) {
+            part->brick = second.Get();
+            second->parts.PushBack(part);
+        } else if (part->designID == designs.first) {
+            part->brick = first.Get();
+            first->parts.PushBack(part);
+        } else {
+            DropPart(part);
+        }
+    }
+    brickMap.Erase(brickMap.Find(refID));
+    scene.bricks.PopBack();
+    scene.bricks.PushBack(first);
+    scene.bricks.PushBack(second);
+}
+
+// The part and its bones stay within reach of references; no plain pointer may lead from them to what can be gone.
+void ModelLoaderWQFML5::DropPart(const RefPointer<StorageScene2::Part>& part) {
+    droppedParts_.PushBack(part);
+    part->brick = nullptr;
+    for (const auto& bone : part->bones) bone->part = nullptr;
+}
+
+}  // namespace ZEMA
