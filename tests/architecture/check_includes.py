@@ -20,9 +20,14 @@ ROOMS = {
     "loader/format5": ["loader", "xml", "scene", "core"],
     "loader/format4": ["loader", "xml", "scene", "core"],
     "importer": ["loader/format5", "loader/format4", "loader", "xml", "scene", "storage/zip", "storage/local", "storage", "registry", "core", "platform"],
-    "host": ["importer", "loader", "xml", "scene", "storage", "registry", "core", "platform"],
-    "host/storage": ["host", "storage/zip", "storage", "core"],
-    "tools/wqf": ["host/storage", "host", "importer", "loader", "scene", "storage", "core", "platform"],
+    "host/system": ["core", "platform"],
+    "host/print": ["host/system", "loader", "xml", "scene", "core", "platform"],
+    "host/plugin": ["host/print", "host/system", "platform"],
+    "host/documents": ["host/plugin", "host/print", "host/system", "importer", "loader", "scene", "storage", "core",
+                       "platform"],
+    "host/archive": ["host/print", "host/system", "storage/zip", "storage", "core"],
+    "tools/wqf": ["host/archive", "host/documents", "host/plugin", "host/print", "host/system", "importer", "loader",
+                  "scene", "storage", "core", "platform"],
 }
 
 # Foreign header: the rooms that may include it, and in which files.
@@ -30,13 +35,13 @@ WALLS = {
     "zlib.h": (["storage/zip"], ".cpp"),
     "expat.h": (["xml"], ".cpp"),
     "utf8proc.h": (["platform"], ".cpp"),
-    "nlohmann/": (["host", "tools/wqf"], ".cpp"),
+    "nlohmann/": (["host/print"], ".cpp"),
     "CLI/": (["tools/wqf"], ".cpp"),
 }
 
 # Platform headers appear where platform types do: in the texts, the local back end, and around the plug-in.
 PLATFORM_HEADERS = ("CoreFoundation/", "CoreServices/")
-PLATFORM_ROOMS = ["platform", "core", "storage/local", "importer", "host"]
+PLATFORM_ROOMS = ["platform", "core", "storage/local", "importer", "host/system", "host/print", "host/plugin", "host/documents"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]', re.MULTILINE)
 

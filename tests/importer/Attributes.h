@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "host/JsonText.h"
-#include "host/Value.h"
+#include "host/print/JsonText.h"
+#include "host/print/Value.h"
 #include "platform/Foundation/CFPointer.h"
 #include "platform/Foundation/NSPathUtilities.h"
 

@@ -7,10 +7,10 @@
 #include <set>
 #include <sstream>
 
-#include "host/BundleInfo.h"
-#include "host/FileReading.h"
-#include "host/PluginHost.h"
-#include "host/Utf8Text.h"
+#include "host/plugin/BundleInfo.h"
+#include "host/plugin/PluginHost.h"
+#include "host/system/FileReading.h"
+#include "host/system/Utf8Text.h"
 #include "importer/AttributeSet.h"
 #include "importer/MetadataImporterPlugin.h"
 #include "platform/PlugInInstances.h"

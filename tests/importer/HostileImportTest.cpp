@@ -4,8 +4,8 @@
 
 #include <ctime>
 
-#include "host/DocumentRecord.h"
-#include "host/PluginHost.h"
+#include "host/documents/DocumentRecord.h"
+#include "host/plugin/PluginHost.h"
 #include "tests/importer/Attributes.h"
 #include "tests/support/ArchiveBuilder.h"
 #include "tests/support/TemporaryFolder.h"

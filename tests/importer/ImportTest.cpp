@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "host/DocumentCheck.h"
-#include "host/PluginHost.h"
+#include "host/documents/DocumentCheck.h"
+#include "host/plugin/PluginHost.h"
 #include "importer/GetMetadataForFile.h"
 #include "tests/importer/Attributes.h"
 #include "tests/support/ArchiveBuilder.h"

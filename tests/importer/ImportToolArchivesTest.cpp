@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "host/DocumentRecord.h"
-#include "host/PluginHost.h"
+#include "host/documents/DocumentRecord.h"
+#include "host/plugin/PluginHost.h"
 #include "tests/importer/Attributes.h"
 #include "tests/support/TemporaryFolder.h"
 

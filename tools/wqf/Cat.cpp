@@ -4,9 +4,9 @@
 #include <optional>
 #include <vector>
 
-#include "host/Output.h"
-#include "host/storage/StorageReader.h"
-#include "host/storage/StorageTree.h"
+#include "host/archive/StorageReader.h"
+#include "host/archive/StorageTree.h"
+#include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/StorageCommands.h"
 

@@ -1,7 +1,7 @@
 // wqf catalogue: what is known of individual brick designs.
 
-#include "host/CatalogueJson.h"
-#include "host/Output.h"
+#include "host/print/CatalogueJson.h"
+#include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 
 namespace ZEMA {

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "host/CheckRecord.h"
-#include "host/DocumentCheck.h"
-#include "host/FileReading.h"
-#include "host/JsonText.h"
-#include "host/Output.h"
+#include "host/documents/CheckRecord.h"
+#include "host/documents/DocumentCheck.h"
+#include "host/print/JsonText.h"
+#include "host/system/FileReading.h"
+#include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/NamedDocuments.h"
 

@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "host/Output.h"
+#include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/StorageCommands.h"
 

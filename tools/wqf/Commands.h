@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host/Output.h"
-#include "host/RecordWriter.h"
+#include "host/documents/RecordWriter.h"
+#include "host/system/Output.h"
 #include "importer/DocumentLoad.h"
 
 namespace ZEMA {

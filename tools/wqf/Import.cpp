@@ -6,12 +6,12 @@
 #include <utility>
 #include <vector>
 
-#include "host/BundleLocation.h"
-#include "host/DocumentFinder.h"
-#include "host/DocumentRecord.h"
-#include "host/Output.h"
-#include "host/PluginHost.h"
-#include "host/RecordWriter.h"
+#include "host/documents/DocumentFinder.h"
+#include "host/documents/DocumentRecord.h"
+#include "host/documents/RecordWriter.h"
+#include "host/plugin/BundleLocation.h"
+#include "host/plugin/PluginHost.h"
+#include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/NamedDocuments.h"
 

@@ -5,11 +5,11 @@
 #include <utility>
 #include <vector>
 
-#include "host/Output.h"
-#include "host/Utf8Text.h"
-#include "host/storage/EntryText.h"
-#include "host/storage/ReplacementFile.h"
-#include "host/storage/StorageTree.h"
+#include "host/archive/EntryText.h"
+#include "host/archive/ReplacementFile.h"
+#include "host/archive/StorageTree.h"
+#include "host/system/Output.h"
+#include "host/system/Utf8Text.h"
 #include "storage/MatchPattern.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/StorageCommands.h"

@@ -1,6 +1,6 @@
 // wqf mkdir: makes folders, inside archives and outside.
 
-#include "host/storage/StorageMaking.h"
+#include "host/archive/StorageMaking.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {

@@ -1,6 +1,6 @@
 // wqf mv: moves into archives, out of them and between them.
 
-#include "host/storage/StorageCopy.h"
+#include "host/archive/StorageCopy.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {

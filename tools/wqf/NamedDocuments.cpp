@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/PathList.h"
+#include "host/documents/PathList.h"
 
 namespace ZEMA {
 

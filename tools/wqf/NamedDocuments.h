@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "host/DocumentFinder.h"
+#include "host/documents/DocumentFinder.h"
 #include "tools/wqf/Commands.h"
 
 namespace ZEMA {

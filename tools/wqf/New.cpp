@@ -1,6 +1,6 @@
 // wqf new: makes archives without members.
 
-#include "host/storage/StorageMaking.h"
+#include "host/archive/StorageMaking.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {

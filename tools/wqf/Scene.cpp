@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "host/DocumentCheck.h"
-#include "host/FileReading.h"
-#include "host/JsonWriter.h"
-#include "host/Output.h"
-#include "host/SceneJson.h"
+#include "host/documents/DocumentCheck.h"
+#include "host/print/JsonWriter.h"
+#include "host/print/SceneJson.h"
+#include "host/system/FileReading.h"
+#include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 
 namespace ZEMA {

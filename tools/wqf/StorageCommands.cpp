@@ -1,6 +1,6 @@
 #include "tools/wqf/StorageCommands.h"
 
-#include "host/Output.h"
+#include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 
 namespace ZEMA {

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "host/storage/CopyPlan.h"
-#include "host/storage/StorageRemoval.h"
-#include "host/storage/StorageReport.h"
+#include "host/archive/CopyPlan.h"
+#include "host/archive/StorageRemoval.h"
+#include "host/archive/StorageReport.h"
 
 namespace ZEMA {
 

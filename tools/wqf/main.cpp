@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "core/Exception.h"
-#include "host/Output.h"
+#include "host/system/Output.h"
 #include "tools/wqf/CommandLine.h"
 #include "tools/wqf/Commands.h"
 

@@ -1,0 +1,57 @@
+// The edits of one command, one for each archive.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/archive/SafeEdit.h"
+#include "host/archive/StorageReport.h"
+#include "host/archive/StorageTree.h"
+
+namespace ZEMA {
+
+// Begins all edits before the first change, in the order of the archives' paths, so that two commands that want the
+// same archives do not wait for each other.
+//
+// Paths name archive files, also through links.
+class ArchiveEdits {
+public:
+    // Nothing is told of an archive twice. `force` also edits write-protected archives. Those that cannot be edited are
+    // told of and have no edit.
+    void Begin(const std::set<std::string>& archives, bool force, StorageReport& report);
+
+    // Null where there is none (any more).
+    SafeEdit* Find(const std::string& archive) const;
+
+    // Tells why a change failed and gives up the whole edit of the archive, which stays as it was.
+    void GiveUp(const std::string& archive, const std::string& path, const std::string& problem, StorageReport& report);
+
+    // False, with the reason told, when the edit failed or there is none.
+    bool Commit(const std::string& archive, StorageReport& report);
+    void CommitAll(StorageReport& report);
+
+private:
+    struct Edit {
+        std::string given;  // the path as the user knows it
+        std::unique_ptr<SafeEdit> edit;
+    };
+    std::map<std::string, Edit> edits_;  // by paths without links
+};
+
+// Makes the same change to each of the members, in the edit of its archive, and commits all edits. A change that
+// answers false, with a problem, gives up the edit of that archive alone.
+using MemberChange = std::function<bool(SafeEdit& edit, const StorageItem& member, std::string& problem)>;
+void EditMembers(const std::vector<StorageItem>& members, bool force, const MemberChange& change,
+                 StorageReport& report);
+
+// Whether a file may only be replaced with force.
+bool IsWriteProtected(const std::string& path);
+
+// The path without links, or as it is where there is nothing.
+std::string RealPath(const std::string& path);
+
+}  // namespace ZEMA

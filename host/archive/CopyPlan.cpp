@@ -1,0 +1,230 @@
+#include "host/archive/CopyPlan.h"
+
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "host/archive/ArchiveComparison.h"
+#include "host/archive/ArchiveEdits.h"
+#include "host/archive/ReplacementFile.h"
+
+namespace ZEMA {
+
+namespace {
+
+// The name under which a thing goes into a folder; empty for a folder without one, whose contents go in by themselves.
+std::string OwnName(const StorageItem& item) {
+    if (item.archive && !item.inner.Empty()) return std::string(item.node->Name().ToAString().View());
+    const std::string name = NameOf(item.archive && item.archive->IsMember() ? item.shown : item.native);
+    return name == "." || name == ".." ? std::string() : name;
+}
+
+bool IsSameFile(const StorageItem& a, const StorageItem& b) {
+    if (a.archive || b.archive) return a.archive == b.archive && a.node == b.node;
+    struct stat first, second;
+    return stat(a.native.c_str(), &first) == 0 && stat(b.native.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+// Whether the stored name of a member is that path or lies below it.
+bool LiesBelow(std::string name, const BasicArray<String>& path) {
+    for (const String& part : path) {
+        const std::string first = name.substr(0, name.find('/'));
+        const std::optional<String> text = MemberName(first);
+        if (!text || !text->EqualsNoCaseAt(0, npos, part)) return false;
+        name.erase(0, first.size() + 1);
+    }
+    return true;
+}
+
+bool IsProtected(const StorageItem& target) {
+    return target.archive ? !target.facts.flags.Has(ElementFlags::kWritable) : IsWriteProtected(target.native);
+}
+
+}  // namespace
+
+void CopyPlan::LeaveOut(const StorageItem& source, const std::string& reason) {
+    report_.Fail(source.shown, reason);
+    operands_.back().complete = false;
+}
+
+bool CopyPlan::Make(const std::vector<std::string>& sources, const std::string& target) {
+    if (!FindTarget(sources, target)) return false;
+    for (const std::string& source : sources) {
+        if (!AddOperand(source)) return false;
+    }
+    return !RefusesSideBySide() && !RefusesSizes();
+}
+
+bool CopyPlan::IsArchiveFile(const std::string& path) {
+    std::string problem;
+    const std::optional<StorageItem> item = tree_.Find(path, problem);
+    if (!item || !item->facts.IsFile()) return false;
+    const std::optional<StorageItem> entered = tree_.Enter(*item, problem);
+    return entered && entered->facts.IsFolder();
+}
+
+bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::string& target) {
+    std::string problem;
+    std::optional<StorageItem> item = tree_.Find(target, problem);
+    if (!item) return Refuse(target, problem);
+    const bool replaced = !item->archive && sources.size() == 1 && IsArchiveFile(sources[0]);
+    if (item->facts.IsFile() && !replaced) item = tree_.Enter(*item, problem);
+    if (!item) return Refuse(target, problem);
+    target_ = *item;
+    intoTarget_ = target_.facts.IsFolder();
+    if (sources.size() > 1 && !intoTarget_) return Refuse(target, "is no folder, and there are several sources");
+    if (target_.archive && target_.archive->IsMember()) {
+        return Refuse(target, "an archive in an archive can only be read");
+    }
+    return true;
+}
+
+bool CopyPlan::AddOperand(const std::string& path) {
+    std::string problem;
+    const std::optional<StorageItem> found = tree_.Find(path, problem);
+    const bool leads = found && (!found->facts.IsMissing() || (options_.move && found->facts.isLink));
+    if (found) problem = WhyMissing(found->facts);
+    if (!leads) report_.Fail(path, problem);
+    if (!leads) return true;
+    const StorageItem& source = *found;
+    operands_.push_back({source, {}});
+    if (source.facts.IsFolder() && !options_.recursive) {
+        LeaveOut(source, "is a folder (-r copies folders)");
+        return true;
+    }
+    if (options_.move && source.archive && source.archive->IsMember()) {
+        return Refuse(path, "an archive in an archive can only be read");
+    }
+    if (options_.move && source.facts.isLink && source.facts.IsFolder() && path.ends_with('/')) {
+        return Refuse(path, "is a link to a folder; name it without '/'");
+    }
+    if (options_.move && source.IsArchiveRoot()) return Refuse(path, "is a whole archive; name it without '/'");
+    const std::string name = intoTarget_ ? OwnName(source) : std::string();
+    const Pending top = {source, name.empty() ? target_ : tree_.Child(target_, name), kNoStep, name};
+    operands_.back().target = top.target;
+    if (RefusesPair(source, top.target)) return false;
+    if (!CanRename(source, top.target)) return AddTree(top);
+    if (!Takes(source, top.target)) return true;
+    if (RefusesName(top)) return false;
+    AddStep(top, true);
+    return true;
+}
+
+bool CopyPlan::CanRename(const StorageItem& source, const StorageItem& target) const {
+    struct stat from, to;
+    return options_.move && !source.archive && !target.archive && lstat(source.native.c_str(), &from) == 0 &&
+           stat(FolderOf(target.native).c_str(), &to) == 0 && from.st_dev == to.st_dev;
+}
+
+// Whether the source goes to the target; a failure is told, and so is a link that is left out.
+bool CopyPlan::Takes(const StorageItem& source, const StorageItem& target) {
+    const StorageFacts& there = target.facts;
+    const bool isThere = !there.IsMissing() || there.isLink;
+    const bool folders = there.IsFolder() || source.facts.IsFolder();
+    if (options_.keepExisting && isThere && !folders && !IsSameFile(source, target)) {
+        operands_.back().complete = false;
+        return false;
+    }
+    const std::string reason = WhyNot(source, target);
+    if (!reason.empty()) LeaveOut(source, reason);
+    return reason.empty();
+}
+
+std::string CopyPlan::WhyNot(const StorageItem& source, const StorageItem& target) const {
+    const StorageFacts& there = target.facts;
+    const bool below = !steps_.empty() && steps_.back().operand == operands_.size() - 1;
+    const bool rename = CanRename(source, target);
+    const std::string name = "'" + target.shown + "'";
+    if (source.facts.isLink && !rename && (below || options_.move)) return "is a link and is left out";
+    if (source.facts.IsMissing() && !rename) return WhyMissing(source.facts);
+    if (source.facts.kind == StorageKind::Other && !rename) return "is neither a file nor a folder";
+    if (target.archive && (target.inner.Empty() ? !source.facts.IsFolder() : target.inner.Back().IsEmpty())) {
+        return "its name is not UTF-8, and cannot stand in an archive";
+    }
+    if (there.error != 0 && !there.isLink) return name + ": " + SystemError(there.error);
+    if (!there.IsMissing() && IsSameFile(source, target)) return "is the same file as " + name;
+    if (there.isLink && there.IsMissing() && !options_.move) return name + " is a link that leads nowhere";
+    if (there.kind == StorageKind::Other) return name + " is there and is no file";
+    if (there.IsMissing() && target.shown.ends_with('/') && !source.facts.IsFolder()) return name + " is no folder";
+    if (there.IsFolder() && !source.facts.IsFolder()) return name + " is a folder";
+    if (there.IsFile() && source.facts.IsFolder()) return name + " is there and is no folder";
+    if (there.IsFile() && !options_.force && IsProtected(target)) {
+        return name + " is write-protected (-f replaces it)";
+    }
+    return "";
+}
+
+// Trees may be of any depth, so what is still to be looked at is a list.
+bool CopyPlan::AddTree(const Pending& top) {
+    std::vector<Pending> pending = {top};
+    while (!pending.empty()) {
+        const Pending next = std::move(pending.back());
+        pending.pop_back();
+        if (RefusesLength(next)) return false;
+        if (!Takes(next.source, next.target)) continue;
+        if (RefusesName(next)) return false;
+        AddStep(next, false);
+        if (next.source.facts.IsFolder()) AddChildren(next, pending);
+    }
+    // Of a file that is copied the user has named the one that paths lead to.
+    if (top.source.archive && (options_.move || top.source.facts.IsFolder())) TellOfHiddenFiles(top.source);
+    return true;
+}
+
+void CopyPlan::TellOfHiddenFiles(const StorageItem& source) {
+    for (const std::string& name : NamesOfHiddenFiles(source.archive->Volume())) {
+        if (!LiesBelow(name, source.inner)) continue;
+        LeaveOut(source,
+                 "its member '" + name + "' is left out: another one has that name, or it is no name for a file");
+    }
+}
+
+void CopyPlan::AddChildren(const Pending& folder, std::vector<Pending>& pending) {
+    std::vector<StorageEntry> entries;
+    std::string problem;
+    if (options_.move && folder.target.facts.IsFolder()) {
+        if (!tree_.List(folder.target, entries, problem) || !entries.empty()) {
+            LeaveOut(folder.source, "'" + folder.target.shown + "' is there and is not empty");
+            steps_.pop_back();
+            return;
+        }
+    }
+    if (!tree_.List(folder.source, entries, problem)) LeaveOut(folder.source, problem);
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+        const std::string& name = entry->name;
+        const std::size_t step = steps_.size() - 1;
+        pending.push_back({tree_.Child(folder.source, name), tree_.Child(folder.target, name), step, name});
+    }
+}
+
+void CopyPlan::AddStep(const Pending& pending, bool rename) {
+    const StorageItem& source = pending.source;
+    const StorageItem& target = pending.target;
+    steps_.push_back({{source.node, source.facts},
+                      {target.node, target.facts},
+                      operands_.size() - 1,
+                      pending.folder,
+                      pending.name,
+                      rename});
+}
+
+StorageItem CopyPlan::SourceOf(const Step& step) const {
+    return ItemBelow(operands_[step.operand].source, step, step.source);
+}
+
+StorageItem CopyPlan::TargetOf(const Step& step) const {
+    return ItemBelow(operands_[step.operand].target, step, step.target);
+}
+
+StorageItem CopyPlan::ItemBelow(const StorageItem& top, const Step& step, const Place& place) const {
+    std::vector<const std::string*> names;
+    for (const Step* at = &step; at->folder != kNoStep; at = &steps_[at->folder]) names.push_back(&at->name);
+    StorageItem item = top;
+    for (auto name = names.rbegin(); name != names.rend(); ++name) AppendName(item, **name);
+    item.node = place.node;
+    item.facts = place.facts;
+    return item;
+}
+
+}  // namespace ZEMA

@@ -1,0 +1,100 @@
+// What a copy or a move is going to do, before any of it is done.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/BasicSet.h"
+#include "host/archive/StorageReport.h"
+#include "host/archive/StorageTree.h"
+
+namespace ZEMA {
+
+struct CopyOptions {
+    bool recursive = false;  // folders too
+    bool force = false;      // over write-protected files too
+    bool keepExisting = false;
+    bool move = false;
+};
+
+// The steps from the sources to their targets, folders before what lies in them.
+//
+// A target that is a folder, or an archive, takes the sources under their own names. An archive that is named as the
+// target of a single other archive is replaced by it. What is wrong with one source is told, and the source left out;
+// what would make the command as a whole go wrong is told too, and refuses it.
+class CopyPlan {
+public:
+    struct Place {
+        RefPointer<ZipTreeNode> node;
+        StorageFacts facts;
+    };
+    // Paths are not kept: those of a deep tree would take far more memory than the tree.
+    struct Step {
+        Place source;
+        Place target;
+        std::size_t operand;  // the source that it belongs to
+        std::size_t folder;   // the step of the folder around it, or kNoStep for the operand itself
+        std::string name;     // in that folder
+        bool rename = false;  // the whole thing, by the file system
+    };
+    struct Operand {
+        StorageItem source;
+        StorageItem target;
+        bool complete = true;  // nothing of it was left out
+    };
+    static constexpr std::size_t kNoStep = static_cast<std::size_t>(-1);
+
+    CopyPlan(const CopyOptions& options, StorageReport& report) : options_(options), report_(report) {}
+
+    // False when the command is refused.
+    [[nodiscard]] bool Make(const std::vector<std::string>& sources, const std::string& target);
+
+    const std::vector<Step>& Steps() const { return steps_; }
+    StorageItem SourceOf(const Step& step) const;
+    StorageItem TargetOf(const Step& step) const;
+    std::vector<Operand>& Operands() { return operands_; }
+
+    // The archive that the target lies in, or null.
+    const StorageItem* TargetArchive() const { return target_.archive ? &target_ : nullptr; }
+
+private:
+    using Names = BasicSet<String, StringCaseInsensitiveLess<String>>;
+    struct Pending {
+        StorageItem source;
+        StorageItem target;
+        std::size_t folder;
+        std::string name;  // empty where the source's contents go into the target by themselves
+    };
+
+    bool FindTarget(const std::vector<std::string>& sources, const std::string& target);
+    bool IsArchiveFile(const std::string& path);
+    bool AddOperand(const std::string& source);
+    bool AddTree(const Pending& top);
+    void AddChildren(const Pending& folder, std::vector<Pending>& pending);
+    void AddStep(const Pending& pending, bool rename);
+    void TellOfHiddenFiles(const StorageItem& source);
+    StorageItem ItemBelow(const StorageItem& top, const Step& step, const Place& place) const;
+    bool RefusesPair(const StorageItem& source, const StorageItem& target);
+    bool RefusesLength(const Pending& pending);
+    bool RefusesName(const Pending& pending);
+    bool RefusesSizes();
+    bool RefusesSideBySide();
+    bool Takes(const StorageItem& source, const StorageItem& target);
+    bool CanRename(const StorageItem& source, const StorageItem& target) const;
+    std::string WhyNot(const StorageItem& source, const StorageItem& target) const;
+    void LeaveOut(const StorageItem& source, const std::string& reason);
+    bool Refuse(const std::string& path, const std::string& reason);
+
+    const CopyOptions options_;
+    StorageReport& report_;
+    StorageTree tree_;
+    StorageItem target_;
+    bool intoTarget_ = false;
+    std::vector<Operand> operands_;
+    std::vector<Step> steps_;
+    std::map<std::size_t, Names> names_;  // of all targets, by the step of their folder
+};
+
+}  // namespace ZEMA

@@ -1,0 +1,48 @@
+#include "host/archive/ExtendedAttributes.h"
+
+#ifdef __linux__
+#include <sys/xattr.h>
+
+#include <cstddef>
+#include <vector>
+#endif
+
+namespace ZEMA {
+
+#ifdef __linux__
+
+namespace {
+
+// What `read` puts into a buffer, after it was asked how much that is; empty where it fails or is empty.
+template <class Read>
+std::vector<char> Bytes(Read read) {
+    const ssize_t size = read(nullptr, 0);
+    if (size <= 0) return {};
+    std::vector<char> bytes(static_cast<std::size_t>(size));
+    const ssize_t count = read(bytes.data(), bytes.size());
+    bytes.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+    return bytes;
+}
+
+}  // namespace
+
+void CopyExtendedAttributes(const std::string& from, int to) {
+    const char* const path = from.c_str();
+    const std::vector<char> names =
+        Bytes([path](char* buffer, std::size_t size) { return listxattr(path, buffer, size); });
+    for (std::size_t begin = 0; begin < names.size();) {
+        const std::string name(&names[begin]);  // each ends in a zero byte
+        begin += name.size() + 1;
+        const std::vector<char> value =
+            Bytes([&](char* buffer, std::size_t size) { return getxattr(path, name.c_str(), buffer, size); });
+        fsetxattr(to, name.c_str(), value.data(), value.size(), 0);
+    }
+}
+
+#else
+
+void CopyExtendedAttributes(const std::string&, int) {}
+
+#endif
+
+}  // namespace ZEMA

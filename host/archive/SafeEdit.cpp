@@ -1,0 +1,232 @@
+#include "host/archive/SafeEdit.h"
+
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+#include "host/archive/ArchiveComparison.h"
+#include "host/archive/DataDescriptors.h"
+#include "host/archive/ExtendedAttributes.h"
+#include "storage/PathOperations.h"
+#include "storage/StorageMutex.h"
+#include "storage/zip/ZipFormat.h"
+
+namespace ZEMA {
+
+namespace {
+
+// Members of one name, one of which is seen: more than anybody's tools make, and few enough to mount the archive anew
+// for each.
+constexpr int kMostOfOneName = 16;
+
+struct FreeText {
+    void operator()(char* text) const { std::free(text); }
+};
+
+bool IsSameState(const struct stat& a, const struct stat& b) {
+#ifdef __APPLE__
+    const timespec &modifiedA = a.st_mtimespec, &modifiedB = b.st_mtimespec;
+    const timespec &changedA = a.st_ctimespec, &changedB = b.st_ctimespec;
+#else
+    const timespec &modifiedA = a.st_mtim, &modifiedB = b.st_mtim;
+    const timespec &changedA = a.st_ctim, &changedB = b.st_ctim;
+#endif
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+           modifiedA.tv_sec == modifiedB.tv_sec && modifiedA.tv_nsec == modifiedB.tv_nsec &&
+           changedA.tv_sec == changedB.tv_sec && changedA.tv_nsec == changedB.tv_nsec;
+}
+
+void LiftProtection(ZipTreeNode& node) {
+    ElementFlags flags = node.Flags();
+    flags.Set(ElementFlags::kWritable | ElementFlags::kEntriesWritable, true);
+    node.SetFlags(flags);
+}
+
+BasicArray<String> ParentOf(const BasicArray<String>& path) {
+    BasicArray<String> parent = path;
+    parent.PopBack();
+    return parent;
+}
+
+}  // namespace
+
+std::unique_ptr<SafeEdit> SafeEdit::Begin(const std::string& path, std::string& problem) {
+    const std::unique_ptr<char, FreeText> real(realpath(path.c_str(), nullptr));
+    if (!real) {
+        problem = SystemError(errno);
+        return nullptr;
+    }
+    std::unique_ptr<SafeEdit> edit(new SafeEdit);
+    edit->path_ = real.get();
+    if (!edit->LockArchive(real.get(), problem)) return nullptr;
+    RemoveLeftovers(edit->path_);
+    if (!edit->copy_.Create(edit->path_, problem)) return nullptr;
+    edit->file_ = New<OverlayFile>(edit->archive_.Get(), edit->copy_.Descriptor());
+    if (!edit->Mount(problem)) return nullptr;
+    return edit;
+}
+
+// The tree lets go of the files before they are closed.
+SafeEdit::~SafeEdit() {
+    root_.Reset();
+    file_.Reset();
+}
+
+// The edit that had the lock before may have put another file in the place of the one that was opened.
+bool SafeEdit::LockArchive(const std::string& path, std::string& problem) {
+    while (true) {
+        archive_ = OpenRegularFile(path, problem);
+        if (!archive_.IsOpen()) return false;
+        while (flock(archive_.Get(), LOCK_EX) != 0 && errno == EINTR) {
+        }
+        struct stat now;
+        if (fstat(archive_.Get(), &before_) == 0 && stat(path.c_str(), &now) == 0 && now.st_ino == before_.st_ino &&
+            now.st_dev == before_.st_dev) {
+            return true;
+        }
+    }
+}
+
+bool SafeEdit::Mount(std::string& problem) {
+    root_.Reset();
+    const RefPointer<ZipStorageVolume> volume = New<ZipStorageVolume>(file_.Get(), kReadWriteStyle);
+    if (!volume->Open()) {
+        problem = Reason("the archive is damaged");
+        return false;
+    }
+    root_ = New<ZipStorageDirectory>(String(), nullptr, volume.Get(), &volume->RootNode());
+    hidesMembers_ = CountNamedMembers(*volume) != volume->EndRecord().entryCount;
+    return true;
+}
+
+std::string SafeEdit::Reason(const char* otherwise) const {
+    return file_->Error() != 0 ? SystemError(file_->Error()) : otherwise;
+}
+
+ZipTreeNode* SafeEdit::Find(const BasicArray<String>& path) const {
+    ZipTreeNode* node = &root_->Node();
+    for (const String& name : path) {
+        node = node->FindChild(name);
+        if (node == nullptr) return nullptr;
+    }
+    return node;
+}
+
+bool SafeEdit::MendLastMember(std::string& problem) {
+    if (RewriteLastMember(Volume())) return true;
+    problem =
+        Reason("nothing can be added behind its last member, which ends in a data descriptor and is not readable");
+    return false;
+}
+
+bool SafeEdit::AddFolder(const BasicArray<String>& path, std::string& problem) {
+    if (!MendLastMember(problem)) return false;
+    const StorageLock lock;
+    const RefPointer<Directory> parent = OpenDirectory(*root_, ParentOf(path), true);
+    const ZipTreeNode* const present = Find(path);
+    if (present != nullptr && present->Flags().IsDirectory()) return true;
+    if (parent && parent->CreateDirectory(path.Back())) return true;
+    problem = Reason("the archive does not take it");
+    return false;
+}
+
+// A member that is there and cannot be opened is replaced as a whole.
+RefPointer<File> SafeEdit::OpenForWriting(const BasicArray<String>& path) {
+    const std::uint64_t empty = 0;
+    if (ZipTreeNode* const present = Find(path)) {
+        if (present->Flags().IsDirectory()) return nullptr;
+        LiftProtection(*present);
+        RefPointer<File> file = OpenFile(*root_, path, &kReadWriteStyle, false, &empty);
+        std::string problem;
+        if (file || !RemoveOne(path, problem) || !MendLastMember(problem)) return file;
+    }
+    return OpenFile(*root_, path, &kReadWriteStyle, true, &empty);
+}
+
+bool SafeEdit::WriteFile(const BasicArray<String>& path, StorageReader& contents, std::string& problem) {
+    if (!MendLastMember(problem)) return false;
+    RefPointer<File> file = OpenForWriting(path);
+    if (!file) {
+        problem = Reason("the archive does not take it");
+        return false;
+    }
+    std::vector<char> buffer(kReadBufferSize);
+    std::uint64_t size = 0;
+    Crc32 crc;
+    while (true) {
+        const std::optional<std::size_t> count = contents.Read(buffer.data(), buffer.size(), problem);
+        if (!count) return false;
+        if (*count == 0) break;
+        crc.Update(buffer.data(), *count);
+        size += *count;
+        if (!Write(*file, *count, buffer.data())) {
+            problem = size > kMaxOffset ? "it is too large for an archive" : "there is not enough memory";
+            return false;
+        }
+    }
+    ZipFileHeader& member = *Find(path)->Header();
+    if (member.dirty) CountDescriptorSignature(Volume(), member);
+    file.Reset();  // which packs the contents and cannot tell whether that went well
+    if (member.uncompressedSize == size && member.crc32 == crc.Value()) return true;
+    problem = Reason("the archive would grow past 4 GiB, or its records do not allow changes");
+    return false;
+}
+
+bool SafeEdit::Remove(const BasicArray<String>& path, std::string& problem) {
+    String spelling;
+    bool isFolder = false;
+    for (int removed = 0; removed < kMostOfOneName; ++removed) {
+        const ZipTreeNode* const node = Find(path);
+        if (node == nullptr) return true;
+        const bool same = node->Name() == spelling && node->Flags().IsDirectory() == isFolder;
+        if (removed > 0 && !same) return true;  // something else that the name stands for now
+        spelling = node->Name();
+        isFolder = node->Flags().IsDirectory();
+        if (!RemoveOne(path, problem)) return false;
+        // Of several members of one name the tree has the first; the next one shows when the archive is mounted again.
+        if (!hidesMembers_) return true;
+        if (!Mount(problem)) return false;
+    }
+    problem = "too many members have this name";
+    return false;
+}
+
+bool SafeEdit::RemoveOne(const BasicArray<String>& path, std::string& problem) {
+    const StorageLock lock;
+    const RefPointer<Directory> parent = OpenDirectory(*root_, ParentOf(path), false);
+    if (const ZipTreeNode* const present = Find(path)) {
+        for (ZipFileHeader* const member : MembersBelow(*present)) CountDescriptorSignature(Volume(), *member);
+    }
+    if (parent && parent->Remove(path.Back(), true)) return true;
+    problem = Reason("the archive's records do not allow changes");
+    return false;
+}
+
+bool SafeEdit::IsUnchanged() const {
+    struct stat now;
+    return stat(path_.c_str(), &now) == 0 && IsSameState(now, before_);
+}
+
+bool SafeEdit::Commit(std::string& problem) {
+    const bool complete = file_->Complete();
+    const RefPointer<OverlayFile> written = New<OverlayFile>(copy_.Descriptor(), -1);
+    const RefPointer<ZipStorageVolume> volume = New<ZipStorageVolume>(written.Get(), kReadStyle);
+    if (!complete || !volume->Open() || !HoldSameMembers(Volume(), *volume)) {
+        problem = Reason("what was written is not what should be there");
+        return false;
+    }
+    // Changing the owner clears some permissions, which are therefore set behind it.
+    if (fchown(copy_.Descriptor(), before_.st_uid, before_.st_gid) != 0) errno = 0;
+    CopyExtendedAttributes(path_, copy_.Descriptor());
+    if (!IsUnchanged()) {
+        problem = "somebody else has changed it meanwhile";
+        return false;
+    }
+    return copy_.Commit(before_.st_mode & 07777, true, problem);
+}
+
+}  // namespace ZEMA

@@ -1,0 +1,65 @@
+#include "host/documents/DocumentFinder.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "host/system/FileReading.h"
+
+namespace ZEMA {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool EndsIn(std::string_view name, std::string_view ending) {
+    if (name.size() < ending.size()) return false;
+    const auto sameLetter = [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+    };
+    return std::equal(ending.begin(), ending.end(), name.end() - static_cast<std::ptrdiff_t>(ending.size()),
+                      sameLetter);
+}
+
+bool IsDocumentName(std::string_view name) {
+    return EndsIn(name, ".wqf") || EndsIn(name, ".wqfml");
+}
+
+// Looks through one folder and puts the folders in it on the list of those to come.
+void SearchFolder(const std::string& folder, std::vector<std::string>& folders, std::vector<FoundDocument>& documents) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        std::error_code unknown;  // an entry that has gone meanwhile is neither
+        if (entry->symlink_status(unknown).type() == fs::file_type::directory) {
+            folders.push_back(entry->path().string());
+        } else if (IsDocumentName(entry->path().filename().string()) && entry->is_regular_file(unknown)) {
+            documents.push_back({entry->path().string(), ""});
+        }
+    }
+    if (error) documents.push_back({folder, error.message()});
+}
+
+}  // namespace
+
+bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents) {
+    std::error_code error;
+    if (!fs::is_directory(path, error)) {
+        documents.push_back({path, WhyNoFile(path)});
+        return true;
+    }
+    std::vector<FoundDocument> found;
+    for (std::vector<std::string> folders = {path}; !folders.empty();) {
+        const std::string folder = std::move(folders.back());
+        folders.pop_back();
+        SearchFolder(folder, folders, found);
+    }
+    std::sort(found.begin(), found.end(),
+              [](const FoundDocument& a, const FoundDocument& b) { return a.path < b.path; });
+    documents.insert(documents.end(), found.begin(), found.end());
+    return !found.empty();
+}
+
+}  // namespace ZEMA

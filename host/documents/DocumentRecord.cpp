@@ -1,0 +1,80 @@
+#include "host/documents/DocumentRecord.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include "host/documents/DocumentCheck.h"
+#include "host/system/Utf8Text.h"
+#include "importer/AttributeSet.h"
+#include "platform/Foundation/CFPointer.h"
+#include "platform/Foundation/NSPathUtilities.h"
+
+namespace ZEMA {
+
+namespace {
+
+using Foundation::CFPointer;
+
+// The known attributes in the order of their table, then whatever else a plug-in wrote.
+Value::Dictionary AttributesOf(CFDictionaryRef attributes) {
+    Value all = ValueOf(attributes);
+    auto& rest = std::get<Value::Dictionary>(all.content);
+    Value::Dictionary ordered;
+    for (const CFStringRef name : AttributeNames()) {
+        const std::string key = Utf8Of(name);
+        const auto found = std::find_if(rest.begin(), rest.end(), [&](const auto& item) { return item.key == key; });
+        if (found == rest.end()) continue;
+        ordered.push_back(std::move(*found));
+        rest.erase(found);
+    }
+    std::move(rest.begin(), rest.end(), std::back_inserter(ordered));
+    return ordered;
+}
+
+void ImportAbsolute(const PluginHost& host, const std::string& path, DocumentRecord& record) {
+    const CFPointer<CFStringRef> text = Foundation::StringWithFileSystemRepresentation(path);
+    if (!text) {
+        record.error = "the path is not UTF-8";
+        return;
+    }
+    const CFPointer<CFMutableDictionaryRef> attributes(CFDictionaryCreateMutable(
+        kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    record.imported = host.Import(text.Get(), attributes.Get());
+    if (record.imported) {
+        record.attributes = AttributesOf(attributes.Get());
+    } else {
+        record.error = FailureReasonOf(path);
+    }
+}
+
+}  // namespace
+
+DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document) {
+    DocumentRecord record{document.path, false, {}, document.problem};
+    if (!document.problem.empty()) return record;
+    try {
+        std::error_code error;
+        const std::filesystem::path absolute = std::filesystem::absolute(document.path, error);
+        if (error) {
+            record.error = error.message();
+        } else {
+            ImportAbsolute(host, absolute.string(), record);
+        }
+    } catch (...) {
+        // One document that is too large for the memory must not take the others with it.
+        record = {document.path, false, {}, ReasonOfException()};
+    }
+    return record;
+}
+
+Value::Dictionary ObjectOf(const DocumentRecord& record) {
+    Value::Dictionary object;
+    object.push_back({"path", {ReplaceInvalidUtf8(record.path)}});
+    object.push_back({"imported", {record.imported}});
+    object.push_back({"attributes", {record.attributes}});
+    if (!record.imported) object.push_back({"error", {ReplaceInvalidUtf8(record.error)}});
+    return object;
+}
+
+}  // namespace ZEMA

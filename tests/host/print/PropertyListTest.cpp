@@ -1,0 +1,73 @@
+#include "host/print/PropertyList.h"
+
+#include <gtest/gtest.h>
+
+#include "host/print/JsonText.h"
+
+namespace ZEMA::testing {
+
+namespace {
+
+std::string ReadBack(const std::string& text) {
+    std::string problem;
+    const std::optional<Value> value = ReadPropertyList(text, problem);
+    return value ? JsonText(*value) : problem;
+}
+
+std::string List(const std::string& content) {
+    return PropertyListHead() + content + PropertyListTail();
+}
+
+std::string Nested(int depth) {
+    std::string text;
+    for (int i = 0; i < depth; ++i) text.insert(0, "<array>").append("</array>");
+    return text;
+}
+
+}  // namespace
+
+TEST(PropertyList, ReadsEachKindOfValue) {
+    const struct {
+        std::string list;
+        const char* read;
+    } rows[] = {
+        {List("<dict><key>b</key><array><true/><false/><integer>-7</integer></array><key>a</key><string>&lt;x</"
+              "string></dict>"),
+         R"({"b":[true,false,-7],"a":"<x"})"},
+        {List("<string/>"), R"("")"},
+        {List("<dict/>"), "{}"},
+        {List("<integer>7x</integer>"), "'7x' is no integer"},
+        {List("<dict><key>a</key></dict>"), "the key 'a' has no value"},
+        {List("<date>2024</date>"), "it holds an element <date>, which is not understood"},
+        {List(""), "it is no property list"},
+        {List("<true/><true/>"), "it is no property list"},
+        {"<list><true/></list>", "it is no property list"},
+        {"bplist00", "it is not well-formed XML"},
+        {List(Nested(100)), "it is nested too deeply"},
+        {List(Nested(100000)), "it is nested too deeply"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(ReadBack(row.list), row.read);
+}
+
+TEST(PropertyList, ReadsWhatItWrites) {
+    const Value value = {Value::Dictionary{{"<&>", {std::string("a\tb\"]]>")}},
+                                           {"list", {Value::List{{std::int64_t{5}}, {true}, {Value::List{}}}}},
+                                           {"empty", {Value::Dictionary{}}}}};
+    std::string text;
+    AppendPropertyListValue(value, 0, text);
+    EXPECT_EQ(ReadBack(List(text)), JsonText(value));
+}
+
+TEST(PropertyList, LeavesOutWhatXmlCannotHold) {
+    std::string text;
+    AppendPropertyListValue({std::string("a\x01\x1B\xEF\xBF\xBF"
+                                         "b\xEF\xBF\xBD\r\n\0c",
+                                         14)},
+                            1, text);
+    EXPECT_EQ(text, "\t<string>ab\xEF\xBF\xBD&#13;\nc</string>\n");
+    text.clear();
+    AppendPropertyListValue({2.5}, 0, text);
+    EXPECT_EQ(text, "<real>2.5</real>\n");
+}
+
+}  // namespace ZEMA::testing
