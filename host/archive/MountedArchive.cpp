@@ -3,8 +3,8 @@
 #include <cerrno>
 
 #include "host/archive/OverlayFile.h"
-#include "storage/zip/ZipEndRecord.h"
 #include "storage/zip/ZipFormat.h"
+#include "storage/zip/ZipRecords.h"
 #include "storage/zip/ZipStorageFile.h"
 
 namespace ZEMA {

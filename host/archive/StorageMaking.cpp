@@ -13,8 +13,8 @@
 #include "host/archive/OverlayFile.h"
 #include "host/archive/StorageTree.h"
 #include "host/system/FileDescriptor.h"
-#include "storage/zip/ZipEndRecord.h"
 #include "storage/zip/ZipFormat.h"
+#include "storage/zip/ZipRecords.h"
 
 namespace ZEMA {
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "storage/zip/Crc32.h"
+#include "storage/zip/ZipFileHeader.h"
 #include "storage/zip/ZipFormat.h"
-#include "storage/zip/ZipSegments.h"
 
 namespace ZEMA {
 

@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "storage/File.h"
-#include "storage/zip/ZipBlock.h"
 #include "storage/zip/ZipFileHeader.h"
 
 namespace ZEMA {

@@ -1,7 +1,10 @@
-// One member of an archive.
+// One member of an archive, and its contents while they are in memory.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 
 #include "core/BasicArray.h"
 #include "core/Object.h"
@@ -67,5 +70,32 @@ public:
 protected:
     ~ZipFileHeader() override;
 };
+
+// As `malloc`, for blocks that are filled from front to back. Large ones ask the system for large pages: the first
+// touch of every small page costs more than unpacking into it.
+void* MallocBlock(std::size_t size);
+
+struct FreeBlock {
+    void operator()(void* block) const { std::free(block); }
+};
+using MallocBytes = std::unique_ptr<unsigned char, FreeBlock>;
+
+using AllocateBlock = void* (*)(std::size_t size);
+
+// Appends segments for at least `size` more bytes, whose contents are not defined. One block for all of them where
+// there is one, else halves, so that a large member fits into fragmented memory. False, and nothing appended, when
+// memory runs out or the segments would end behind 2^32 - 1.
+[[nodiscard]] bool AppendSegments(ZipFileHeader& member, std::uint64_t size, AllocateBlock allocate = MallocBlock);
+
+// Where the segments end.
+std::uint64_t SegmentsEnd(const ZipFileHeader& member);
+
+// Drops the segments that begin at `size` or behind it.
+void DropSegments(ZipFileHeader& member, std::uint32_t size);
+
+// Each moves bytes between a buffer, or zeros, and a range of the contents; the segments cover the range.
+void CopyFromSegments(const ZipFileHeader& member, std::uint64_t offset, std::uint64_t size, void* buffer);
+void CopyToSegments(ZipFileHeader& member, std::uint64_t offset, std::uint64_t size, const void* buffer);
+void ZeroSegments(ZipFileHeader& member, std::uint64_t offset, std::uint64_t size);
 
 }  // namespace ZEMA

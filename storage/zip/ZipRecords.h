@@ -1,10 +1,11 @@
-// The two headers of an archive member, read from bytes and built for new members.
+// The records of an archive: the two headers of a member, and the record at the end where an archive is recognised.
 #pragma once
 
 #include <cstdint>
 
 #include "core/AString.h"
 #include "storage/ElementAttributes.h"
+#include "storage/File.h"
 #include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {
@@ -55,5 +56,24 @@ AString BuildCentralHeader(const AString& name, std::uint32_t localHeaderOffset)
 // The flags that a central header's attributes stand for, by the host that wrote them. Bits of `old` that mean nothing
 // on that host are kept.
 ElementFlags FlagsFromAttributes(const ZipCentralHeader& header, ElementFlags old);
+
+// Offsets are from the start of the archive, sizes are bytes.
+struct ZipEndRecord {
+    std::uint32_t position = 0;  // of the record itself
+    std::uint16_t entryCount = 0;
+    std::uint32_t directorySize = 0;
+    std::uint32_t directoryOffset = 0;
+};
+
+// Writes the record of an empty archive into an empty file.
+[[nodiscard]] bool WriteEmptyEndRecord(File& archive);
+
+// Finds and reads the record. False unless the file ends in one that describes a single-disk archive whose central
+// directory ends where the record begins. Its last 65,535 bytes are searched from the end, and the first signature
+// counts, wherever it comes from.
+[[nodiscard]] bool ReadEndRecord(File& archive, ZipEndRecord& record);
+
+// Rewrites entry counts, directory size and directory offset where the record stands.
+[[nodiscard]] bool RewriteEndRecord(File& archive, const ZipEndRecord& record);
 
 }  // namespace ZEMA

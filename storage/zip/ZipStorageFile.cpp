@@ -5,7 +5,7 @@
 
 #include "storage/Directory.h"
 #include "storage/zip/ZipContents.h"
-#include "storage/zip/ZipSegments.h"
+#include "storage/zip/ZipFileHeader.h"
 
 namespace ZEMA {
 

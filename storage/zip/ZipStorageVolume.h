@@ -8,15 +8,41 @@
 #include "core/RefPointer.h"
 #include "storage/Directory.h"
 #include "storage/File.h"
-#include "storage/zip/ZipEndRecord.h"
 #include "storage/zip/ZipFileHeader.h"
-#include "storage/zip/ZipMemberOrder.h"
 #include "storage/zip/ZipRecords.h"
 #include "storage/zip/ZipTreeNode.h"
 
 namespace ZEMA {
 
 class ZipStorageDirectory;
+
+// A list through links that stand in the members themselves, so that a member is taken out without a search. Holds no
+// references: whoever takes a member out of both orders lets go of it.
+template <ZipFileHeader::Links ZipFileHeader::*kLinks>
+class ZipMemberOrder {
+public:
+    ZipFileHeader* First() const { return first_; }
+    ZipFileHeader* Last() const { return last_; }
+    static ZipFileHeader* Next(const ZipFileHeader* member) { return (member->*kLinks).next; }
+    static ZipFileHeader* Previous(const ZipFileHeader* member) { return (member->*kLinks).previous; }
+
+    void PushBack(ZipFileHeader* member) {
+        (member->*kLinks) = {last_, nullptr};
+        (last_ == nullptr ? first_ : (last_->*kLinks).next) = member;
+        last_ = member;
+    }
+
+    void Remove(ZipFileHeader* member) {
+        const ZipFileHeader::Links links = member->*kLinks;
+        (links.previous == nullptr ? first_ : (links.previous->*kLinks).next) = links.next;
+        (links.next == nullptr ? last_ : (links.next->*kLinks).previous) = links.previous;
+        (member->*kLinks) = {};
+    }
+
+private:
+    ZipFileHeader* first_ = nullptr;
+    ZipFileHeader* last_ = nullptr;
+};
 
 // Knows the members of an archive, their names and where everything lies, and edits the archive in place: a member is
 // written, added or removed where it stands, and the rest of the file is shifted to make or close room.

@@ -3,8 +3,8 @@
 
 #include "core/RefPointer.h"
 #include "storage/zip/Crc32.h"
+#include "storage/zip/ZipFileHeader.h"
 #include "storage/zip/ZipFormat.h"
-#include "storage/zip/ZipSegments.h"
 #include "tests/support/ArchiveBuilder.h"
 
 namespace ZEMA::testing {
