@@ -14,8 +14,6 @@ namespace {
 // components nests as deep. From this depth on the shorter paths come first, and each finds those before it answered.
 constexpr int kNestingLimit = 64;
 
-Resolution* current = nullptr;  // the outermost one; guarded by StorageMutex
-
 BasicArray<String> Slice(const BasicArray<String>& components, std::size_t begin, std::size_t end) {
     BasicArray<String> slice;
     slice.Reserve(end - begin);
@@ -93,20 +91,6 @@ RefPointer<Directory> MakeMissing(RefPointer<Directory> directory, const BasicAr
 }
 
 }  // namespace
-
-Resolution::Resolution() : outermost_(current == nullptr ? *this : *current) {
-    if (current == nullptr) current = this;
-    ++outermost_.nesting_;
-}
-
-Resolution::~Resolution() {
-    --outermost_.nesting_;
-    if (current == this) current = nullptr;
-}
-
-void Resolution::NoteCreated() {
-    if (current != nullptr) current->memo_.ForgetRefusals();
-}
 
 RefPointer<Directory> FindOpenDirectory(Directory& directory, BasicArray<String>& components) {
     const StorageLock lock;

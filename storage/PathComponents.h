@@ -1,4 +1,4 @@
-// Paths as lists of components.
+// Paths as lists of components, and names against patterns.
 #pragma once
 
 #include "core/BasicArray.h"
@@ -17,5 +17,9 @@ bool IsParentName(const String& component);  // ".."
 
 // Whether a path of just this name leads to an element of this name. What an archive calls its members need not.
 bool IsPlainName(const String& name);
+
+// Whether a name matches a pattern whose only wildcard is "*", ignoring case. Between stars the first occurrence is
+// taken and never reconsidered, so the pattern "*a" does not match "aba".
+bool MatchPattern(const String& name, const String& pattern);
 
 }  // namespace ZEMA

@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "storage/Directory.h"
-#include "storage/MatchPattern.h"
 #include "storage/PathComponents.h"
 
 namespace ZEMA {

@@ -9,7 +9,6 @@
 #include "storage/PathOperations.h"
 #include "storage/local/MacOSXAttributes.h"
 #include "storage/local/MacOSXFile.h"
-#include "storage/local/MacOSXFileHandle.h"
 
 namespace ZEMA {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "platform/Foundation/CFPointer.h"
 #include "storage/Directory.h"
-#include "storage/OpenPathRegistry.h"
+#include "storage/local/OpenPathRegistry.h"
 
 namespace ZEMA {
 

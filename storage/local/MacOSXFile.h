@@ -6,7 +6,7 @@
 
 #include "platform/Foundation/NSFileHandle.h"
 #include "storage/File.h"
-#include "storage/OpenPathRegistry.h"
+#include "storage/local/OpenPathRegistry.h"
 
 namespace ZEMA {
 
@@ -47,5 +47,10 @@ private:
     std::unique_ptr<Foundation::NSFileHandle> handle_;
     OpenPathRegistry::Entry path_;  // goes before the handle is closed
 };
+
+// A handle at the start of the file, or null. A share bit counts as the access that it grants to others, so that the
+// handle can do what any sharer may. A handle that can write is refused for a file whose mode lets nobody write or
+// execute it, even to a user whom the mode does not bind.
+std::unique_ptr<Foundation::NSFileHandle> FileHandleAtPath(CFStringRef path, AccessStyle style);
 
 }  // namespace ZEMA

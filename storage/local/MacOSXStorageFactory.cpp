@@ -1,9 +1,9 @@
 #include "storage/local/MacOSXStorageFactory.h"
 
-#include "storage/OpenPathRegistry.h"
 #include "storage/PathOperations.h"
 #include "storage/StorageMutex.h"
 #include "storage/local/MacOSXDirectory.h"
+#include "storage/local/OpenPathRegistry.h"
 
 namespace ZEMA {
 

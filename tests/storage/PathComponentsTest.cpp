@@ -5,7 +5,6 @@
 #include <tuple>
 
 #include "MemoryVolume.h"
-#include "storage/MatchPattern.h"
 
 namespace ZEMA::testing {
 namespace {

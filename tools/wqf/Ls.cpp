@@ -10,7 +10,7 @@
 #include "host/archive/StorageTree.h"
 #include "host/system/Output.h"
 #include "host/system/Utf8Text.h"
-#include "storage/MatchPattern.h"
+#include "storage/PathComponents.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/StorageCommands.h"
 

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "storage/OpenPathRegistry.h"
+#include "storage/local/OpenPathRegistry.h"
 #include "tests/storage/local/LocalTree.h"
 
 namespace ZEMA {

@@ -1,6 +1,11 @@
-#include "storage/ResolutionMemo.h"
+#include "storage/Resolution.h"
 
 namespace ZEMA {
+namespace {
+
+Resolution* current = nullptr;  // the outermost one; guarded by StorageMutex
+
+}  // namespace
 
 void ResolutionMemo::GetQuestions(Directory& base, const BasicArray<String>& components,
                                   BasicArray<std::size_t>& questions) {
@@ -62,6 +67,20 @@ std::size_t ResolutionMemo::ChildOf(std::size_t parent, const String& component)
     nodes_[child].nextSibling = nodes_[parent].firstChild;
     nodes_[parent].firstChild = child;
     return child;
+}
+
+Resolution::Resolution() : outermost_(current == nullptr ? *this : *current) {
+    if (current == nullptr) current = this;
+    ++outermost_.nesting_;
+}
+
+Resolution::~Resolution() {
+    --outermost_.nesting_;
+    if (current == this) current = nullptr;
+}
+
+void Resolution::NoteCreated() {
+    if (current != nullptr) current->memo_.ForgetRefusals();
 }
 
 }  // namespace ZEMA

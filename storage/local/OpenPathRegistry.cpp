@@ -1,4 +1,4 @@
-#include "storage/OpenPathRegistry.h"
+#include "storage/local/OpenPathRegistry.h"
 
 #include "core/BasicSet.h"
 
