@@ -12,7 +12,9 @@ namespace ZEMA {
 // Thrown where an array would have to grow beyond its budget; an allocation failure with a reason.
 class IndexLimitExceeded : public std::bad_alloc {
 public:
-    const char* what() const noexcept override;
+    const char* what() const noexcept override {
+        return "indices in the document ask for more entries than its size allows";
+    }
 };
 
 // An index that a document writes in ten bytes could ask for an array of 2^32 entries. So the entries that indices add
@@ -34,7 +36,10 @@ private:
     static constexpr std::uint64_t kAllowance = 65536;
     static_assert(sizeof(std::size_t) > sizeof(std::uint32_t), "the largest index and one more must fit");
 
-    void Take(std::uint64_t count);
+    void Take(std::uint64_t count) {
+        if (count > left_) throw IndexLimitExceeded();
+        left_ -= count;
+    }
 
     std::uint64_t left_;
 };

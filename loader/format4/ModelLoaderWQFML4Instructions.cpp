@@ -1,6 +1,6 @@
 // Building instructions: nested steps that place parts.
 #include "loader/ModelLoaderErrors.h"
-#include "loader/format4/ModelLoaderWQFML4State.h"
+#include "loader/format4/ParseState.h"
 
 namespace ZEMA::WQFML4 {
 

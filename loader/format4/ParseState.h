@@ -1,4 +1,5 @@
-// What one load of markup format 4 knows, and the handlers that its elements have. For the sources of that loader only.
+// What the handlers of one load of markup format 4 work with: the attributes of a start tag, and the state that they
+// share. For the sources of that loader only.
 #pragma once
 
 #include <cstdint>
@@ -9,14 +10,70 @@
 #include "core/BasicMap.h"
 #include "core/Pair.h"
 #include "core/RefPointer.h"
+#include "core/String.h"
 #include "loader/Version.h"
 #include "loader/format4/IndexBudget.h"
 #include "loader/format4/ModelLoaderWQFML4.h"
-#include "loader/format4/ModelLoaderWQFML4Attributes.h"
+#include "scene/Matrix4.h"
 #include "scene/StorageScene.h"
+#include "scene/Vector3.h"
 #include "xml/XMLEventParser.h"
 
 namespace ZEMA::WQFML4 {
+
+// What an identifier is that the document does not give. A written one that reads as this number counts as not given.
+inline constexpr std::uint32_t kAbsent = 0xFFFFFFFF;
+
+struct Attribute {
+    std::string_view name;
+    const char* value;  // zero-terminated
+
+    std::uint32_t UInt32() const;  // decimal; no digits give 0, too large and negative values 4294967295
+    float Float() const;
+    String Text() const;   // UTF-8
+    String Ascii() const;  // empty when it holds any other byte
+};
+
+// The attributes of one start tag, in document order. Good while its start handler runs.
+class Attributes {
+public:
+    class Position {
+    public:
+        explicit Position(const char** entry) : entry_(entry) {}
+        Attribute operator*() const { return {entry_[0], entry_[1]}; }
+        Position& operator++() {
+            entry_ += 2;
+            return *this;
+        }
+        bool operator!=(std::nullptr_t) const { return *entry_ != nullptr; }
+
+    private:
+        const char** entry_;
+    };
+
+    // `entries` alternates names and values and ends with null.
+    explicit Attributes(const char** entries) : entries_(entries) {}
+
+    Position begin() const { return Position(entries_); }
+    std::nullptr_t end() const { return nullptr; }
+
+private:
+    const char** entries_;
+};
+
+// Reads an attribute named `vectorName` and "x", "y" or "z" into that component; false when it is named otherwise.
+bool ReadComponent(const Attribute& attribute, char vectorName, Vector3& vector);
+
+// Where an object stands: a rotation about an axis through its origin, then a move.
+struct Placement {
+    Vector3 axis{0, 1, 0};
+    float angle = 0;  // degrees
+    Vector3 translation;
+
+    // Attributes that say nothing about a placement are ignored.
+    void Read(const Attribute& attribute);
+    Matrix4 Transformation() const;
+};
 
 class ParseState;
 
@@ -84,11 +141,7 @@ T* Find(const BasicMap<unsigned long, T*>& objects, std::uint32_t refID) {
 
 // Named by what they read the content of.
 extern const Handlers kDocument;
-extern const Handlers kMeta;
-extern const Handlers kCameras;
 extern const Handlers kScene;
-extern const Handlers kJoint;
-extern const Handlers kGroup;
 extern const Handlers kBuildingInstructions;
 
 }  // namespace ZEMA::WQFML4
