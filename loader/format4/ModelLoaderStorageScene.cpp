@@ -20,6 +20,7 @@ Brick* MakeBrick(std::uint32_t designID, const StorageScene::Part& source, Stora
     return brick.Get();
 }
 
+// The type keeps its number, although format 5 counts the other way round: there 0 is a hinge.
 StorageScene2::Joint ConvertJoint(const StorageScene::Joint& source, Rigid* rigid1, Rigid* rigid2) {
     StorageScene2::Joint joint;
     joint.name = source.name;
@@ -96,6 +97,7 @@ void ModelLoaderStorageScene::ClearTables() {
     controlPoints_.Clear();
 }
 
+// A joint may name a group of an earlier model; that end stays empty, as a rigid system connects its own rigids only.
 void ModelLoaderStorageScene::ConvertModel(const StorageScene::Model& model, StorageScene2& target) {
     BasicMap<StorageScene::Rigid*, Rigid*> rigids;
     target.rigidSystems.PushBack({});
@@ -140,7 +142,8 @@ void ModelLoaderStorageScene::ConvertBone(StorageScene::Part& source, const Stor
     rigid.bones.PushBack(bone);
 }
 
-// The part that `source` becomes, or a share of; made where there is none yet.
+// The part that `source` becomes, or a share of; made where there is none yet. What parts share has the item numbers,
+// the materials and the decorations of the first of them.
 Part* ModelLoaderStorageScene::PartFor(StorageScene::Part& source, StorageScene2& target) {
     Brick* brick = source.assembly ? AssemblyBrick(source, target) : nullptr;
     StorageScene::Flex* const flex = source.flex.Get();
@@ -181,7 +184,8 @@ Part* ModelLoaderStorageScene::MakePart(const StorageScene::Part& source, std::u
     return part.Get();
 }
 
-// Steps may nest as deep as a document says, so the lists that are open are kept here and not on the call stack.
+// A step's nested steps come before the parts that it places itself. Steps may nest as deep as a document says, so the
+// lists that are open are kept here and not on the call stack.
 void ModelLoaderStorageScene::ConvertSteps(const Steps& steps, Events& events) {
     BasicDeque<OpenList> open;
     open.PushBack({&steps, 0, &events, nullptr});

@@ -13,11 +13,11 @@
 
 namespace ZEMA {
 
-// Each model becomes a rigid system, each group a rigid, each part a bone of a format-5 part; assemblies and flexible
-// elements become bricks and parts of several bones, instructions lists of events.
+// Each model becomes a rigid system, each group a rigid, each part a bone of a format-5 part; assemblies become bricks
+// of several parts, flexible elements parts of several bones, instructions lists of events.
 //
-// Errors: as ModelLoader. Indices that would allocate too much are IndexLimitExceeded, thrown like any allocation
-//         failure.
+// Errors: as ModelLoader; the conversion itself finds none. Indices that would allocate too much are
+//         IndexLimitExceeded, thrown like any allocation failure.
 class ModelLoaderStorageScene : public ModelLoader {
 public:
     using ModelLoader::Load;
@@ -28,8 +28,8 @@ public:
     // Reads the text into a format-4 scene, and leaves in it what could be read, also when it answers false.
     virtual bool LoadScene(AString content, StorageScene* scene, std::uint32_t options) = 0;
 
-    // Moves and converts what `source` holds into `target`, which is expected empty, and sanitises the placements in
-    // `source`. Indices may take what LoadScene has left of its budget.
+    // Converts what `source` holds into `target`, which is expected empty. Cameras and metadata are exchanged, not
+    // copied, and the placements in `source` are sanitised. Indices may take what LoadScene has left of its budget.
     void Convert(StorageScene* source, StorageScene2* target);
 
     // What became of the objects of the last conversion. Nothing keeps the two scenes alive.
@@ -45,8 +45,6 @@ protected:
     IndexBudget indexBudget;  // opened by LoadScene, which knows the length of the text
 
 private:
-    using RigidTable = BasicMap<StorageScene::Rigid*, StorageScene2::Rigid*>;
-
     void ClearTables();
 
     void ConvertModel(const StorageScene::Model& model, StorageScene2& target);

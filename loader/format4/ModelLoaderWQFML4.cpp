@@ -28,7 +28,7 @@ String AsciiOf(std::string_view text) {
     return result;
 }
 
-// Components that the text does not reach keep what an earlier entry gave them.
+// A text that is no version changes nothing, and components that it does not reach keep what an earlier entry gave.
 void ReadBrickSetVersion(ParseState& state, const String& text) {
     std::uint32_t position = 0;
     state.brickSetVersion.ParseFrom(text, position);
@@ -94,7 +94,7 @@ void EndInCameras(ParseState& state, std::string_view name) {
 
 const Handlers kCameras{StartInCameras, EndInCameras};
 
-// The scene's attribute stands for the camera that shows it.
+// The scene is shown by the camera that it names.
 void StartScene(ParseState& state, Attributes attributes) {
     for (const Attribute attribute : attributes) {
         if (attribute.name != "cameraRefID") continue;
@@ -150,13 +150,7 @@ void StartInDocument(ParseState& state, std::string_view name, Attributes attrib
 
 void EndInDocument(ParseState&, std::string_view) {}
 
-}  // namespace
-
 const Handlers kDocument{StartInDocument, EndInDocument};
-
-}  // namespace WQFML4
-
-namespace {
 
 // Whether a part stands at each control point, all of them in one assembly or all in none.
 bool IsComplete(const StorageScene::Flex& flex) {
@@ -167,6 +161,8 @@ bool IsComplete(const StorageScene::Flex& flex) {
 
 }  // namespace
 
+}  // namespace WQFML4
+
 ModelLoaderWQFML4::ModelLoaderWQFML4() = default;
 ModelLoaderWQFML4::~ModelLoaderWQFML4() = default;
 
@@ -174,7 +170,7 @@ bool ModelLoaderWQFML4::LoadScene(AString content, StorageScene* scene, std::uin
     scene->Clear();
     ClearErrors();
     indexBudget = IndexBudget(content.Length());
-    WQFML4::ParseState state(*this, scene, options, indexBudget);
+    WQFML4::ParseState state(*this, scene, options, indexBudget, WQFML4::kDocument);
     const bool parsed = state.Parse(content);
     state.EndText();  // where the document breaks off in a metadata entry
     if (!parsed) {
@@ -187,7 +183,7 @@ bool ModelLoaderWQFML4::LoadScene(AString content, StorageScene* scene, std::uin
         return false;
     }
     return std::all_of(state.flexes.begin(), state.flexes.end(),
-                       [](const StorageScene::Flex* flex) { return IsComplete(*flex); });
+                       [](const StorageScene::Flex* flex) { return WQFML4::IsComplete(*flex); });
 }
 
 }  // namespace ZEMA

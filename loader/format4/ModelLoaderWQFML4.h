@@ -7,13 +7,16 @@
 
 namespace ZEMA {
 
-// Reads a document while it is being parsed, without a tree of it. Every problem of the content makes the load fail,
-// but the document is read to its end, so that all of them are found.
+// Reads a document while it is being parsed, without a tree of it.
+//
+// Errors: every problem of the content makes the load fail, at its end, so that one load finds what it can. Not looked
+//         at is what stands in a part that is refused, below a root of another version, and behind the place where a
+//         document is malformed. An incomplete flexible element fails without an error.
 class ModelLoaderWQFML4 : public ModelLoaderStorageScene {
 public:
-    static constexpr std::uint32_t kSkipJoints = 1;  // reads no "Joint" element
-    static constexpr std::uint32_t kAllowUnknownCameras =
-        2;  // instructions and steps may name cameras that are not there
+    // Bits of `options`.
+    static constexpr std::uint32_t kSkipJoints = 1;           // reads no "Joint" element
+    static constexpr std::uint32_t kAllowUnknownCameras = 2;  // that instructions and steps name
 
     ModelLoaderWQFML4();
 

@@ -58,7 +58,8 @@ std::optional<PartError::Detail> FindFault(const Part& part, const PartReference
     return std::nullopt;
 }
 
-// A part that claims a taken control point replaces the one there, which still belongs to the flexible element.
+// Joined before its design is corrected: the flexible element keeps the design as the document gives it. A part that
+// claims a taken control point replaces the one there, which still belongs to the flexible element.
 void JoinFlex(ParseState& state, Part& part, const PartReferences& references) {
     if (references.flexRefID == kAbsent) return;
     part.flex = Find(state.flexMap, references.flexRefID);
@@ -83,7 +84,7 @@ void JoinAssembly(ParseState& state, Part& part, const PartReferences& reference
     part.assembly->parts.PushBack(&part);
 }
 
-// Documents without the version of a brick set are taken as they are.
+// Documents that name no brick set, or one of version 0, are taken as they are.
 void CorrectDesign(const Version& brickSetVersion, Part& part) {
     if (brickSetVersion.components[0] == 0) return;
     const LegacyCorrection* const correction = FindLegacyCorrection(part.designID);
@@ -113,6 +114,7 @@ void StartPart(ParseState& state, Attributes attributes) {
     state.PushHandlers({StartInPart, EndInPart});
 }
 
+// Entry 0 of the materials is the part's own, so a surface has a number from 1 on.
 void StartSubMaterial(ParseState& state, Part& part, Attributes attributes) {
     std::uint32_t surfaceID = 0;
     std::uint32_t materialID = 0;

@@ -61,10 +61,11 @@ Matrix4 Placement::Transformation() const {
     return Matrix4::FromAxisAngle(axis, angle * kRadiansPerDegree, translation);
 }
 
-ParseState::ParseState(ModelLoaderWQFML4& owner, StorageScene* target, std::uint32_t optionBits, IndexBudget& budget)
+ParseState::ParseState(ModelLoaderWQFML4& owner, StorageScene* target, std::uint32_t optionBits, IndexBudget& budget,
+                       const Handlers& document)
     : scene(target), options(optionBits), loader(&owner), indexBudget(budget) {
     DeliverText(false);
-    PushHandlers(kDocument);
+    PushHandlers(document);
 }
 
 ParseState::~ParseState() = default;

@@ -24,14 +24,15 @@ namespace ZEMA::WQFML4 {
 // What an identifier is that the document does not give. A written one that reads as this number counts as not given.
 inline constexpr std::uint32_t kAbsent = 0xFFFFFFFF;
 
+// One attribute of a start tag, and its value in the form that a handler asks for. Good while that handler runs.
 struct Attribute {
     std::string_view name;
-    const char* value;  // zero-terminated
+    const char* value;  // zero-terminated UTF-8
 
     std::uint32_t UInt32() const;  // decimal; no digits give 0, too large and negative values 4294967295
     float Float() const;
     String Text() const;   // UTF-8
-    String Ascii() const;  // empty when it holds any other byte
+    String Ascii() const;  // empty when it holds any byte that is not ASCII
 };
 
 // The attributes of one start tag, in document order. Good while its start handler runs.
@@ -85,11 +86,14 @@ using Handlers = Pair<StartHandler, EndHandler>;
 
 // Calls the handlers on top of a stack, which mirrors how the elements nest, and keeps what they share.
 //
-// The maps find objects by the identifiers that the document gives them; a later object takes the place of an earlier
-// one. Plain pointers name objects that the scene owns.
+// The maps find objects by the identifiers that the document gives them. Of cameras, groups and parts a later one takes
+// the place of an earlier one; assemblies and flexible elements are made once and joined by further parts. Plain
+// pointers name objects that the scene owns.
 class ParseState : public XMLEventParser {
 public:
-    ParseState(ModelLoaderWQFML4& owner, StorageScene* target, std::uint32_t optionBits, IndexBudget& budget);
+    // `document` are the handlers of what stands outside of all elements.
+    ParseState(ModelLoaderWQFML4& owner, StorageScene* target, std::uint32_t optionBits, IndexBudget& budget,
+               const Handlers& document);
     ~ParseState() override;
 
     using XMLEventParser::Parse;
@@ -113,7 +117,7 @@ public:
 
     void PushHandlers(const Handlers& handlers) { handlerStack.PushBack(handlers); }
     void PopHandlers() { handlerStack.PopBack(); }
-    // For end handlers: pops only at the end tag of `element`. Children that pushed nothing end there too.
+    // For end handlers: pops only at the end tag of `element`, since children that pushed nothing end there too.
     void PopHandlersAt(std::string_view element, std::string_view name);
     // Ignores the element that starts, with all its content.
     void Skip();
@@ -127,7 +131,7 @@ private:
     void EndElement(std::string_view name) override;
     void CharacterData(std::string_view bytes) override;
 
-    BasicDeque<Handlers> handlerStack;
+    BasicDeque<Handlers> handlerStack;  // the document's at the bottom
     bool gathersText_ = false;
     AString text_;  // gathered so far
 };
@@ -140,7 +144,6 @@ T* Find(const BasicMap<unsigned long, T*>& objects, std::uint32_t refID) {
 }
 
 // Named by what they read the content of.
-extern const Handlers kDocument;
 extern const Handlers kScene;
 extern const Handlers kBuildingInstructions;
 
