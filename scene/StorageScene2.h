@@ -109,7 +109,7 @@ public:
 
     std::uint32_t designID;
     BasicArray<unsigned long> materials;   // one a surface
-    BasicArray<unsigned long> decoration;  // one a surface; where there are any, entry 0 is 0
+    BasicArray<unsigned long> decoration;  // one a surface, 0 for none; only format 4 decorates surface 0
     Brick* brick = nullptr;                // which owns this part
     BasicArray<RefPointer<Bone>> bones;
     BasicArray<Behavior> behaviors;
@@ -200,7 +200,7 @@ public:
     String name;
     BasicArray<RefPointer<BIEvent>> events;
     bool exploded = false;
-    Vector3 a;  // set only when exploded
+    Vector3 a;  // format 5 gives one only when exploded
 
 protected:
     ~BIStep() override;
