@@ -10,6 +10,10 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# What belongs to the program alone. A build has the layout of an installation, so that its run paths are final: paths that
+# are rewritten on the way are padded with empty entries, which stand for the current folder.
+set(ZEMA_PRIVATE_FOLDER "${PROJECT_BINARY_DIR}/lib/wqf")
+
 if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
 endif()

@@ -44,10 +44,9 @@ std::optional<std::string> FindBundle(const std::string& given, std::string& pro
         problem = "the system does not tell where this program lies; name a bundle with --bundle";
         return std::nullopt;
     }
-    for (const char* place : {"WQFImporter.mdimporter", "lib/wqf/WQFImporter.mdimporter"}) {
-        if (IsFolder(prefix / place)) return (prefix / place).string();
-    }
-    problem = "no bundle WQFImporter.mdimporter in " + prefix.string() + " or its lib/wqf; name one with --bundle";
+    const std::filesystem::path bundle = prefix / "lib/wqf/WQFImporter.mdimporter";
+    if (IsFolder(bundle)) return bundle.string();
+    problem = "there is no bundle " + bundle.string() + "; name one with --bundle";
     return std::nullopt;
 }
 

@@ -6,8 +6,8 @@
 
 namespace ZEMA {
 
-// The folder `given`, unless it is empty. Otherwise the bundle beside the folder of this program, as a build leaves it,
-// or the one under lib/wqf, as it is installed. Null, with a `problem`, when no such folder exists.
+// The folder `given`, unless it is empty. Otherwise the one in lib/wqf beside the folder of this program. Null, with a
+// `problem`, when no such folder exists.
 std::optional<std::string> FindBundle(const std::string& given, std::string& problem);
 
 }  // namespace ZEMA

@@ -178,8 +178,8 @@ TEST_F(WqfImport, FindsTheInstalledBundle) {
     fs::create_directories(folder_.Path() / "lib/wqf");
     const std::string program = folder_ / "bin/wqf";
     fs::copy(ZEMA_PROGRAM, program);
-    const std::string import =
-        "LD_LIBRARY_PATH='" ZEMA_PLATFORM_FOLDER "' '" + program + "' import --format ndjson '" + good_ + "'";
+    fs::copy(ZEMA_PLATFORM, folder_.Path() / "lib/wqf");
+    const std::string import = "'" + program + "' import --format ndjson '" + good_ + "'";
     EXPECT_EQ(Shell(import).exit, 2);
     fs::copy(ZEMA_BUNDLE, folder_ / "lib/wqf/WQFImporter.mdimporter", fs::copy_options::recursive);
     EXPECT_EQ(Shell(import).out, Imported(good_) + "\n");
