@@ -3,9 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <system_error>
 #include <utility>
+
+#include "host/system/Paths.h"
 
 namespace ZEMA {
 
@@ -29,12 +29,6 @@ bool IsWriteProtected(const std::string& path) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0) return false;
     return (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(path.c_str(), W_OK) != 0;
-}
-
-std::string RealPath(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
-    return error ? path : real.string();
 }
 
 void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force, StorageReport& report) {

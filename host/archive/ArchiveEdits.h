@@ -51,7 +51,4 @@ void EditMembers(const std::vector<StorageItem>& members, bool force, const Memb
 // Whether a file may only be replaced with force.
 bool IsWriteProtected(const std::string& path);
 
-// The path without links, or as it is where there is nothing.
-std::string RealPath(const std::string& path);
-
 }  // namespace ZEMA

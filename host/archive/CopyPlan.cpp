@@ -6,7 +6,7 @@
 
 #include "host/archive/ArchiveComparison.h"
 #include "host/archive/ArchiveEdits.h"
-#include "host/archive/ReplacementFile.h"
+#include "host/system/Paths.h"
 
 namespace ZEMA {
 

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "host/archive/ArchiveEdits.h"
 #include "host/archive/CopyPlan.h"
+#include "host/system/Paths.h"
 #include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {

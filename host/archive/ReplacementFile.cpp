@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/system/Paths.h"
+
 namespace ZEMA {
 
 namespace {
@@ -38,15 +40,6 @@ void RemoveLeftover(const std::string& path) {
 }
 
 }  // namespace
-
-std::string FolderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string NameOf(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);  // npos + 1 is 0
-}
 
 ReplacementFile::~ReplacementFile() {
     if (!copy_.empty()) unlink(copy_.c_str());

@@ -43,8 +43,4 @@ private:
 // Removes the copies for `path` that nobody works on any more.
 void RemoveLeftovers(const std::string& path);
 
-// The folder around a path, and the last name in it.
-std::string FolderOf(const std::string& path);
-std::string NameOf(const std::string& path);
-
 }  // namespace ZEMA

@@ -13,6 +13,7 @@
 #include "host/archive/ReplacementFile.h"
 #include "host/archive/StorageReader.h"
 #include "host/archive/StorageRemoval.h"
+#include "host/system/Paths.h"
 
 namespace ZEMA {
 

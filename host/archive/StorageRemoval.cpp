@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "host/archive/ArchiveEdits.h"
-#include "host/archive/ReplacementFile.h"
 #include "host/archive/StorageTree.h"
+#include "host/system/Paths.h"
 
 namespace ZEMA {
 

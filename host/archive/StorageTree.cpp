@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "host/archive/ReplacementFile.h"
+#include "host/system/FileDescriptor.h"
 #include "host/system/Utf8Text.h"
 
 namespace ZEMA {

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "host/archive/EntryText.h"
-#include "host/archive/ReplacementFile.h"
 #include "host/archive/StorageTree.h"
 #include "host/system/Output.h"
+#include "host/system/Paths.h"
 #include "host/system/Utf8Text.h"
 #include "storage/PathComponents.h"
 #include "tools/wqf/Commands.h"
