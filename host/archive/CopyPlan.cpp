@@ -142,7 +142,7 @@ std::string CopyPlan::WhyNot(const StorageItem& source, const StorageItem& targe
     if (target.archive && (target.inner.Empty() ? !source.facts.IsFolder() : target.inner.Back().IsEmpty())) {
         return "its name is not UTF-8, and cannot stand in an archive";
     }
-    if (there.error != 0 && !there.isLink) return name + ": " + SystemError(there.error);
+    if (there.error != 0 && !there.isLink) return name + ": " + SystemFailure(there.error).text;
     if (!there.IsMissing() && IsSameFile(source, target)) return "is the same file as " + name;
     if (there.isLink && there.IsMissing() && !options_.move) return name + " is a link that leads nowhere";
     if (there.kind == StorageKind::Other) return name + " is there and is no file";

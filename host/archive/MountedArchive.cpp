@@ -11,13 +11,17 @@ namespace ZEMA {
 
 MountedArchive::Pointer MountedArchive::Open(const std::string& path, std::string& problem) {
     const std::shared_ptr<MountedArchive> archive(new MountedArchive);
-    archive->file_ = OpenRegularFile(path, problem);
-    if (!archive->file_.IsOpen()) return nullptr;
+    Result<FileDescriptor> opened = OpenRegularFile(path);
+    if (!opened) {
+        problem = opened.Why().text;
+        return nullptr;
+    }
+    archive->file_ = std::move(*opened);
     fstat(archive->file_.Get(), &archive->status_);
     const RefPointer<OverlayFile> file = New<OverlayFile>(archive->file_.Get(), -1);
     if (archive->Mount(*file, problem)) return archive;
     // What cannot be read may well be an archive, and must not be replaced as if it were none.
-    if (file->Error() != 0) problem = SystemError(file->Error());
+    if (file->Error() != 0) problem = SystemFailure(file->Error()).text;
     return nullptr;
 }
 

@@ -51,7 +51,7 @@ bool ReplacementFile::Create(const std::string& path, std::string& problem) {
         std::string copy = FolderOf(path) + "/" + CopyNameStart(path) + std::string(kRandomLength, 'X');
         file_ = FileDescriptor(mkostemp(copy.data(), O_CLOEXEC));
         if (!file_.IsOpen()) {
-            problem = SystemError(errno);
+            problem = SystemFailure(errno).text;
             return false;
         }
         copy_ = copy;
@@ -72,13 +72,13 @@ bool ReplacementFile::Commit(mode_t mode, bool durable, std::string& problem) {
     bool done = fchmod(file_.Get(), mode) == 0 && (!durable || fsync(file_.Get()) == 0) &&
                 std::rename(copy_.c_str(), path_.c_str()) == 0;
     if (!done) {
-        problem = SystemError(errno);
+        problem = SystemFailure(errno).text;
         return false;
     }
     copy_.clear();
     cleanup_.reset();
     if (durable && !SyncFolder(FolderOf(path_))) {
-        problem = "it is in place, but may not be on the disk: " + SystemError(errno);
+        problem = "it is in place, but may not be on the disk: " + SystemFailure(errno).text;
         return false;
     }
     return true;

@@ -57,7 +57,7 @@ BasicArray<String> ParentOf(const BasicArray<String>& path) {
 std::unique_ptr<SafeEdit> SafeEdit::Begin(const std::string& path, std::string& problem) {
     const std::unique_ptr<char, FreeText> real(realpath(path.c_str(), nullptr));
     if (!real) {
-        problem = SystemError(errno);
+        problem = SystemFailure(errno).text;
         return nullptr;
     }
     std::unique_ptr<SafeEdit> edit(new SafeEdit);
@@ -79,8 +79,12 @@ SafeEdit::~SafeEdit() {
 // The edit that had the lock before may have put another file in the place of the one that was opened.
 bool SafeEdit::LockArchive(const std::string& path, std::string& problem) {
     while (true) {
-        archive_ = OpenRegularFile(path, problem);
-        if (!archive_.IsOpen()) return false;
+        Result<FileDescriptor> archive = OpenRegularFile(path);
+        if (!archive) {
+            problem = archive.Why().text;
+            return false;
+        }
+        archive_ = std::move(*archive);
         while (flock(archive_.Get(), LOCK_EX) != 0 && errno == EINTR) {
         }
         struct stat now;
@@ -104,7 +108,7 @@ bool SafeEdit::Mount(std::string& problem) {
 }
 
 std::string SafeEdit::Reason(const char* otherwise) const {
-    return file_->Error() != 0 ? SystemError(file_->Error()) : otherwise;
+    return file_->Error() != 0 ? SystemFailure(file_->Error()).text : otherwise;
 }
 
 ZipTreeNode* SafeEdit::Find(const BasicArray<String>& path) const {

@@ -43,7 +43,7 @@ bool CopyContents(StorageReader& source, int target, std::string& problem) {
         const std::optional<std::size_t> count = source.Read(buffer.data(), buffer.size(), problem);
         if (!count || *count == 0) return count.has_value();
         if (!WriteAllAt(target, offset, *count, buffer.data())) {
-            problem = SystemError(errno);
+            problem = SystemFailure(errno).text;
             return false;
         }
         offset += *count;
@@ -82,7 +82,7 @@ bool MakeNativeFolder(const StorageItem& source, const StorageItem& target, std:
     if (target.facts.IsFolder()) return true;
     // Whatever the source's permissions, the rest must find room in it.
     if (mkdir(target.native.c_str(), ModeFor(source) | S_IRWXU) == 0) return true;
-    problem = SystemError(errno);
+    problem = SystemFailure(errno).text;
     return NameTarget(target, problem);
 }
 
@@ -130,7 +130,7 @@ private:
 
     static bool Rename(const StorageItem& source, const StorageItem& target, std::string& problem) {
         if (std::rename(source.native.c_str(), target.native.c_str()) == 0) return true;
-        problem = SystemError(errno);
+        problem = SystemFailure(errno).text;
         return NameTarget(target, problem);
     }
 

@@ -27,7 +27,7 @@ bool MakeNativeFolders(const std::string& path, bool parents, StorageReport& rep
         if (mkdir(path.substr(0, slash).c_str(), 0777) != 0 && errno != EEXIST) break;
     }
     if (mkdir(path.c_str(), 0777) == 0) return true;
-    report.Fail(path, SystemError(errno));
+    report.Fail(path, SystemFailure(errno).text);
     return false;
 }
 
@@ -112,12 +112,12 @@ bool MakeArchive(StorageTree& tree, const std::string& path, std::string& proble
     if (!item || !problem.empty()) return false;
     const FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.IsOpen()) {
-        problem = SystemError(errno);
+        problem = SystemFailure(errno).text;
         return false;
     }
     const RefPointer<OverlayFile> archive = New<OverlayFile>(file.Get(), file.Get());
     if (WriteEmptyEndRecord(*archive) && fsync(file.Get()) == 0) return true;
-    problem = SystemError(archive->Error() != 0 ? archive->Error() : errno);
+    problem = SystemFailure(archive->Error() != 0 ? archive->Error() : errno).text;
     unlink(path.c_str());
     return false;
 }

@@ -14,8 +14,13 @@ std::unique_ptr<StorageReader> StorageReader::Open(const StorageItem& item, std:
     } else if (item.facts.IsFolder()) {
         problem = "is a folder";
     } else if (!item.archive) {
-        reader->file_ = OpenRegularFile(item.native, problem);
-        if (reader->file_.IsOpen()) return reader;
+        Result<FileDescriptor> file = OpenRegularFile(item.native);
+        if (!file) {
+            problem = file.Why().text;
+            return nullptr;
+        }
+        reader->file_ = std::move(*file);
+        return reader;
     } else {
         reader->archive_ = item.archive;
         reader->member_ = OpenMemberFile(item.archive->Volume(), *item.node, problem);
@@ -35,7 +40,7 @@ std::optional<std::size_t> StorageReader::ReadNative(void* buffer, std::size_t s
         const ssize_t count = read(file_.Get(), buffer, size);
         if (count >= 0) return static_cast<std::size_t>(count);
         if (errno == EINTR) continue;
-        problem = SystemError(errno);
+        problem = SystemFailure(errno).text;
         return std::nullopt;
     }
 }

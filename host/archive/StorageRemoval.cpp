@@ -80,14 +80,14 @@ void RemoveNative(const std::string& path, const std::string& shown, bool force,
             for (const std::string& name : NamesIn(place.path, error)) {
                 pending.push_back({place.path + "/" + name, place.shown + "/" + name, false});
             }
-            if (error) report.Fail(place.shown, SystemError(error.value()));
+            if (error) report.Fail(place.shown, SystemFailure(error.value()).text);
             continue;
         }
         pending.pop_back();
         if (!force && IsNativeFile(place.path) && IsWriteProtected(place.path)) {
             report.Fail(place.shown, kProtected);
         } else if ((place.emptied ? rmdir(place.path.c_str()) : unlink(place.path.c_str())) != 0) {
-            report.Fail(place.shown, SystemError(errno));
+            report.Fail(place.shown, SystemFailure(errno).text);
         }
     }
 }

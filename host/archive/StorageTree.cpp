@@ -112,7 +112,7 @@ std::optional<String> MemberName(const std::string& bytes) {
 }
 
 std::string WhyMissing(const StorageFacts& facts) {
-    return SystemError(facts.error != 0 ? facts.error : ENOENT);
+    return SystemFailure(facts.error != 0 ? facts.error : ENOENT).text;
 }
 
 void AppendName(StorageItem& item, const std::string& name) {
@@ -226,7 +226,7 @@ bool StorageTree::List(const StorageItem& folder, std::vector<StorageEntry>& ent
          item.increment(error)) {
         entries.push_back({item->path().filename().string(), FactsOfNative(item->path().string())});
     }
-    if (error) problem = SystemError(error.value());
+    if (error) problem = SystemFailure(error.value()).text;
     std::sort(entries.begin(), entries.end(),
               [](const StorageEntry& a, const StorageEntry& b) { return a.name < b.name; });
     return !error;

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "host/system/FileReading.h"
+#include "host/system/FileDescriptor.h"
 #include "importer/DocumentPath.h"
 #include "importer/StorageSession.h"
 #include "platform/Foundation/NSAutoreleasePool.h"
@@ -18,7 +18,7 @@ std::string Load(const std::string& path, std::uint32_t options, DocumentCheck& 
     const Foundation::NSAutoreleasePool pool;
     std::error_code error;
     const std::filesystem::path whole = std::filesystem::absolute(path, error);
-    if (error) return error.message();
+    if (error) return SystemFailure(error.value()).text;
     const auto absolute = Foundation::StringWithFileSystemRepresentation(whole.string());
     if (!absolute) return "the path is not UTF-8";
     DocumentLoad load(options, &check.attempts);
@@ -61,8 +61,7 @@ std::vector<std::string> ReasonsOf(const DocumentCheck& check) {
 }
 
 std::string FailureReasonOf(const std::string& path) {
-    const std::string unreadable = WhyUnreadable(path);
-    if (!unreadable.empty()) return unreadable;
+    if (const auto file = OpenRegularFile(path); !file) return file.Why().text;
     const DocumentCheck check = CheckDocument(path);
     if (check.loaded) return "the plug-in did not import it and does not say why";
     const std::vector<std::string> reasons = ReasonsOf(check);

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "host/system/FileReading.h"
+#include "host/system/Paths.h"
 
 namespace ZEMA {
 
@@ -36,10 +36,10 @@ void SearchFolder(const std::string& folder, std::vector<std::string>& folders, 
         if (entry->symlink_status(unknown).type() == fs::file_type::directory) {
             folders.push_back(entry->path().string());
         } else if (IsDocumentName(entry->path().filename().string()) && entry->is_regular_file(unknown)) {
-            documents.push_back({entry->path().string(), ""});
+            documents.push_back({entry->path().string(), {}});
         }
     }
-    if (error) documents.push_back({folder, error.message()});
+    if (error) documents.push_back({folder, SystemFailure(error.value())});
 }
 
 }  // namespace
@@ -47,7 +47,7 @@ void SearchFolder(const std::string& folder, std::vector<std::string>& folders, 
 bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents) {
     std::error_code error;
     if (!fs::is_directory(path, error)) {
-        documents.push_back({path, WhyNoFile(path)});
+        documents.push_back({path, CheckRegularFile(path)});
         return true;
     }
     std::vector<FoundDocument> found;

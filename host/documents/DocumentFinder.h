@@ -4,21 +4,23 @@
 #include <string>
 #include <vector>
 
+#include "host/system/Failure.h"
+
 namespace ZEMA {
 
 // One document, or one thing that was named as one.
 struct FoundDocument {
-    std::string path;     // as given; below a folder, its path with the rest behind it
-    std::string problem;  // why it is not to be opened; empty for a regular file
+    std::string path;  // as given; below a folder, its path with the rest behind it
+    Failure failure;   // why it is not to be opened; none for a regular file
 };
 
 // Appends what `path` stands for. Paths are bytes.
 //
 // A folder, or a link to one, is searched below for regular files, and links to them, whose names end in ".wqf" or
 // ".wqfml" in any case; hidden ones count, links to folders are not entered. They come in the order of the bytes of
-// their paths. A folder that cannot be read is a document with a problem, so that its loss is seen.
+// their paths. A folder that cannot be read is a document with a failure, so that its loss is seen.
 //
-// Anything else is a document whatever its ending, and has a problem unless it is a regular file or a link to one.
+// Anything else is a document whatever its ending, and has a failure unless it is a regular file or a link to one.
 //
 // Returns false when `path` is a folder in which nothing was found.
 bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents);

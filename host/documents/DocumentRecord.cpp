@@ -51,13 +51,13 @@ void ImportAbsolute(const PluginHost& host, const std::string& path, DocumentRec
 }  // namespace
 
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document) {
-    DocumentRecord record{document.path, false, {}, document.problem};
-    if (!document.problem.empty()) return record;
+    DocumentRecord record{document.path, false, {}, document.failure.text};
+    if (document.failure) return record;
     try {
         std::error_code error;
         const std::filesystem::path absolute = std::filesystem::absolute(document.path, error);
         if (error) {
-            record.error = error.message();
+            record.error = SystemFailure(error.value()).text;
         } else {
             ImportAbsolute(host, absolute.string(), record);
         }

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "host/system/FileReading.h"
+#include "host/system/FileDescriptor.h"
 
 namespace ZEMA {
 
-std::optional<std::vector<std::string>> ReadPathList(const std::string& file, std::string& problem) {
-    const std::optional<std::string> bytes = ReadStream(file, problem);
-    if (!bytes) return std::nullopt;
+Result<std::vector<std::string>> ReadPathList(const std::string& file) {
+    const Result<std::string> bytes = ReadStream(file);
+    if (!bytes) return bytes.Why();
     std::vector<std::string> paths;
     for (std::size_t start = 0; start < bytes->size();) {
         const std::size_t end = std::min(bytes->find('\0', start), bytes->size());

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "host/print/PropertyList.h"
-#include "host/system/FileReading.h"
+#include "host/system/FileDescriptor.h"
 
 namespace ZEMA {
 
@@ -130,9 +130,13 @@ bool ReadInfo(const std::string& bundle, const std::string& text, BundleInfo& in
 
 std::optional<BundleInfo> ReadBundleInfo(const std::string& bundle, std::string& problem) {
     const std::string path = bundle + "/Contents/Info.plist";
-    const std::optional<std::string> text = ReadRegularFile(path, kLargestPropertyList, problem);
+    const Result<std::string> text = ReadRegularFile(path, kLargestPropertyList);
     BundleInfo info;
-    if (text && ReadInfo(bundle, *text, info, problem)) return info;
+    if (!text) {
+        problem = text.Why().text;
+    } else if (ReadInfo(bundle, *text, info, problem)) {
+        return info;
+    }
     problem = path + ": " + problem;
     return std::nullopt;
 }

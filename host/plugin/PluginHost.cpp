@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "host/system/FileReading.h"
+#include "host/system/FileDescriptor.h"
 #include "platform/PlugInInstances.h"
 
 namespace ZEMA {
@@ -53,9 +53,8 @@ PluginHost::~PluginHost() {
 }
 
 bool PluginHost::OpenModule(std::string& problem) {
-    problem = WhyUnreadable(info_.module);
-    if (!problem.empty()) {
-        problem = info_.module + ": " + problem;
+    if (const auto file = OpenRegularFile(info_.module); !file) {
+        problem = file.Why().In(info_.module).text;
         return false;
     }
     module_.reset(dlopen(info_.module.c_str(), RTLD_NOW | RTLD_LOCAL));

@@ -5,24 +5,35 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
+#include <array>
 #include <cerrno>
-#include <cstring>
+#include <limits>
 #include <memory>
 
-#include "host/system/FileReading.h"
+#include "host/system/Paths.h"
+#include "platform/Foundation/Uninterrupted.h"
 
 namespace ZEMA {
 
 namespace {
 
+using Foundation::Uninterrupted;
+
 constexpr std::size_t kCopyBufferSize = 1 << 20;
 constexpr std::uint64_t kMostAtOnce = 1 << 30;
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max() - 1;
 
-// The system writes "Permission denied"; all our reasons stand in the middle of a line.
-std::string InLowerCase(std::string text) {
-    if (!text.empty()) text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
-    return text;
+// Stops behind `limit` bytes; only then it is known that there is more.
+Result<std::string> ReadToEnd(int descriptor, std::size_t limit) {
+    std::string bytes;
+    std::array<char, 65536> part;
+    while (bytes.size() <= limit) {
+        const ssize_t count = Uninterrupted([&] { return read(descriptor, part.data(), part.size()); });
+        if (count < 0) return SystemFailure(errno);
+        if (count == 0) return bytes;
+        bytes.append(part.data(), static_cast<std::size_t>(count));
+    }
+    return Failure{FailureKind::Refused, "is too large"};
 }
 
 // How far the system copied by itself; it may not know how, between these two files.
@@ -49,24 +60,35 @@ FileDescriptor::~FileDescriptor() {
     if (descriptor_ >= 0) close(descriptor_);
 }
 
-std::string SystemError(int error) {
-    return error == ENOENT ? "no such file" : InLowerCase(std::strerror(error));
+// The kind is looked at before opening, because opening can already wait or act (a pipe, a tape). It may change until
+// the file is open, so the opening does not wait either, and what was opened is looked at again.
+Result<FileDescriptor> OpenRegularFile(const std::string& path) {
+    if (Failure failure = CheckRegularFile(path)) return failure;
+    const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    FileDescriptor file(Uninterrupted([&] { return open(path.c_str(), flags); }));
+    struct stat status;
+    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return SystemFailure(errno);
+    if (!S_ISREG(status.st_mode)) return Failure{FailureKind::WrongKind, "is not a regular file"};
+    return file;
 }
 
-FileDescriptor OpenRegularFile(const std::string& path, std::string& problem) {
-    // What waits or acts when it is opened is found out before; the kind may change until then, so nothing waits.
-    problem = InLowerCase(WhyNoFile(path));
-    if (!problem.empty()) return FileDescriptor();
-    FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (!file.IsOpen()) problem = SystemError(errno);
-    return file;
+Result<std::string> ReadRegularFile(const std::string& path, std::size_t limit) {
+    const Result<FileDescriptor> file = OpenRegularFile(path);
+    if (!file) return file.Why();
+    return ReadToEnd(file->Get(), limit);
+}
+
+Result<std::string> ReadStream(const std::string& path) {
+    if (path == "-") return ReadToEnd(STDIN_FILENO, kNoLimit);
+    const FileDescriptor stream(Uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC); }));
+    if (!stream.IsOpen()) return SystemFailure(errno);
+    return ReadToEnd(stream.Get(), kNoLimit);
 }
 
 bool ReadAllAt(int descriptor, std::uint64_t offset, std::size_t size, void* buffer) {
     auto* next = static_cast<char*>(buffer);
     while (size > 0) {
-        const ssize_t count = pread(descriptor, next, size, static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) continue;
+        const ssize_t count = Uninterrupted([&] { return pread(descriptor, next, size, static_cast<off_t>(offset)); });
         if (count == 0) errno = EIO;
         if (count <= 0) return false;
         next += count;
@@ -79,12 +101,20 @@ bool ReadAllAt(int descriptor, std::uint64_t offset, std::size_t size, void* buf
 bool WriteAllAt(int descriptor, std::uint64_t offset, std::size_t size, const void* buffer) {
     const auto* next = static_cast<const char*>(buffer);
     while (size > 0) {
-        const ssize_t count = pwrite(descriptor, next, size, static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) continue;
+        const ssize_t count = Uninterrupted([&] { return pwrite(descriptor, next, size, static_cast<off_t>(offset)); });
         if (count < 0) return false;
         next += count;
         offset += static_cast<std::uint64_t>(count);
         size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+bool WriteAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = Uninterrupted([&] { return write(descriptor, bytes.data(), bytes.size()); });
+        if (count < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
     }
     return true;
 }

@@ -1,4 +1,4 @@
-// Files of the system by their descriptors.
+// Files of the system by their descriptors: opening, reading and copying.
 #pragma once
 
 #include <sys/types.h>
@@ -6,7 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
+
+#include "host/system/Failure.h"
 
 namespace ZEMA {
 
@@ -28,20 +31,24 @@ private:
     int descriptor_;
 };
 
-// What the system says of an errno value, as it reads at the end of a message.
-std::string SystemError(int error);
+// Opens a regular file for reading, links followed. Anything else is refused at once: never opened, never waited for.
+Result<FileDescriptor> OpenRegularFile(const std::string& path);
 
-// Opens a regular file for reading and never waits for anything else. Not open, with a `problem`, where that fails.
-FileDescriptor OpenRegularFile(const std::string& path, std::string& problem);
+// The bytes of a regular file of at most `limit` bytes.
+Result<std::string> ReadRegularFile(const std::string& path, std::size_t limit);
+
+// Everything up to the end of a file, pipe or device; "-" is standard input.
+Result<std::string> ReadStream(const std::string& path);
 
 // Each moves all the bytes; false with errno otherwise. A file that ends early is an input/output error.
-bool ReadAllAt(int descriptor, std::uint64_t offset, std::size_t size, void* buffer);
-bool WriteAllAt(int descriptor, std::uint64_t offset, std::size_t size, const void* buffer);
+[[nodiscard]] bool ReadAllAt(int descriptor, std::uint64_t offset, std::size_t size, void* buffer);
+[[nodiscard]] bool WriteAllAt(int descriptor, std::uint64_t offset, std::size_t size, const void* buffer);
+[[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
 
 // Copies as much of a file as the system can do by itself, and returns how much. The next read goes on behind it.
 std::uint64_t CopyStart(int from, int to);
 
-// Copies a range to the same place in another file, inside the system where it can do that.
-bool CopyRange(int from, int to, std::uint64_t offset, std::uint64_t size);
+// Copies a range to the same place in another file, inside the system where it can do that; false with errno.
+[[nodiscard]] bool CopyRange(int from, int to, std::uint64_t offset, std::uint64_t size);
 
 }  // namespace ZEMA

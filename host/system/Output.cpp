@@ -5,24 +5,12 @@
 
 #include <cerrno>
 
+#include "host/system/FileDescriptor.h"
 #include "host/system/Utf8Text.h"
 
 namespace ZEMA {
 
 namespace {
-
-// 0, or what went wrong.
-int WriteAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-        if (count >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            return errno;
-        }
-    }
-    return 0;
-}
 
 constexpr std::size_t kManyDocuments = 20;
 constexpr std::chrono::milliseconds kBetweenDraws(200);
@@ -31,7 +19,7 @@ constexpr std::string_view kEraseLine = "\r\x1B[K";  // ECMA-48: to the line's s
 }  // namespace
 
 bool Output::Write(std::string_view piece) {
-    if (error_ == 0) error_ = WriteAll(STDOUT_FILENO, piece);
+    if (error_ == 0 && !WriteAll(STDOUT_FILENO, piece)) error_ = errno;
     return error_ == 0;
 }
 

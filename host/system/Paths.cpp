@@ -1,9 +1,32 @@
 #include "host/system/Paths.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
 namespace ZEMA {
+
+namespace {
+
+const char* KindText(mode_t mode) {
+    switch (mode & S_IFMT) {
+        case S_IFDIR:
+            return "is a folder";
+        case S_IFIFO:
+            return "is a pipe, not a regular file";
+        case S_IFSOCK:
+            return "is a socket, not a regular file";
+        case S_IFCHR:
+        case S_IFBLK:
+            return "is a device, not a regular file";
+        default:
+            return "is not a regular file";
+    }
+}
+
+}  // namespace
 
 std::string FolderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
@@ -18,6 +41,23 @@ std::string RealPath(const std::string& path) {
     std::error_code error;
     const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
     return error ? path : real.string();
+}
+
+Failure CheckRegularFile(const std::string& path) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) return SystemFailure(errno);
+    if (!S_ISREG(status.st_mode)) return {FailureKind::WrongKind, KindText(status.st_mode)};
+    return {};
+}
+
+bool LeadsIntoFile(const std::string& path) {
+    struct stat status;
+    for (std::size_t end = path.rfind('/'); end != std::string::npos && end != 0; end = path.rfind('/', end - 1)) {
+        if (stat(path.substr(0, end).c_str(), &status) == 0) return S_ISREG(status.st_mode);
+        // Only "not a directory" says that a file stands further in front.
+        if (errno != ENOTDIR) return false;
+    }
+    return false;
 }
 
 }  // namespace ZEMA

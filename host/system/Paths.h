@@ -1,15 +1,23 @@
-// Paths as texts.
+// Paths as texts, and what is found where they lead. Paths are bytes.
 #pragma once
 
 #include <string>
 
+#include "host/system/Failure.h"
+
 namespace ZEMA {
 
-// The folder around a path, and the last name in it.
+// The folder around a path, "." where it names none, and the last name in it.
 std::string FolderOf(const std::string& path);
 std::string NameOf(const std::string& path);
 
-// The path without links, or as it is where there is nothing.
+// The path without links, as far as there is anything; as it is where the system cannot tell.
 std::string RealPath(const std::string& path);
+
+// Says what else is there unless the path leads to a regular file, also through links. Opens nothing.
+Failure CheckRegularFile(const std::string& path);
+
+// Whether the path goes on behind the name of a regular file, or of a link to one, as paths into archives do.
+bool LeadsIntoFile(const std::string& path);
 
 }  // namespace ZEMA

@@ -9,7 +9,7 @@
 
 #include "host/plugin/BundleInfo.h"
 #include "host/plugin/PluginHost.h"
-#include "host/system/FileReading.h"
+#include "host/system/FileDescriptor.h"
 #include "host/system/Utf8Text.h"
 #include "importer/AttributeSet.h"
 #include "importer/MetadataImporterPlugin.h"
@@ -53,8 +53,8 @@ TEST(Bundle, DeclaresTheFactoryThatItHas) {
 
 // A misspelt name would show its attribute nowhere and be noticed by nobody.
 TEST(Bundle, DescribesItsAttributesInTheSchema) {
-    std::string problem, all;
-    const std::string schema = ReadRegularFile(ZEMA_BUNDLE "/Contents/Resources/schema.xml", 1 << 20, problem).value();
+    std::string all;
+    const std::string schema = *ReadRegularFile(ZEMA_BUNDLE "/Contents/Resources/schema.xml", 1 << 20);
     for (const CFStringRef name : AttributeNames()) {
         all += (all.empty() ? "" : " ") + Utf8Of(name);
         const bool described = schema.find("<attribute name=\"" + Utf8Of(name) + "\"") != std::string::npos;

@@ -75,7 +75,7 @@ TEST(HostileImport, EndsInTimeAndInOrder) {
         SCOPED_TRACE(row.what);
         const std::clock_t start = std::clock();
         const std::string path = folder.Write("a.wqf", ArchiveBuilder().Deflated("IMAGE100.WQFML", row.model).Bytes());
-        const DocumentRecord record = ImportDocument(*host, {path, ""});
+        const DocumentRecord record = ImportDocument(*host, {path, {}});
         EXPECT_EQ(record.imported, row.imported) << record.error;
         EXPECT_EQ(CountOf(record, row.list), row.count);
         EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 30);  // of the processor's time, whatever else it does

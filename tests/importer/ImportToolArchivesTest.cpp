@@ -48,7 +48,7 @@ TEST(ImportToolArchives, ReadsWhatStandardToolsWrite) {
         const Attributes attributes = NewAttributes();
         const bool imported = host->Import(PathString(folder / "a.wqf").Get(), attributes.Get());
         EXPECT_EQ(imported ? TextOf(attributes) : "", row.attributes);
-        const std::string error = ImportDocument(*host, {folder / "a.wqf", ""}).error;
+        const std::string error = ImportDocument(*host, {folder / "a.wqf", {}}).error;
         EXPECT_EQ(error.substr(0, 9), imported ? "" : "pathError");
     }
 }

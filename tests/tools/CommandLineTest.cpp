@@ -31,9 +31,9 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
         {{"import", "--format", "yaml", "a.wqf"}, "wqf: --format: 'yaml' is none of text, json, ndjson, plist\n"},
         {{"import", "a.wqf", "--bundle"}, "wqf: --bundle: 1 required DIR missing\n"},
         {{"import", "--files0-from", "-", "a.wqf"}, "wqf: --files0-from and PATHs exclude each other\n"},
-        {{"import", "--files0-from", "/no/list"}, "wqf: /no/list: No such file or directory\n"},
+        {{"import", "--files0-from", "/no/list"}, "wqf: /no/list: no such file\n"},
         {{"import", "--bundle", "/no/bundle", "a.wqf"}, "wqf: /no/bundle: there is no such bundle\n"},
-        {{"import", "--bundle", "/", "a.wqf"}, "wqf: //Contents/Info.plist: No such file or directory\n"},
+        {{"import", "--bundle", "/", "a.wqf"}, "wqf: //Contents/Info.plist: no such file\n"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.problem);
@@ -49,7 +49,7 @@ TEST(CommandLine, SaysWhyThereIsNoDocument) {
         for (const std::string path : {"gone", ""}) {
             const Result result = Wqf({command, path});
             EXPECT_EQ(result.exit, 1);
-            EXPECT_EQ(result.err, "wqf: " + path + ": No such file or directory\n") << command;
+            EXPECT_EQ(result.err, "wqf: " + path + ": no such file\n") << command;
         }
     }
 }

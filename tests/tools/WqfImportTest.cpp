@@ -63,19 +63,18 @@ TEST_F(WqfImport, PrintsOneObjectForEachInput) {
     const Result result = Wqf({"import", "--format=ndjson", good_, folder_ / "gone.wqf", folder_ / "pipe.wqf",
                                folder_ / "empty", bare_, folder_ / "link", garbage, foreign, "/dev/null", good_});
     EXPECT_EQ(result.exit, 1);
-    std::string expected = Imported(good_) + "\n" + NotImported(root + "/gone.wqf", "No such file or directory") +
-                           "\n" + NotImported(root + "/pipe.wqf", "is a pipe, not a regular file") + "\n" +
-                           Imported(bare_) + "\n" + Imported(root + "/link") + "\n" +
+    std::string expected = Imported(good_) + "\n" + NotImported(root + "/gone.wqf", "no such file") + "\n" +
+                           NotImported(root + "/pipe.wqf", "is a pipe, not a regular file") + "\n" + Imported(bare_) +
+                           "\n" + Imported(root + "/link") + "\n" +
                            NotImported(root + "/line\\nbreak.wqf", "parserError") + "\n" +
                            NotImported(root + "/\xEF\xBF\xBD.wqf", "the path is not UTF-8") + "\n" +
                            NotImported("/dev/null", "is a device, not a regular file") + "\n" + Imported(good_) + "\n";
     EXPECT_EQ(result.out, expected);
-    EXPECT_EQ(result.err, "wqf: " + root + "/empty: there are no documents in this folder\n" + "wqf: " + root +
-                              "/gone.wqf: No such file or directory\n" + "wqf: " + root +
-                              "/pipe.wqf: is a pipe, not a regular file\n" + "wqf: " + root +
-                              "/line\\u000Abreak.wqf: parserError\n" + "wqf: " + root +
-                              "/\xEF\xBF\xBD.wqf: the path is not UTF-8\n" +
-                              "wqf: /dev/null: is a device, not a regular file\n");
+    EXPECT_EQ(result.err,
+              "wqf: " + root + "/empty: there are no documents in this folder\n" + "wqf: " + root +
+                  "/gone.wqf: no such file\n" + "wqf: " + root + "/pipe.wqf: is a pipe, not a regular file\n" +
+                  "wqf: " + root + "/line\\u000Abreak.wqf: parserError\n" + "wqf: " + root +
+                  "/\xEF\xBF\xBD.wqf: the path is not UTF-8\n" + "wqf: /dev/null: is a device, not a regular file\n");
 }
 
 TEST_F(WqfImport, SaysHowManyMoreErrorsThereAre) {
@@ -94,7 +93,7 @@ TEST_F(WqfImport, PrintsEveryFormat) {
     const Result json = Wqf({"import", "--format", "json", good_, folder_ / "gone"});
     EXPECT_EQ(json.exit, 1);
     EXPECT_EQ(Json::parse(json.out).dump(),
-              "[" + Imported(good_) + "," + NotImported(folder_ / "gone", "No such file or directory") + "]");
+              "[" + Imported(good_) + "," + NotImported(folder_ / "gone", "no such file") + "]");
 
     const Result list = Shell("\"$WQF\" import --format plist '" + good_ + "' '" + bare_ +
                               "' | python3 -c 'import json,plistlib,sys; "
@@ -149,10 +148,10 @@ TEST_F(WqfImport, EndsQuietlyWhenNobodyReads) {
 
     const Result full = Shell("\"$WQF\" import '" + good_ + "' >/dev/full");
     EXPECT_EQ(full.exit, 1);
-    EXPECT_EQ(full.err, "wqf: standard output: No space left on device\n");
+    EXPECT_EQ(full.err, "wqf: standard output: no space left on device\n");
     const Result closed = Shell("\"$WQF\" import '" + good_ + "' >&-");
     EXPECT_EQ(closed.exit, 1);
-    EXPECT_EQ(closed.err, "wqf: standard output: Bad file descriptor\n");
+    EXPECT_EQ(closed.err, "wqf: standard output: bad file descriptor\n");
     EXPECT_EQ(folder_.Read("good.wqf"), Archive());
 }
 
@@ -168,8 +167,7 @@ TEST_F(WqfImport, LoadsTheBundleThatItIsTold) {
     fs::remove(folder_ / "Other.mdimporter/Contents/Linux/WQFImporter");
     const Result broken = Wqf({"import", "--bundle", folder_ / "Other.mdimporter", good_});
     EXPECT_EQ(broken.exit, 2);
-    EXPECT_EQ(broken.err,
-              "wqf: " + (folder_ / "Other.mdimporter/Contents/Linux/WQFImporter") + ": No such file or directory\n");
+    EXPECT_EQ(broken.err, "wqf: " + (folder_ / "Other.mdimporter/Contents/Linux/WQFImporter") + ": no such file\n");
 }
 
 // As installed: the program finds the bundle under lib/wqf beside its own folder.

@@ -199,7 +199,7 @@ TEST(WqfCheck, PrintsEveryFormat) {
                             "/gone: not loaded\n"
                             "  format 5: pathError path file" +
                             root + "/gone\n");
-    EXPECT_EQ(text.err, "wqf: " + root + "/gone: No such file or directory\n");
+    EXPECT_EQ(text.err, "wqf: " + root + "/gone: no such file\n");
 }
 
 TEST(WqfScene, PrintsOneDocument) {
@@ -242,7 +242,7 @@ TEST(WqfScene, PrintsWhatIsNestedDeeply) {
     EXPECT_EQ(closed.err, std::to_string(128 + SIGPIPE) + "\n");
     const Result full = Shell("\"$WQF\" scene '" + four + "' >/dev/full");
     EXPECT_EQ(full.exit, 1);
-    EXPECT_EQ(full.err, "wqf: standard output: No space left on device\n");
+    EXPECT_EQ(full.err, "wqf: standard output: no space left on device\n");
 }
 
 TEST(WqfCatalogue, PrintsTheTables) {

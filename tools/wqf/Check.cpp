@@ -7,8 +7,8 @@
 #include "host/documents/CheckRecord.h"
 #include "host/documents/DocumentCheck.h"
 #include "host/print/JsonText.h"
-#include "host/system/FileReading.h"
 #include "host/system/Output.h"
+#include "host/system/Paths.h"
 #include "tools/wqf/Commands.h"
 #include "tools/wqf/NamedDocuments.h"
 
@@ -23,7 +23,7 @@ std::string RecordOf(const std::string& path, const DocumentCheck& check, Record
 
 // The loaders call everything that they cannot read a path error; the system knows more.
 void PrintProblem(const FoundDocument& document) {
-    if (!document.problem.empty() && !LeadsIntoFile(document.path)) PrintMessage(document.path, document.problem);
+    if (document.failure && !LeadsIntoFile(document.path)) PrintMessage(document.path, document.failure.text);
 }
 
 // Returns how many documents did not load without an error. Ends early when nobody takes the output any more.

@@ -2,7 +2,8 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+
+#include "host/system/Failure.h"
 
 namespace ZEMA {
 
@@ -12,7 +13,7 @@ int ExitStatusOf(const Output& output) {
         std::signal(SIGPIPE, SIG_DFL);
         std::raise(SIGPIPE);
     }
-    PrintMessage("standard output", std::strerror(output.Error()));
+    PrintMessage("standard output", SystemFailure(output.Error()).text);
     return kExitSomeFailed;
 }
 

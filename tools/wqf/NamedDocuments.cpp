@@ -7,11 +7,10 @@
 namespace ZEMA {
 
 std::optional<std::vector<FoundDocument>> FindNamedDocuments(const DocumentPaths& named) {
-    std::string problem;
-    const std::optional<std::vector<std::string>> paths =
-        named.files0From.empty() ? named.paths : ReadPathList(named.files0From, problem);
+    const Result<std::vector<std::string>> paths =
+        named.files0From.empty() ? named.paths : ReadPathList(named.files0From);
     if (!paths) {
-        PrintMessage(named.files0From, problem);
+        PrintMessage(named.files0From, paths.Why().text);
         return std::nullopt;
     }
     std::vector<FoundDocument> documents;

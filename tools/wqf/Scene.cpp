@@ -5,8 +5,8 @@
 #include "host/documents/DocumentCheck.h"
 #include "host/print/JsonWriter.h"
 #include "host/print/SceneJson.h"
-#include "host/system/FileReading.h"
 #include "host/system/Output.h"
+#include "host/system/Paths.h"
 #include "tools/wqf/Commands.h"
 
 namespace ZEMA {
@@ -30,8 +30,8 @@ void WriteDocument(const std::string& path, const DocumentCheck& check, const St
 }
 
 void PrintReasons(const std::string& path, const DocumentCheck& check) {
-    const std::string problem = LeadsIntoFile(path) ? std::string() : WhyNoFile(path);
-    if (!problem.empty()) PrintMessage(path, problem);
+    const Failure failure = LeadsIntoFile(path) ? Failure() : CheckRegularFile(path);
+    if (failure) PrintMessage(path, failure.text);
     for (const std::string& reason : ReasonsOf(check)) PrintMessage(path, reason);
 }
 

@@ -24,7 +24,7 @@ Lines Found(const TemporaryFolder& folder, const std::string& path) {
     for (const FoundDocument& document : documents) {
         const std::string root = folder.Path().string();
         const std::string name = document.path.starts_with(root) ? document.path.substr(root.size()) : document.path;
-        lines.push_back(name + (document.problem.empty() ? "" : ": " + document.problem));
+        lines.push_back(name + (document.failure ? ": " + document.failure.text : ""));
     }
     return lines;
 }
@@ -65,7 +65,7 @@ TEST(DocumentFinder, ShowsAFolderThatItMayNotRead) {
     folder.Write("locked/a.wqf", "x");
     folder.Write("z.wqf", "x");
     fs::permissions(folder.Path() / "locked", fs::perms::none);
-    EXPECT_EQ(Found(folder, folder.Path().string()), (Lines{"/locked: Permission denied", "/z.wqf"}));
+    EXPECT_EQ(Found(folder, folder.Path().string()), (Lines{"/locked: permission denied", "/z.wqf"}));
 }
 
 }  // namespace ZEMA::testing

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "host/system/FileReading.h"
+#include "host/system/FileDescriptor.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA::testing {
@@ -27,8 +27,7 @@ public:
 
     // Replaces the first such text in the property list.
     void Replace(const std::string& from, const std::string& to) {
-        std::string problem;
-        std::string text = *ReadRegularFile(path_ + "/Contents/Info.plist", 1 << 20, problem);
+        std::string text = *ReadRegularFile(path_ + "/Contents/Info.plist", 1 << 20);
         const std::size_t place = text.find(from);
         ASSERT_NE(place, std::string::npos) << from;
         folder_.Write("B.mdimporter/Contents/Info.plist", text.replace(place, from.size(), to));
@@ -62,7 +61,7 @@ TEST(PluginHost, PutsABrokenPropertyListIntoWords) {
         {"<key>CFBundleExecutable</key>", "<key>CFBundleExec</key>", "CFBundleExecutable is missing"},
         {"<string>WQFImporter</string>", "<string>../WQFImporter</string>", "CFBundleExecutable is no file name"},
         {"<string>WQFImporter</string>", "<array/>", "CFBundleExecutable is no file name"},
-        {"<string>WQFImporter</string>", "<string>Other</string>", "No such file or directory"},
+        {"<string>WQFImporter</string>", "<string>Other</string>", "no such file"},
         {"<string>WQFImporter</string>", "<data>AA</data>", "it holds an element <data>, which is not understood"},
         {"CFPlugInFactories", "CFPlugInFactory", "CFPlugInFactories is missing"},
         {"CFPlugInTypes", "CFPlugInType", "CFPlugInTypes is missing"},
