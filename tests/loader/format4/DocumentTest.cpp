@@ -1,4 +1,4 @@
-// The way from element to element: what is read where, and what is skipped.
+// The way from element to element: what is read where, and what is skipped; cameras, metadata and steps.
 #include <gtest/gtest.h>
 
 #include "tests/loader/format4/Documents.h"
@@ -58,58 +58,11 @@ TEST(Format4Document, ReadsCameras) {
     EXPECT_EQ(loaded->camera, loaded->cameras[2]) << "the later camera of a number is meant";
 }
 
-TEST(Format4Document, ReadsGroupsAndTheirNumbers) {
-    const LoadedScene loaded(
-        Root(Model("<Group name='a' tx='5'/><Group refID='1' name='b'/><Group refID='1' name='c'/>"
-                   "<Group refID='-1' name='d'/>"
-                   "<Joint><GroupRef groupRef='1'/><GroupRef groupRef='4294967295'/></Joint>")));
-    ASSERT_EQ(loaded->models[0].rigids.Size(), 4U);
-    EXPECT_EQ(loaded.Group(0).transformation, Matrix4::FromTranslation({5, 0, 0}));
-    EXPECT_EQ(loaded->models[0].joints[0].rigid1, loaded->models[0].rigids[2]);
-    EXPECT_EQ(loaded->models[0].joints[0].rigid2, nullptr) << "no group has the number of none";
-}
-
-// A joint's handlers leave at the first closing "Joint", also when that closes one inside; what follows is then read as
-// if it stood in the model.
-TEST(Format4Document, JointEndsAtTheFirstClosingTag) {
-    const LoadedScene loaded(
-        Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/>"
-                   "<GroupRef groupRef='2'/><Joint/><Group refID='3'/></Joint><Group refID='4'/>")));
-    EXPECT_TRUE(loaded.succeeded);
-    EXPECT_EQ(loaded->models[0].joints.Size(), 1U);
-    EXPECT_EQ(loaded->models[0].rigids.Size(), 4U);
-}
-
-using Steps = BasicArray<RefPointer<StorageScene::BIStep>>;
-
-// Names of steps, nested ones in parentheses.
-std::string Outline(const Steps& steps) {
-    std::string outline;
-    for (const auto& step : steps) {
-        outline += Utf8(step->name);
-        if (!step->steps.Empty()) outline.append("(").append(Outline(step->steps)).append(")");
-    }
-    return outline;
-}
-
-TEST(Format4Document, NestsSteps) {
-    const std::string steps =
-        Step("name='a'", Step("name='b'") + "<Other>" + Step("name='x'") + "</Other>" + "<PartRef partRefID='1'>" +
-                             Step("name='c'", Step("name='\xC3\xA4'")) + "</PartRef>") +
-        "<Other/>" + Step("name='e'");
-    const LoadedScene loaded(Root(Group(Part(1)) + Instruction(steps) + Instruction("")));
-    EXPECT_TRUE(loaded.succeeded);
-    ASSERT_EQ(loaded->buildingInstructions.Size(), 2U);
-    EXPECT_EQ(Utf8(loaded->buildingInstructions[0].name), "bi");
-    EXPECT_EQ(Outline(loaded->buildingInstructions[0].steps), "a(bc(\xC3\xA4))e")
-        << "a step in a part reference counts";
-}
-
 LoadedScene WithMeta(const std::string& entries) {
     return LoadedScene(Root("<Meta>" + entries + "</Meta>"));
 }
 
-TEST(Format4Meta, CollectsTextUpToTheFirstElement) {
+TEST(Format4Document, GathersMetadataTextUpToTheFirstElement) {
     const std::pair<const char*, const char*> rows[] = {
         {" a\n b ", " a\n b "},
         {"a<!-- x -->&amp;<![CDATA[<b>]]>&#228;", "a&<b>\xC3\xA4"},
@@ -123,23 +76,36 @@ TEST(Format4Meta, CollectsTextUpToTheFirstElement) {
         EXPECT_EQ(Utf8(loaded->meta[0].value), value);
         EXPECT_EQ(Utf8(loaded->meta[1].value), "f");
     }
+    const LoadedScene cut("<WQFML versionMajor='4'><Meta><E>text");
+    EXPECT_FALSE(cut.succeeded);
+    EXPECT_EQ(Utf8(cut->meta[0].value), "text") << "what is there of an entry that breaks off is kept";
 }
 
-TEST(Format4Meta, TakesNamesAndAttributesAsAscii) {
+TEST(Format4Document, TakesNamesAndAttributesOfMetadataAsAscii) {
     const LoadedScene loaded = WithMeta("<\xC3\xA4 k\xC3\xA4='v' k='\xC3\xA4' c='1'>\xC3\xA4</\xC3\xA4>");
-    ASSERT_EQ(loaded->meta.Size(), 1U);
-    ASSERT_EQ(loaded->meta[0].attributes.Size(), 3U);
-    EXPECT_TRUE(loaded->meta[0].name.IsEmpty());
-    EXPECT_TRUE(loaded->meta[0].attributes[0].key.IsEmpty());
-    EXPECT_TRUE(loaded->meta[0].attributes[1].value.IsEmpty());
-    EXPECT_EQ(Utf8(loaded->meta[0].value), "\xC3\xA4");
+    const StorageScene2::Meta& entry = loaded->meta[0];
+    ASSERT_EQ(entry.attributes.Size(), 3U);
+    EXPECT_TRUE(entry.name.IsEmpty() && entry.attributes[0].key.IsEmpty() && entry.attributes[1].value.IsEmpty());
+    EXPECT_EQ(Utf8(entry.attributes[0].value), "v");
+    EXPECT_EQ(Utf8(entry.attributes[2].key), "c");
+    EXPECT_EQ(Utf8(entry.value), "\xC3\xA4");
 }
 
-TEST(Format4Meta, KeepsTheTextOfAnEntryThatBreaksOff) {
-    const LoadedScene loaded("<WQFML versionMajor='4'><Meta><E>text");
-    EXPECT_FALSE(loaded.succeeded);
-    ASSERT_EQ(loaded->meta.Size(), 1U);
-    EXPECT_EQ(Utf8(loaded->meta[0].value), "text");
+TEST(Format4Document, NestsSteps) {
+    const LoadedScene loaded(
+        Root(Group(Part(1)) +
+             Instruction("<Other>" + Step("") + "</Other>" +
+                         Step("name='\xC3\xA4'", "<Other>" + Step("") + "</Other>" + Step("") +
+                                                     "<PartRef partRefID='1'>" + Step("name='b'") + "</PartRef>")) +
+             Instruction("")));
+    EXPECT_TRUE(loaded.succeeded);
+    ASSERT_EQ(loaded->buildingInstructions.Size(), 2U);
+    EXPECT_EQ(Utf8(loaded->buildingInstructions[0].name), "bi");
+    ASSERT_EQ(loaded->buildingInstructions[0].steps.Size(), 1U);
+    const StorageScene::BIStep& step = *loaded->buildingInstructions[0].steps[0];
+    EXPECT_EQ(Utf8(step.name), "\xC3\xA4");
+    ASSERT_EQ(step.steps.Size(), 2U) << "a step in a part reference counts";
+    EXPECT_EQ(Utf8(step.steps[1]->name), "b");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <type_traits>
 
 #include "core/RefPointer.h"
 #include "loader/format4/ModelLoaderWQFML4.h"
@@ -42,20 +43,21 @@ inline std::string PartRef(int part, const std::string& attributes = "") {
     return "<PartRef partRefID='" + std::to_string(part) + "' " + attributes + "/>";
 }
 
-// A document in which everything is right: cameras 1 and 2, groups 1 and 2 with parts 1 to 3, a joint, a step.
+// A document in which everything is right: cameras 1 and 2, groups 1 to 3 with parts 1 to 3, a joint, a step. Each
+// element has an attribute first that it should not have.
 inline std::string GoodDocument() {
-    return Root(
-        "<Meta><Application name='App'/></Meta>"
-        "<Cameras><Camera refID='1'/><Camera refID='2'/></Cameras>"
-        "<Scene cameraRefID='1'><Model>"
-        "<Group refID='1'><Part refID='1' designID='3005' materialID='21'/>"
-        "<Part refID='2' designID='3004' materialID='21'/></Group>"
-        "<Group refID='2'><Part refID='3' designID='3003' materialID='21'/></Group>"
-        "<Joint><GroupRef groupRef='1' ax='0' ay='0' az='1'/><GroupRef groupRef='2'/></Joint>"
-        "</Model></Scene>"
-        "<BuildingInstructions><BuildingInstruction cameraRefID='1'>"
-        "<Step cameraRefID='2'><PartRef partRefID='1'/></Step>"
-        "</BuildingInstruction></BuildingInstructions>");
+    return "<WQFML x='' versionMajor='4' versionMinor='0'>"
+           "<Meta><Application name='App'/></Meta>"
+           "<Cameras><Camera x='' refID='1'/><Camera refID='2'/></Cameras>"
+           "<Scene x='' cameraRefID='1'><Model x='' name='model'>"
+           "<Group x='' refID='1'><Part x='' refID='1' designID='3005' materialID='21'/>"
+           "<Part refID='2' designID='3004' materialID='21'/></Group>"
+           "<Group refID='2'><Part refID='3' designID='3003' materialID='21'/></Group><Group refID='3'/>"
+           "<Joint x='' name='joint'><GroupRef x='' groupRef='1' ax='0' ay='0' az='1'/><GroupRef groupRef='2'/></Joint>"
+           "</Model></Scene>"
+           "<BuildingInstructions><BuildingInstruction x='' cameraRefID='1'>"
+           "<Step x='' cameraRefID='2'><PartRef x='' partRefID='1'/></Step>"
+           "</BuildingInstruction></BuildingInstructions></WQFML>";
 }
 
 // `text` with its first `from` replaced; one that is not there is the test's own mistake.
@@ -65,34 +67,28 @@ inline std::string Broken(std::string text, const std::string& from, const std::
     return text.replace(position, from.size(), to);
 }
 
-// The format-4 scene that a document gives, joints included.
-struct LoadedScene {
-    explicit LoadedScene(const std::string& text, std::uint32_t options = 0)
-        : loader(New<ModelLoaderWQFML4>()), scene(New<StorageScene>()) {
-        succeeded = loader->LoadScene(Bytes(text), scene.Get(), options);
+// What a document gives: the scene of format 4, joints included, or the one that it is converted into.
+template <class Scene>
+struct Loaded {
+    explicit Loaded(const std::string& text, std::uint32_t options = 0) {
+        if constexpr (std::is_same_v<Scene, StorageScene>) {
+            succeeded = loader->LoadScene(Bytes(text), scene.Get(), options);
+        } else {
+            succeeded = loader->Load(Bytes(text), scene.Get(), options);
+        }
     }
 
-    StorageScene* operator->() const { return scene.Get(); }
+    Scene* operator->() const { return scene.Get(); }
+    // Of the first model.
     StorageScene::Rigid& Group(std::size_t index) const { return *scene->models[0].rigids[index]; }
-    StorageScene::Part& Part(std::size_t part, std::size_t group = 0) const { return *Group(group).parts[part]; }
+    StorageScene::Part& Part(std::size_t part) const { return *Group(0).parts[part]; }
 
-    RefPointer<ModelLoaderWQFML4> loader;
-    RefPointer<StorageScene> scene;
+    RefPointer<ModelLoaderWQFML4> loader = New<ModelLoaderWQFML4>();
+    RefPointer<Scene> scene = New<Scene>();
     bool succeeded = false;
 };
 
-// The same, converted.
-struct ConvertedDocument {
-    explicit ConvertedDocument(const std::string& text, std::uint32_t options = 0)
-        : loader(New<ModelLoaderWQFML4>()), scene(New<StorageScene2>()) {
-        succeeded = loader->Load(Bytes(text), scene.Get(), options);
-    }
-
-    StorageScene2* operator->() const { return scene.Get(); }
-
-    RefPointer<ModelLoaderWQFML4> loader;
-    RefPointer<StorageScene2> scene;
-    bool succeeded = false;
-};
+using LoadedScene = Loaded<StorageScene>;
+using ConvertedDocument = Loaded<StorageScene2>;
 
 }  // namespace ZEMA::testing

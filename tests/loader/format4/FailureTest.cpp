@@ -10,48 +10,65 @@ TEST(Format4Failure, IsFoundByStrictChecks) {
     const char* const flex = "partError error detail flex";
     const char* const assembly = "partError error detail assembly";
     const char* const joint = "jointError";
+    const char* const camera = "biError error detail nonExistingCamera";
     const struct {
         const char* what;
         const char* from;  // in a good document
         const char* to;
         Words errors;
+        std::uint32_t options = 0;
     } rows[] = {
-        {"nothing", "refID", "refID", {}},
+        {"nothing is wrong", "refID", "refID", {}},
         {"no version", "versionMajor='4'", "", {"versionError expected Version 4 actual Version 0"}},
+        {"a minor version", "nor='0'", "nor='1'", {"versionError expected Version 4 actual Version 4.1"}},
         {"a negative refID",
          "Camera refID='2'",
          "Camera refID='-1'",
-         {"cameraError error detail missingRefID", "biError error detail nonExistingCamera"}},
+         {"cameraError error detail missingRefID", camera}},
         {"the first check counts", "Part refID='2'", "Part flexRefID='1'", {"partError error detail missingRefID"}},
+        {"no material, and halves of other things",
+         "'3004' materialID='21'",
+         "'3004' assemblyID='1' flexRefID='1'",
+         {"partError error detail notOneMaterial"}},
         {"no assembly of ID 0", "'3004'", "'3004' assemblyRefID='1' assemblyID='0'", {assembly}},
-        {"an assembly without refID", "'3004'", "'3004' assemblyID='1'", {assembly}},
+        {"an assembly without refID", "'3004'", "'3004' assemblyID='1' flexRefID='1'", {assembly}},
         {"a control point without flex", "'3004'", "'3004' controlPoint='0'", {flex}},
         {"one end", "<GroupRef groupRef='2'/>", "", {joint}},
+        {"three ends", "<GroupRef groupRef='2'/>", "<GroupRef groupRef='2'/><GroupRef groupRef='3'/>", {joint}},
         {"a is too long", "az='1'", "az='1.00002'", {joint}},
+        {"a is too short", "az='1'", "az='0.99998'", {joint}},
+        {"a is as long as it may be", "az='1'", "az='1.000009'", {}},
+        {"a is as short as it may be", "az='1'", "az='0.999991'", {}},
         {"a is no number", "az='1'", "az='nan'", {joint}},
         {"z is too long", "groupRef='2'", "groupRef='2' zx='1'", {joint}},
         {"what stands behind no group is not read", "groupRef='2'", "groupRef='9' zx='1'", {joint, joint}},
         {"what stands before is checked", "groupRef='2'", "zx='1' groupRef='9'", {joint, joint, joint}},
+        {"one group twice", "groupRef='2'", "groupRef='1'", {joint}, 2},
+        {"joints are skipped", "groupRef='2'", "groupRef='1'", {}, 1},
+        {"no camera of that number", "cameraRefID='2'", "cameraRefID='9'", {camera}, 1},
+        {"cameras may be unknown", "Instruction x='' cameraRefID='1'", "Instruction cameraRefID='9'", {}, 2},
+        {"those of steps, too", "cameraRefID='2'", "cameraRefID='9'", {}, 3},
+        {"but not the scene's",
+         "Scene x='' cameraRefID='1'",
+         "Scene x='' cameraRefID='9'",
+         {"cameraError error detail nonExistingCamera"},
+         3},
+        {"nor a part", "partRefID='1'", "partRefID='9'", {"biError error detail nonExistingPart"}, 3},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        const LoadedScene loaded(Broken(GoodDocument(), row.from, row.to));
+        const LoadedScene loaded(Broken(GoodDocument(), row.from, row.to), row.options);
         EXPECT_EQ(Descriptions(*loaded.loader), row.errors);
         EXPECT_EQ(loaded.succeeded, row.errors.empty());
     }
-}
-
-TEST(Format4Failure, NeedsARootOfItsName) {
-    for (const char* text : {"<wqfml versionMajor='4'/>", "<a><WQFML versionMajor='4'/></a>"}) {
-        SCOPED_TRACE(text);
-        const LoadedScene loaded(text);
-        EXPECT_FALSE(loaded.succeeded);
-        EXPECT_EQ(Descriptions(*loaded.loader), Words{"unknown error detail missingWQFMLTag"});
-    }
+    EXPECT_TRUE(LoadedScene(GoodDocument(), 1)->models[0].joints.Empty());
+    const LoadedScene inside("<a>" + GoodDocument() + "</a>");
+    EXPECT_FALSE(inside.succeeded);
+    EXPECT_EQ(Descriptions(*inside.loader), Words{"unknown error detail missingWQFMLTag"});
 }
 
 TEST(Format4Failure, DoesNotEndTheLoadOrTheNext) {
-    std::string text = Broken(GoodDocument(), "Scene cameraRefID='1'", "Scene cameraRefID='9'");
+    std::string text = Broken(GoodDocument(), "Scene x='' cameraRefID='1'", "Scene cameraRefID='9'");
     text = Broken(text, "<Part refID='2' designID='3004' materialID='21'/>",
                   "<Part><SubMaterial surfaceID='1' materialID='2'/></Part>");
     text = Broken(text, "partRefID='1'", "partRefID='9'");
@@ -86,27 +103,6 @@ TEST(Format4Failure, IncompleteFlexesRaiseNothing) {
         EXPECT_EQ(loaded.succeeded, succeeds);
         EXPECT_TRUE(loaded.loader->errors.Empty());
     }
-}
-
-TEST(Format4Failure, OptionsLeaveChecksOut) {
-    const struct {
-        const char* from;
-        const char* to;
-        std::uint32_t options;
-        bool succeeds;
-    } rows[] = {
-        {"groupRef='2'", "groupRef='1'", 1, true},
-        {"groupRef='2'", "groupRef='1'", 2, false},
-        {"Instruction cameraRefID='1'", "Instruction cameraRefID='9'", 2, true},
-        {"Step cameraRefID='2'", "Step cameraRefID='9'", 3, true},
-        {"Scene cameraRefID='1'", "Scene cameraRefID='9'", 3, false},
-        {"partRefID='1'", "partRefID='9'", 3, false},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.to);
-        EXPECT_EQ(LoadedScene(Broken(GoodDocument(), row.from, row.to), row.options).succeeded, row.succeeds);
-    }
-    EXPECT_TRUE(LoadedScene(GoodDocument(), 1)->models[0].joints.Empty());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
+// What is in a scene: groups, joints, parts, and the corrections of old designs.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 
 #include "loader/DesignCatalogue.h"
 #include "tests/loader/format4/Documents.h"
@@ -8,85 +9,122 @@
 namespace ZEMA::testing {
 namespace {
 
+TEST(Format4Models, ReadsGroupsPartsAndTheirNumbers) {
+    const LoadedScene loaded(Root(Model("<Group type='6' name='a' tyre='6' axe='6' tx='5'>" +
+                                        Part(7, "name='\xC3\xA4' itemNos='1,2'") + Part(7, "itemNos='\xC3\xA4'") +
+                                        "</Group><Group refID='010'/><Group refID='010'/><Group refID='-1'/>"
+                                        "<Joint><GroupRef groupRef='10'/><GroupRef groupRef='4294967295'/></Joint>") +
+                                  Instruction(Step("", PartRef(7)))));
+    ASSERT_EQ(loaded->models[0].rigids.Size(), 4U);
+    EXPECT_EQ(Utf8(loaded.Group(0).name), "a");
+    EXPECT_EQ(loaded.Group(0).transformation, Matrix4::FromTranslation({5, 0, 0}));
+    EXPECT_EQ(loaded->models[0].joints[0].rigid1.Get(), &loaded.Group(2)) << "the later group of a number is meant";
+    EXPECT_EQ(loaded->models[0].joints[0].rigid2, nullptr) << "no group has the number of none";
+    EXPECT_EQ(Utf8(loaded.Part(0).name), "\xC3\xA4");
+    EXPECT_EQ(Utf8(loaded.Part(0).itemNos), "1,2");
+    EXPECT_TRUE(loaded.Part(1).itemNos.IsEmpty()) << "item numbers are ASCII";
+    EXPECT_EQ(loaded->buildingInstructions[0].steps[0]->parts[0].part.Get(), &loaded.Part(1))
+        << "the later part is meant";
+}
+
+TEST(Format4Models, ReadsJoints) {
+    using Vectors = std::array<Vector3, 6>;
+    const LoadedScene loaded(
+        Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/><GroupRef groupRef='2'/></Joint>"
+                   "<Joint type='HINGE'><GroupRef groupRef='1' ax='1' ay='0' zx='-1' zz='0' tx='1' ty='2' tz='3'/>"
+                   "<GroupRef groupRef='2' ay='-1' zy='1' zz='0' tx='4' ty='5' tz='6'/></Joint>")));
+    const Vectors vectors[] = {{{{0, 1, 0}, {0, 0, 1}, {0, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 0}}},
+                               {{{1, 0, 0}, {-1, 0, 0}, {1, 2, 3}, {0, -1, 0}, {0, 1, 0}, {4, 5, 6}}}};
+    ASSERT_TRUE(loaded.succeeded);
+    for (std::size_t i = 0; i < 2; ++i) {
+        const StorageScene::Joint& joint = loaded->models[0].joints[i];
+        EXPECT_EQ((Vectors{joint.a1, joint.z1, joint.t1, joint.a2, joint.z2, joint.t2}), vectors[i]);
+        EXPECT_EQ(joint.type, i == 0 ? 1U : 0U);
+    }
+}
+
+// A joint's handlers leave at the first closing "Joint", also when that closes one inside; what follows is then read as
+// if it stood in the model.
+TEST(Format4Models, JointEndsAtTheFirstClosingTag) {
+    const LoadedScene loaded(
+        Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/>"
+                   "<GroupRef groupRef='2'/><Joint/><Group refID='3'/></Joint><Group refID='4'/>")));
+    EXPECT_TRUE(loaded.succeeded);
+    EXPECT_EQ(loaded->models[0].joints.Size(), 1U);
+    EXPECT_EQ(loaded->models[0].rigids.Size(), 4U);
+}
+
 using Numbers = std::vector<unsigned long>;
 
 Numbers NumbersOf(const BasicArray<unsigned long>& numbers) {
     return {numbers.begin(), numbers.end()};
 }
 
-LoadedScene WithParts(const std::string& parts) {
-    return LoadedScene(Root(Group(parts)));
-}
-
-TEST(Format4Parts, ReadsTexts) {
-    const LoadedScene loaded = WithParts(Part(1, "name='\xC3\xA4' itemNos='1,2'") + Part(2, "itemNos='\xC3\xA4'"));
-    EXPECT_EQ(Utf8(loaded.Part(0).name), "\xC3\xA4");
-    EXPECT_EQ(Utf8(loaded.Part(0).itemNos), "1,2");
-    EXPECT_TRUE(loaded.Part(1).itemNos.IsEmpty()) << "item numbers are ASCII";
-}
-
-TEST(Format4Parts, ReadsMaterialsOfSurfaces) {
-    const std::pair<const char*, Numbers> rows[] = {
-        {"<SubMaterial surfaceID='3' materialID='5'/>", {21, 0, 0, 5}},
-        {"<SubMaterial surfaceID='1' materialID='5'/><SubMaterial surfaceID='1' materialID='6'/>", {21, 6}},
-        {"<SubMaterial surfaceID='0' materialID='5'/>", {21}},
-        {"<SubMaterial surfaceID='2' materialID='0'/>", {21}},
-        {"<SubMaterial><SubMaterial surfaceID='1' materialID='5'/></SubMaterial>", {21, 5}},
-        {"<Other><SubMaterial surfaceID='1' materialID='5'/></Other>", {21}},
-        {"<Part refID='2' materialID='1'><SubMaterial surfaceID='1' materialID='5'/></Part>", {21}},
+TEST(Format4Models, ReadsSurfacesOfParts) {
+    const struct {
+        const char* content;
+        Numbers materials;
+        Numbers decoration;  // once converted
+    } rows[] = {
+        {"<SubMaterial surfaceID='3' materialID='5'/>", {21, 0, 0, 5}, {}},
+        {"<SubMaterial surfaceID='1' materialID='5'/><SubMaterial surfaceID='1' materialID='6'/>", {21, 6}, {}},
+        {"<SubMaterial surfaceID='0' materialID='5'/>", {21}, {}},
+        {"<SubMaterial surfaceID='2' materialID='0'/>", {21}, {}},
+        {"<SubMaterial><SubMaterial x='' surfaceID='1' materialID='5'/></SubMaterial>", {21, 5}, {}},
+        {"<Other><SubMaterial surfaceID='1' materialID='5'/></Other>", {21}, {}},
+        {"<Part refID='2' materialID='1'><SubMaterial surfaceID='1' materialID='5'/></Part>", {21}, {}},
+        {"<Decoration surfaceID='2' decorationID='5'/><Decoration surfaceID='2' decorationID='6'/>", {21}, {0, 0, 6}},
+        {"<Decoration surfaceID='1' decorationID='5'/><Decoration surfaceID='1'/>", {21}, {0, 0}},
+        {"<Decoration decorationID='5'/>", {21}, {5}},
+        {"<Decoration surfaceID='1' decorationID='5'><Decoration surfaceID='2'/></Decoration>", {21}, {0, 5, 0}},
     };
-    for (const auto& [content, materials] : rows) {
-        SCOPED_TRACE(content);
-        const LoadedScene loaded = WithParts(Part(1, "", content));
-        EXPECT_EQ(NumbersOf(loaded.Part(0).materials), materials);
-        EXPECT_EQ(loaded.Group(0).parts.Size(), 1U);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.content);
+        const ConvertedDocument converted(Root(Group(Part(1, "", row.content))));
+        ASSERT_EQ(converted->bricks.Size(), 1U);
+        EXPECT_EQ(NumbersOf(converted->bricks[0]->parts[0]->materials), row.materials);
+        EXPECT_EQ(NumbersOf(converted->bricks[0]->parts[0]->decoration), row.decoration);
     }
-}
-
-TEST(Format4Parts, LaterPartOfANumberIsMeant) {
-    const LoadedScene loaded(Root(Group(Part(1) + Part(1)) + Instruction(Step("", PartRef(1)))));
-    EXPECT_EQ(loaded->buildingInstructions[0].steps[0]->parts[0].part.Get(), &loaded.Part(1));
-}
-
-// A control point of this design in a document of that brick set, turned so that its own x axis is the model's -z axis.
-LoadedScene Corrected(std::uint32_t design, const std::string& brickSet) {
-    return LoadedScene(
-        Root("<Meta>" + brickSet + "</Meta>" +
-             Group(Part(1, "flexRefID='1' controlPoint='0' angle='90' designID='" + std::to_string(design) + "'"))));
 }
 
 std::string BrickSet(const std::string& version) {
     return "<BrickSet version='" + version + "'/>";
 }
 
-std::string VersionText(std::uint32_t major, std::uint32_t minor) {
-    return std::to_string(major) + "." + std::to_string(minor);
+// A control point of this design in a document of that brick set, turned so that its own x axis is the model's -z axis.
+template <class Scene>
+Loaded<Scene> Corrected(std::uint32_t design, const std::string& brickSet) {
+    return Loaded<Scene>(
+        Root("<Meta>" + brickSet + "</Meta>" +
+             Group(Part(1, "flexRefID='1' controlPoint='0' angle='90' designID='" + std::to_string(design) + "'"))));
 }
 
-// The last version before the one that ends the row: "4.2.9" before 4.3, "3.999" before 4.0.
-std::string Before(const LegacyCorrection& row) {
-    if (row.fixedInMinor == 0) return VersionText(row.fixedInMajor - 1, 999);
-    return VersionText(row.fixedInMajor, row.fixedInMinor - 1) + ".9";
-}
-
-TEST(Format4Parts, CorrectsOldDesigns) {
-    for (const LegacyCorrection& row : LegacyCorrections()) {
-        SCOPED_TRACE(row.design);
-        const bool isRetired = row.successor != 0;
-        const LoadedScene loaded = Corrected(row.design, BrickSet(isRetired ? "1" : Before(row)));
+TEST(Format4Models, CorrectsOldDesigns) {
+    // By row of the table: the last version that still moves the design, and the next; null for a retired design.
+    const std::pair<const char*, const char*> versions[] = {{"37.999.9", "38"}, {nullptr, nullptr}, {nullptr, nullptr},
+                                                            {"37.999.9", "38"}, {"38.2.9", "38.3"}, {"38.999", "39"}};
+    ASSERT_EQ(LegacyCorrections().size(), std::size(versions));
+    for (std::size_t i = 0; i < std::size(versions); ++i) {
+        SCOPED_TRACE(i);
+        const LegacyCorrection& row = LegacyCorrections()[i];
+        const auto& [last, next] = versions[i];
+        const bool isRetired = last == nullptr;
+        const LoadedScene loaded = Corrected<StorageScene>(row.design, BrickSet(isRetired ? "1" : last));
         EXPECT_EQ(loaded.Part(0).designID, isRetired ? row.successor : row.design);
-        EXPECT_EQ(loaded.Part(0).flex->designID, row.design) << "as it was read";
         EXPECT_NEAR(loaded.Part(0).transformation.m[14], isRetired ? 0 : 0.8, 1e-6)
             << "along the part's own x axis; one correction at most";
-        if (isRetired) continue;
-        const LoadedScene later = Corrected(row.design, BrickSet(VersionText(row.fixedInMajor, row.fixedInMinor)));
-        EXPECT_NEAR(later.Part(0).transformation.m[14], 0, 1e-6) << "no longer from that version on";
+        if (isRetired) {
+            const ConvertedDocument converted = Corrected<StorageScene2>(row.design, BrickSet("1"));
+            EXPECT_EQ(converted->bricks[0]->designID, row.design) << "a flexible element is what it was read as";
+            EXPECT_EQ(converted->bricks[0]->parts[0]->designID, row.design);
+        } else {
+            EXPECT_NEAR(Corrected<StorageScene>(row.design, BrickSet(next)).Part(0).transformation.m[14], 0, 1e-6);
+        }
     }
 }
 
-TEST(Format4Parts, CorrectsByTheVersionOfTheBrickSet) {
-    const auto retired = std::find_if(LegacyCorrections().begin(), LegacyCorrections().end(),
-                                      [](const LegacyCorrection& row) { return row.successor != 0; });
+TEST(Format4Models, CorrectsByTheVersionOfTheBrickSet) {
+    const LegacyCorrection& retired = LegacyCorrections()[1];
     const std::pair<std::string, bool> rows[] = {
         {"", false},
         {BrickSet("0.9"), false},
@@ -95,15 +133,16 @@ TEST(Format4Parts, CorrectsByTheVersionOfTheBrickSet) {
         {"<Brand version='1'/>", false},
         {BrickSet("1") + BrickSet("0"), false},
         {BrickSet("1") + BrickSet("x"), true},
+        {"<BrickSet x='0' version='1' y='0'/>", true},
     };
     for (const auto& [brickSet, corrected] : rows) {
         SCOPED_TRACE(brickSet);
-        const std::uint32_t expected = corrected ? retired->successor : retired->design;
-        EXPECT_EQ(Corrected(retired->design, brickSet).Part(0).designID, expected);
+        const std::uint32_t expected = corrected ? retired.successor : retired.design;
+        EXPECT_EQ(Corrected<StorageScene>(retired.design, brickSet).Part(0).designID, expected);
     }
-    const LoadedScene late(Root(Group(Part(1, "designID='" + std::to_string(retired->design) + "'")) + "<Meta>" +
+    const LoadedScene late(Root(Group(Part(1, "designID='" + std::to_string(retired.design) + "'")) + "<Meta>" +
                                 BrickSet("1") + "</Meta>"));
-    EXPECT_EQ(late.Part(0).designID, retired->design) << "it must be known when the part is read";
+    EXPECT_EQ(late.Part(0).designID, retired.design) << "it must be known when the part is read";
 }
 
 }  // namespace
