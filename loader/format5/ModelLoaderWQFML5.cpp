@@ -1,10 +1,7 @@
 #include "loader/format5/ModelLoaderWQFML5.h"
 
 #include "loader/ModelLoaderErrors.h"
-#include "loader/format5/AttributeReader.h"
-#include "loader/format5/Behaviors.h"
-#include "loader/format5/ChildElements.h"
-#include "loader/format5/Transformations.h"
+#include "loader/format5/ElementReader.h"
 #include "loader/format5/WQFML5Tester.h"
 #include "xml/XMLDOMAString.h"
 

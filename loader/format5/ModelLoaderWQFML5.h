@@ -67,7 +67,7 @@ private:
     void SplitBrick(std::uint32_t refID, StorageScene2& scene);
     void DropPart(const RefPointer<StorageScene2::Part>& part);
 
-    // ModelLoaderWQFML5Groups.cpp, ...Rigids.cpp, ...Instructions.cpp
+    // ModelLoaderWQFML5Systems.cpp
     bool ReadGroupSystems(const Node& root, StorageScene2& scene);
     bool ReadGroup(const Node& node, Groups& groups);
     bool OpenGroup(const Node& node, Groups& groups);

@@ -2,11 +2,8 @@
 #include "loader/DesignCatalogue.h"
 #include "loader/DesignCorrections.h"
 #include "loader/ModelLoaderErrors.h"
-#include "loader/format5/AttributeReader.h"
-#include "loader/format5/Behaviors.h"
-#include "loader/format5/ChildElements.h"
+#include "loader/format5/ElementReader.h"
 #include "loader/format5/ModelLoaderWQFML5.h"
-#include "loader/format5/Transformations.h"
 
 namespace ZEMA {
 

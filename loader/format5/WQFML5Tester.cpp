@@ -1,7 +1,7 @@
 #include "loader/format5/WQFML5Tester.h"
 
 #include "loader/ModelLoaderErrors.h"
-#include "loader/format5/AttributeReader.h"
+#include "loader/format5/ElementReader.h"
 #include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA {

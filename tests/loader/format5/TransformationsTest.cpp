@@ -1,4 +1,4 @@
-#include "loader/format5/Transformations.h"
+#include "loader/format5/ElementReader.h"
 
 #include <gtest/gtest.h>
 

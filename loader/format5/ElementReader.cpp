@@ -1,4 +1,4 @@
-#include "loader/format5/AttributeReader.h"
+#include "loader/format5/ElementReader.h"
 
 #include <algorithm>
 #include <array>
@@ -46,6 +46,41 @@ void ReadComponent(const XMLDOMNodeAString& node, std::string_view name, char ax
         ScanFloats(text, {&value, 1});
         return;
     }
+}
+
+// Four rows of three; a number that cannot be read is that of the identity.
+Matrix4 ScanRows(const AString& text) {
+    std::array<float, 12> rows{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
+    ScanFloats(text, rows);
+    Matrix4 result;
+    for (std::size_t index = 0; index < rows.size(); ++index) result.m[index / 3 * 4 + index % 3] = rows[index];
+    return result;
+}
+
+Matrix4 ReadAxisAngle(const XMLDOMNodeAString& node) {
+    Vector3 axis{0, 1, 0};
+    float degrees = 0;
+    Vector3 translation;
+    ReadVector3(node, "a", axis);
+    ReadFloat(node, "angle", degrees);
+    ReadVector3(node, "t", translation);
+    return Matrix4::FromAxisAngle(axis, degrees * kRadiansPerDegree, translation);
+}
+
+bool ReadBehaviorAttribute(const XMLDOMNodeAString& node, BasicArray<StorageScene2::Attribute>& attributes) {
+    StorageScene2::Attribute attribute;
+    ReadString(node, "Key", attribute.key);
+    if (attribute.key.IsEmpty()) return false;
+    ReadString(node, "Value", attribute.value);
+    attributes.PushBack(attribute);
+    return true;
+}
+
+bool ReadBehavior(const XMLDOMNodeAString& node, StorageScene2::Behavior& behavior) {
+    if (!ReadString(node, "BehaviorName", behavior.name)) return false;
+    behavior.attributes.Reserve(CountChildren(node, "Attribute"));
+    return ReadChildren(node, "Attribute",
+                        [&](const auto& child) { return ReadBehaviorAttribute(child, behavior.attributes); });
 }
 
 }  // namespace
@@ -122,6 +157,23 @@ bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::s
         numbers.PushBack(number);
     });
     return complete;
+}
+
+Matrix4 ReadTransformation(const XMLDOMNodeAString& node) {
+    const AString* rows = node.FindAttribute("transformation");
+    Matrix4 result = rows == nullptr ? ReadAxisAngle(node) : ScanRows(*rows);
+    result.Sanitise();
+    return result;
+}
+
+bool ReadBehaviors(const XMLDOMNodeAString& owner, BasicArray<StorageScene2::Behavior>& behaviors) {
+    const std::size_t count = CountChildren(owner, "Behavior");
+    if (count == 0) return true;
+    behaviors.Reserve(behaviors.Size() + count);
+    return ReadChildren(owner, "Behavior", [&](const auto& child) {
+        behaviors.PushBack({});
+        return ReadBehavior(child, behaviors.Back());
+    });
 }
 
 }  // namespace ZEMA

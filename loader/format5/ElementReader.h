@@ -1,6 +1,7 @@
-// The values that format-5 elements carry in their attributes.
+// What format-5 elements carry: values in their attributes, placements, behaviours, children by name.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -10,6 +11,8 @@
 #include "core/BasicMap.h"
 #include "core/RefPointer.h"
 #include "core/String.h"
+#include "scene/Matrix4.h"
+#include "scene/StorageScene2.h"
 #include "scene/Vector3.h"
 #include "xml/TextPieces.h"
 #include "xml/XMLDOMNodeAString.h"
@@ -78,5 +81,34 @@ bool ReadReferenceList(const XMLDOMNodeAString& node, std::string_view name, con
     });
     return complete;
 }
+
+// From "transformation", the twelve floats of the four rows; or else from the axis "a", the "angle" in degrees and the
+// translation "t". The rotation rows of the result have length 1, or there is no rotation.
+Matrix4 ReadTransformation(const XMLDOMNodeAString& node);
+
+// The first child of that name, or null.
+inline const XMLDOMNodeAString* FindSection(const XMLDOMNodeAString& root, const char* name) {
+    return root.FindChild(AString(name));
+}
+
+inline std::size_t CountChildren(const XMLDOMNodeAString& node, std::string_view name) {
+    return static_cast<std::size_t>(std::count_if(node.children.begin(), node.children.end(),
+                                                  [&](const auto& child) { return child->name == name; }));
+}
+
+// Calls `read(child)` for every child of that name, in document order, also after one that failed. Whether all
+// succeeded.
+template <class Read>
+bool ReadChildren(const XMLDOMNodeAString& node, std::string_view name, Read read) {
+    bool succeeded = true;
+    for (const auto& child : node.children) {
+        if (child->name == name && !read(*child)) succeeded = false;
+    }
+    return succeeded;
+}
+
+// Appends the children "Behavior" of `owner` to `behaviors`. Each gets an entry, which keeps what could be read; false
+// when one has no name or an attribute without a key. Other children are passed over.
+bool ReadBehaviors(const XMLDOMNodeAString& owner, BasicArray<StorageScene2::Behavior>& behaviors);
 
 }  // namespace ZEMA
