@@ -20,6 +20,10 @@ bool HasNoDirection(const Vector3& v) {
 
 }  // namespace
 
+float Length(const Vector3& v) {
+    return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
+}
+
 Matrix4 Matrix4::FromTranslation(const Vector3& translation) {
     Matrix4 result;
     result.m[12] = translation.x;

@@ -1,11 +1,21 @@
-// Placements in model space.
+// Points, directions and placements in model space.
 #pragma once
 
 #include <array>
 
-#include "scene/Vector3.h"
-
 namespace ZEMA {
+
+// A point or a direction.
+struct Vector3 {
+    float x = 0;
+    float y = 0;
+    float z = 0;
+
+    friend bool operator==(const Vector3& a, const Vector3& b) = default;
+};
+
+// The Euclidean length, in single precision.
+float Length(const Vector3& v);
 
 // Sixteen floats, row by row: the rotation in m[0..2], m[4..6], m[8..10], the translation in m[12..14]; m[3], m[7],
 // m[11] are 0 and m[15] is 1. A point p becomes the row vector (p, 1) times the matrix.

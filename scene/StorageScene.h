@@ -9,7 +9,6 @@
 #include "core/String.h"
 #include "scene/Matrix4.h"
 #include "scene/StorageScene2.h"
-#include "scene/Vector3.h"
 
 namespace ZEMA {
 

@@ -8,7 +8,6 @@
 #include "core/RefPointer.h"
 #include "core/String.h"
 #include "scene/Matrix4.h"
-#include "scene/Vector3.h"
 
 namespace ZEMA {
 

@@ -16,7 +16,6 @@
 #include "loader/format4/ModelLoaderWQFML4.h"
 #include "scene/Matrix4.h"
 #include "scene/StorageScene.h"
-#include "scene/Vector3.h"
 #include "xml/XMLEventParser.h"
 
 namespace ZEMA::WQFML4 {
