@@ -1,11 +1,33 @@
 // Puts right where documents place the bones of some designs.
 #pragma once
 
-#include "loader/DesignTemplates.h"
+#include <cstdint>
+
+#include "core/BasicArray.h"
+#include "core/Object.h"
+#include "core/RefPointer.h"
 #include "loader/Version.h"
+#include "scene/Matrix4.h"
 #include "scene/StorageScene2.h"
 
 namespace ZEMA {
+
+// The pieces of one design.
+class DesignTemplate : public Object {
+public:
+    struct Record {
+        Matrix4 transformation;  // of the piece within the part
+    };
+
+    BasicArray<Record> records;
+};
+
+// Looks templates up. Whoever has such a source derives from this and hands it to a loader.
+class DesignTemplates : public Object {
+public:
+    // Null when the design has no template.
+    virtual RefPointer<DesignTemplate> Find(std::uint32_t designID) = 0;
+};
 
 // Corrects a part whose design and bones are known. Documents of later brick sets than the catalogue's corrections
 // cover, and documents that name none (a first component of 0), are right as they are. `templates` may be null; a part

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/BasicMap.h"
-#include "loader/DesignTemplates.h"
+#include "loader/DesignCorrections.h"
 #include "loader/ModelLoader.h"
 #include "loader/Version.h"
 #include "xml/XMLDOMNodeAString.h"
