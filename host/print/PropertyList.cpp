@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "xml/XMLDOMAString.h"
+#include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA {
 

@@ -3,7 +3,7 @@
 #include "loader/ModelLoaderErrors.h"
 #include "loader/format5/ElementReader.h"
 #include "loader/format5/WQFML5Tester.h"
-#include "xml/XMLDOMAString.h"
+#include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA {
 

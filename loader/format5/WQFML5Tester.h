@@ -3,7 +3,7 @@
 
 #include "core/RefPointer.h"
 #include "loader/ModelLoader.h"
-#include "xml/XMLDOMNodeAStringTester.h"
+#include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "core/RefPointer.h"
-#include "xml/XMLDOMAString.h"
+#include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA::testing {
 

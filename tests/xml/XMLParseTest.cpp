@@ -2,7 +2,7 @@
 
 #include "core/Exception.h"
 #include "tests/xml/Markup.h"
-#include "xml/XMLDOMNodeAStringTester.h"
+#include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA::testing {
 namespace {

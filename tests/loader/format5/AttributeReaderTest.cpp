@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "LoadedDocument.h"
-#include "xml/XMLDOMAString.h"
+#include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA::testing {
 namespace {

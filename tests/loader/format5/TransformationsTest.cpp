@@ -5,7 +5,7 @@
 #include <array>
 
 #include "LoadedDocument.h"
-#include "xml/XMLDOMAString.h"
+#include "xml/XMLDOMNodeAString.h"
 
 namespace ZEMA::testing {
 namespace {

@@ -1,14 +1,15 @@
+// The tree of elements that a text becomes.
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "core/BasicDeque.h"
 #include "core/BasicMap.h"
 #include "core/ByteText.h"
-#include "xml/SharedTexts.h"
 #include "xml/TextPieces.h"
 #include "xml/XMLDOMNodeAString.h"
-#include "xml/XMLDOMNodeAStringTester.h"
 #include "xml/XMLEventParser.h"
 
 namespace ZEMA {
@@ -16,6 +17,45 @@ namespace ZEMA {
 namespace {
 
 using Node = XMLDOMNodeAString;
+
+// Mixes the length and the first and last eight bytes, which tell names and numbers apart well enough.
+std::size_t HashOf(std::string_view text) {
+    std::uint64_t head = 0;
+    std::uint64_t tail = 0;
+    const std::size_t count = text.size() < sizeof head ? text.size() : sizeof head;
+    std::memcpy(&head, text.data(), count);
+    std::memcpy(&tail, text.data() + text.size() - count, count);
+    const std::uint64_t mixed = (head ^ (tail << 7) ^ text.size()) * 0x9E3779B97F4A7C15U;
+    return static_cast<std::size_t>(mixed >> 40);
+}
+
+AString CopyOf(std::string_view text) {
+    return AString(text.data(), static_cast<std::uint32_t>(text.size()));
+}
+
+// Remembers texts, so that one seen before is handed out as a share of its buffer instead of a new one. Names and most
+// attribute values of a document are few and come thousands of times.
+//
+// The memory is bounded: each text has one slot, and a newer text takes the place of the one that has its slot. So
+// handing out costs the same whatever the texts are.
+class SharedTexts {
+public:
+    AString Share(std::string_view text);
+
+private:
+    // Longer texts rarely come twice, and would be kept for nothing.
+    static constexpr std::size_t kLongest = 32;
+    static constexpr std::size_t kSlotCount = 1024;
+
+    std::array<AString, kSlotCount> slots_;
+};
+
+AString SharedTexts::Share(std::string_view text) {
+    if (text.empty() || text.size() > kLongest) return CopyOf(text);
+    AString& slot = slots_[HashOf(text) % kSlotCount];
+    if (slot.View() != text) slot = CopyOf(text);
+    return slot;
+}
 
 // Puts the lines of `text` that are not blank into `lines`, trimmed. A text that is one such line is not copied.
 void SplitLines(const AString& text, BasicArray<AString>& lines) {
