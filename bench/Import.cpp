@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "importer/GetMetadataForFile.h"
+#include "importer/MetadataImporterPlugin.h"
 
 namespace bench {
 

@@ -1,6 +1,8 @@
 // The road of one document from its path to a scene.
 #pragma once
 
+#include <CoreFoundation/CoreFoundation.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -13,6 +15,13 @@
 #include "storage/Path.h"
 
 namespace ZEMA {
+
+// The storage path of a document: /a/b.wqf becomes file/a/b.wqf.
+//
+// The path is standardised first; a relative one starts at the current directory. When it names a symbolic link, the
+// link's destination takes its place, once; a relative destination starts at the link's folder. The empty path gives
+// the empty text, which names nothing in the tree.
+String StoragePathOf(CFStringRef nativePath);
 
 // The option bits that the importer hands to the loaders.
 inline constexpr std::uint32_t kImportOptions = 1;

@@ -1,10 +1,9 @@
 // The whole road of one document, from its path to its attributes.
 
-#include "importer/GetMetadataForFile.h"
+#include "importer/MetadataImporterPlugin.h"
 
 #include "importer/AttributeSet.h"
 #include "importer/DocumentLoad.h"
-#include "importer/DocumentPath.h"
 #include "importer/StorageSession.h"
 #include "platform/Foundation/CFPointer.h"
 #include "platform/Foundation/NSAutoreleasePool.h"

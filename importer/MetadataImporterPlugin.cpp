@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <memory>
 
-#include "importer/GetMetadataForFile.h"
 #include "platform/Foundation/CFPointer.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// What the plug-in bundle exports beside GetMetadataForFile: its factory, and the life of its instances.
+// What the plug-in bundle exports: its factory, the life of its instances, and the one operation that they are for.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -21,5 +21,13 @@ CF_EXPORT HRESULT MetadataImporterQueryInterface(void* instance, REFIID interfac
 // Each returns the new count. The release that ends the instance unregisters it.
 CF_EXPORT ULONG MetadataImporterPluginAddRef(void* instance);
 CF_EXPORT ULONG MetadataImporterPluginRelease(void* instance);
+
+// Imports the document at `path`: true when its model was loaded and its attributes were entered in `attributes`. On
+// false, nothing was entered. The instance and the type identifier are not looked at: what a document is, its contents
+// tell. No exception leaves it.
+//
+// Threads: calls wait for each other.
+CF_EXPORT Boolean GetMetadataForFile(void* instance, CFMutableDictionaryRef attributes, CFStringRef contentTypeUTI,
+                                     CFStringRef path);
 
 CF_EXTERN_C_END

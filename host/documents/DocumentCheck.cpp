@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "host/system/FileDescriptor.h"
-#include "importer/DocumentPath.h"
+#include "importer/DocumentLoad.h"
 #include "importer/StorageSession.h"
 #include "platform/Foundation/NSAutoreleasePool.h"
 #include "platform/Foundation/NSPathUtilities.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "importer/GetMetadataForFile.h"
+#include "importer/MetadataImporterPlugin.h"
 #include "tests/importer/Attributes.h"
 #include "tests/support/AllocationFailure.h"
 #include "tests/support/ArchiveBuilder.h"

@@ -1,4 +1,4 @@
-#include "importer/DocumentPath.h"
+#include "importer/DocumentLoad.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 
 #include "host/documents/DocumentCheck.h"
 #include "host/plugin/PluginHost.h"
-#include "importer/GetMetadataForFile.h"
+#include "importer/MetadataImporterPlugin.h"
 #include "tests/importer/Attributes.h"
 #include "tests/support/ArchiveBuilder.h"
 #include "tests/support/TemporaryFolder.h"

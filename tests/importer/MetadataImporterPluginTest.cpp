@@ -3,7 +3,6 @@
 #include <CoreServices/CoreServices.h>
 #include <gtest/gtest.h>
 
-#include "importer/GetMetadataForFile.h"
 #include "platform/PlugInInstances.h"
 
 namespace ZEMA::testing {
