@@ -10,6 +10,7 @@ StorageScene::~StorageScene() = default;
 StorageScene::Rigid::~Rigid() = default;
 StorageScene::Part::~Part() = default;
 
+// In a loop, since steps may nest deeper than the stack.
 StorageScene::BIStep::~BIStep() {
     ReleaseDeep(steps, [](BIStep& step) { return &step.steps; });
 }

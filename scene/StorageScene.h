@@ -77,17 +77,20 @@ struct StorageScene::Joint {
     std::uint32_t type = 1;  // 1 for "hinge" and for no type at all, 0 for any other
 };
 
+// Groups and how they are joined.
 struct StorageScene::Model {
     String name;
     BasicArray<RefPointer<Rigid>> rigids;
     BasicArray<Joint> joints;
 };
 
+// What is printed on one surface of a part.
 struct StorageScene::Decoration {
     std::uint32_t surfaceID = 0;
     std::uint32_t decorationID = 0;
 };
 
+// A piece: a brick of its own, or a piece of the assembly or flexible element that it names.
 class StorageScene::Part : public Object {
 public:
     String name;
@@ -123,12 +126,14 @@ protected:
     ~Flex() override = default;
 };
 
+// A part that a step puts in its place.
 struct StorageScene::BIPart {
     RefPointer<Part> part;
     bool exploded = false;
     Matrix4 transformation;  // set only when exploded
 };
 
+// A step, with steps inside it.
 class StorageScene::BIStep : public Object {
 public:
     String name;
@@ -142,12 +147,14 @@ protected:
     ~BIStep() override;
 };
 
+// One building instruction.
 struct StorageScene::BI {
     String name;
     RefPointer<StorageScene2::Camera> camera;  // may be null
     BasicArray<RefPointer<BIStep>> steps;      // the outermost ones
 };
 
+// Parts that a builder selected under a name.
 struct StorageScene::Selection {
     String name;
     BasicArray<RefPointer<Part>> parts;

@@ -13,6 +13,8 @@ StorageScene2::Bone::~Bone() = default;
 StorageScene2::Rigid::~Rigid() = default;
 StorageScene2::BIPart::~BIPart() = default;
 
+// Groups and steps let go of what is nested in them in a loop: a destructor inside a destructor, 200,000 deep, would
+// end the stack.
 StorageScene2::Group::~Group() {
     ReleaseDeep(groups, [](Group& group) { return &group.groups; });
 }

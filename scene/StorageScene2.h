@@ -56,7 +56,9 @@ protected:
     ~StorageScene2() override;
 };
 
+// An entry about the document, such as its application or an author.
 struct StorageScene2::Meta {
+    // One of the entry's attributes, as written.
     struct Attribute {
         String key;
         String value;
@@ -67,16 +69,19 @@ struct StorageScene2::Meta {
     String value;                      // its character data
 };
 
+// A property of a behaviour.
 struct StorageScene2::Attribute {
     String key;  // never empty once loaded
     String value;
 };
 
+// A name with properties; what it means is left to the programs that know the name.
 struct StorageScene2::Behavior {
     String name;
     BasicArray<Attribute> attributes;
 };
 
+// A point of view that the document has saved.
 class StorageScene2::Camera : public Object {
 public:
     String name;
@@ -89,7 +94,8 @@ protected:
     ~Camera() override = default;
 };
 
-// Made of one or more parts. Once loaded it has a design.
+// A brick of the model. It may have no part: none is written, or none could be kept. Its design is never 0 when it was
+// read from format 5; format 4 may leave it at 0.
 class StorageScene2::Brick : public Object {
 public:
     std::uint32_t designID = 0;
@@ -101,7 +107,7 @@ protected:
     ~Brick() override;
 };
 
-// Once loaded it has a design and at least one material.
+// A piece of a brick. Once loaded it has at least one material; of its design holds what holds of a brick's.
 class StorageScene2::Part : public Object {
 public:
     explicit Part(std::uint32_t design = 0) : designID(design) {}
@@ -117,6 +123,7 @@ protected:
     ~Part() override;
 };
 
+// A place of a part in the model, which a rigid can hold: one for most parts, several where a part bends.
 class StorageScene2::Bone : public Object {
 public:
     Matrix4 transformation;  // in model space
@@ -151,11 +158,13 @@ struct StorageScene2::Joint {
     std::uint32_t type = 1;  // 0 is a hinge, 1 a ball
 };
 
+// Rigids and how they are joined.
 struct StorageScene2::RigidSystem {
     BasicArray<RefPointer<Rigid>> rigids;
     BasicArray<Joint> joints;
 };
 
+// Parts that a builder put together under a name, with groups inside it.
 class StorageScene2::Group : public Object {
 public:
     String name;
@@ -169,10 +178,12 @@ protected:
     ~Group() override;
 };
 
+// One way to divide the model into groups.
 struct StorageScene2::GroupSystem {
     BasicArray<RefPointer<Group>> groups;  // the outermost ones
 };
 
+// One building instruction.
 struct StorageScene2::BI {
     String name;
     BasicArray<RefPointer<BIEvent>> events;  // the outermost steps and camera changes
@@ -192,6 +203,7 @@ protected:
     ~BIEvent() override = default;
 };
 
+// A step, with steps inside it.
 class StorageScene2::BIStep : public BIEvent {
 public:
     BIStep() : BIEvent(kStep) {}
@@ -205,6 +217,7 @@ protected:
     ~BIStep() override;
 };
 
+// A change of the point of view.
 class StorageScene2::BICamera : public BIEvent {
 public:
     BICamera() : BIEvent(kCamera) {}
@@ -215,6 +228,7 @@ protected:
     ~BICamera() override = default;
 };
 
+// A part that a step puts in its place.
 class StorageScene2::BIPart : public BIEvent {
 public:
     // `placed` is null where the document names a part that does not exist.
