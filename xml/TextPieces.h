@@ -1,7 +1,6 @@
 // Cutting 8-bit text into pieces.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -15,9 +14,10 @@ namespace ZEMA {
 template <class Visit>
 void ForEachPiece(std::string_view text, char delimiter, Visit visit) {
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find(delimiter), text.size());
+        const std::size_t end = text.find(delimiter);
         visit(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
+        if (end == std::string_view::npos) return;
+        text.remove_prefix(end + 1);
     }
 }
 

@@ -36,7 +36,8 @@ public:
     // when it does, when the text is malformed or 2^31 bytes or longer, or when what it declares stands for far more
     // than it writes out; the node is empty then.
     //
-    // What a tester or an allocation throws leaves the node empty too, and goes on.
+    // What a tester or an allocation of ours throws leaves the node empty too, and goes on; memory that the parser
+    // under it cannot get counts as malformed text.
     [[nodiscard]] bool Parse(const AString& text, XMLDOMNodeAStringTester* tester);
 
     // The value of the first attribute of that name, or null. Good until the attributes change. For readers that look

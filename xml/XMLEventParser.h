@@ -18,7 +18,7 @@ namespace ZEMA {
 // number of elements and values, or nest deeper than the stack, on which the parser opens one entity inside another.
 //
 // Errors:  what an operation throws stops the parse and comes out of Parse; nothing is thrown through the parser
-//          itself, which is C.
+//          itself, which is C. Memory that the parser cannot get for itself makes the text malformed.
 // Threads: one at a time.
 class XMLEventParser {
 public:
