@@ -16,7 +16,8 @@ namespace ZEMA {
 // Reads one markup text into a format-5 scene.
 //
 // Errors:  problems of the content never throw. Each is an object in `errors`, in the order in which they were found,
-//          and a bit of `errorMask`; they stay readable until the next load. Memory that runs out is std::bad_alloc.
+//          and a bit of `errorMask`; they stay readable until the next load. Memory that runs out is std::bad_alloc,
+//          except inside the XML parser, where it looks like a malformed text: a ParserError.
 // Threads: a loader, its errors and the scene belong to one thread at a time.
 class ModelLoader : public Object {
 public:

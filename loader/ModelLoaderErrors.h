@@ -12,6 +12,7 @@ namespace ZEMA {
 
 // The values of a `detail` are listed in each class; any other value is described as "unknown".
 
+// A file that cannot be opened or read.
 class PathError : public ModelLoader::Error {
 public:
     explicit PathError(const Path& unreadable) : Error(PathKind), path(unreadable) {}
@@ -20,6 +21,7 @@ public:
     Path path;  // what could not be read
 };
 
+// A document of a version that the loader does not read.
 class VersionError : public ModelLoader::Error {
 public:
     VersionError(const Version& accepted, const Version& found)
@@ -30,6 +32,7 @@ public:
     Version actual;
 };
 
+// A joint of no known type, or of something that there is not. No detail tells which.
 class JointError : public ModelLoader::Error {
 public:
     explicit JointError(const StorageScene::Joint* offending = nullptr) : Error(JointKind), joint(offending) {}
@@ -38,6 +41,7 @@ public:
     const StorageScene::Joint* joint;
 };
 
+// A camera that is left out, or one that the bricks name and that there is not.
 class CameraError : public ModelLoader::Error {
 public:
     enum Detail : std::uint32_t { NonExistingCamera, MissingRefID, ReusedRefID };
@@ -48,6 +52,7 @@ public:
     std::uint32_t detail;
 };
 
+// A brick that is left out.
 class BrickError : public ModelLoader::Error {
 public:
     enum Detail : std::uint32_t { MissingRefID, ReusedRefID, MissingDesignID };
@@ -58,6 +63,7 @@ public:
     std::uint32_t detail;
 };
 
+// A part that is left out, or one with something wrong in it.
 class PartError : public ModelLoader::Error {
 public:
     enum Detail : std::uint32_t {
@@ -81,6 +87,7 @@ public:
     std::uint32_t detail;
 };
 
+// A bone that is left out.
 class BoneError : public ModelLoader::Error {
 public:
     enum Detail : std::uint32_t { MissingRefID, ReusedRefID };
@@ -91,6 +98,7 @@ public:
     std::uint32_t detail;
 };
 
+// A rigid that is left out.
 class RigidError : public ModelLoader::Error {
 public:
     enum Detail : std::uint32_t { MissingRefID, ReusedRefID };
@@ -101,6 +109,7 @@ public:
     std::uint32_t detail;
 };
 
+// A building instruction that names something that there is not.
 class BIError : public ModelLoader::Error {
 public:
     enum Detail : std::uint32_t { NonExistingCamera, NonExistingPart };
@@ -111,11 +120,13 @@ public:
     std::uint32_t detail;
 };
 
+// Malformed markup. Where and why, nobody knows.
 class ParserError : public ModelLoader::Error {
 public:
     ParserError() : Error(ParserKind) {}
 };
 
+// A text that is no document of the format at all.
 class ContentError : public ModelLoader::Error {
 public:
     enum Detail : std::uint32_t { Empty, MissingWQFMLTag };

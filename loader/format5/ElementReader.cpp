@@ -166,6 +166,11 @@ Matrix4 ReadTransformation(const XMLDOMNodeAString& node) {
     return result;
 }
 
+std::size_t CountChildren(const XMLDOMNodeAString& node, std::string_view name) {
+    return static_cast<std::size_t>(std::count_if(node.children.begin(), node.children.end(),
+                                                  [&](const auto& child) { return child->name == name; }));
+}
+
 bool ReadBehaviors(const XMLDOMNodeAString& owner, BasicArray<StorageScene2::Behavior>& behaviors) {
     const std::size_t count = CountChildren(owner, "Behavior");
     if (count == 0) return true;

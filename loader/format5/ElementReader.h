@@ -1,7 +1,6 @@
 // What format-5 elements carry: values in their attributes, placements, behaviours, children by name.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -38,8 +37,8 @@ void ScanFloats(const AString& text, std::span<float> values);
 
 bool ScanUnsigned(std::string_view text, std::uint32_t& value);
 
-// Lists are numbers separated by commas. Between two commas, and before one at the start, stands an unreadable number;
-// behind one at the end stands nothing.
+// How many numbers a list has. Commas separate them: between two commas, and before one at the start, stands a number
+// that cannot be read; behind one at the end stands nothing.
 std::size_t CountListPieces(std::string_view list);
 
 // Fills the empty `numbers` with those of a list, and 0 for each that cannot be read, and the answer is false then. An
@@ -90,10 +89,8 @@ inline const XMLDOMNodeAString* FindSection(const XMLDOMNodeAString& root, const
     return root.FindChild(AString(name));
 }
 
-inline std::size_t CountChildren(const XMLDOMNodeAString& node, std::string_view name) {
-    return static_cast<std::size_t>(std::count_if(node.children.begin(), node.children.end(),
-                                                  [&](const auto& child) { return child->name == name; }));
-}
+// So that lists can be reserved before they are filled.
+std::size_t CountChildren(const XMLDOMNodeAString& node, std::string_view name);
 
 // Calls `read(child)` for every child of that name, in document order, also after one that failed. Whether all
 // succeeded.

@@ -17,8 +17,8 @@ namespace ZEMA {
 // unless the document gives one.
 //
 // The reference maps are filled while the sections are read: a reference sees what stands before it in this order. They
-// hold plain pointers into the scene and are emptied when the next load begins; until then they are good for as long as
-// the scene keeps its objects.
+// hold plain pointers into the scene and are emptied when the next text is loaded; until then they are good for as long
+// as the scene keeps its objects.
 class ModelLoaderWQFML5 : public ModelLoader {
 public:
     template <class T>
@@ -27,8 +27,10 @@ public:
     explicit ModelLoaderWQFML5(const RefPointer<DesignTemplates>& source = nullptr);  // may be null
 
     using ModelLoader::Load;
-    // True when every section was read without a failure; errors that leave the element in place are none. No option
-    // bit has a meaning here.
+    // True when every section was read without a failure. Failures and errors are not the same: numbers in a part's
+    // lists that cannot be read, and a camera for the bricks that there is not, are errors that the load goes on from;
+    // an incomplete behaviour, a list that names a part or a bone that there is not, and a document without bricks fail
+    // without an error. No option bit has a meaning here.
     bool Load(AString content, StorageScene2* scene, std::uint32_t options) override;
 
     // From the metadata entry "BrickSet"; zeros until a document gives one.

@@ -7,8 +7,6 @@
 
 namespace ZEMA {
 
-class XMLDOMNodeAString;
-
 // Whether the root is an element "WQFML" of version 5.0 exactly; a missing version number counts as 0. Raises what is
 // wrong with it.
 bool IsWQFML5Root(const XMLDOMNodeAString& root, ModelLoader& loader);
