@@ -19,8 +19,8 @@ namespace ZEMA {
 // The storage path of a document: /a/b.wqf becomes file/a/b.wqf.
 //
 // The path is standardised first; a relative one starts at the current directory. When it names a symbolic link, the
-// link's destination takes its place, once; a relative destination starts at the link's folder. The empty path gives
-// the empty text, which names nothing in the tree.
+// link's destination takes its place, once; a relative destination starts at the link's folder. The empty path, being
+// relative, names the current directory.
 String StoragePathOf(CFStringRef nativePath);
 
 // The option bits that the importer hands to the loaders.

@@ -22,9 +22,9 @@ CF_EXPORT HRESULT MetadataImporterQueryInterface(void* instance, REFIID interfac
 CF_EXPORT ULONG MetadataImporterPluginAddRef(void* instance);
 CF_EXPORT ULONG MetadataImporterPluginRelease(void* instance);
 
-// Imports the document at `path`: true when its model was loaded and its attributes were entered in `attributes`. On
-// false, nothing was entered. The instance and the type identifier are not looked at: what a document is, its contents
-// tell. No exception leaves it.
+// Imports the document at `path`: true when its model was loaded and its attributes were entered in `attributes`, which
+// comes empty. On false, nothing was entered. The instance and the type identifier are not looked at: what a document
+// is, its contents tell. No exception leaves it.
 //
 // Threads: calls wait for each other.
 CF_EXPORT Boolean GetMetadataForFile(void* instance, CFMutableDictionaryRef attributes, CFStringRef contentTypeUTI,
