@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "loader/DesignCatalogue.h"
-#include "tests/loader/format5/LoadedDocument.h"
+#include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
 namespace {

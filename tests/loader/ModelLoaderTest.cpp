@@ -4,8 +4,9 @@
 
 #include <filesystem>
 
+#include "loader/ModelLoaderErrors.h"
 #include "storage/local/MacOSXStorageFactory.h"
-#include "tests/loader/format5/LoadedDocument.h"
+#include "tests/loader/Texts.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA::testing {
@@ -74,6 +75,28 @@ TEST_F(ModelLoaderTest, RefusesWhatItCannotReadWhole) {
     EXPECT_FALSE(loader_->Load(Path(), scene_.Get(), 1));
     EXPECT_EQ(Descriptions(*loader_), Words{"pathError path "});
     EXPECT_EQ(loader_->texts, Words());
+}
+
+// Those that loaders raise are seen where they are raised.
+TEST_F(ModelLoaderTest, DescribesErrorsInWords) {
+    const RefPointer<BIError> described = New<BIError>(0U);
+    described->description = "step 3";
+    for (const RefPointer<ModelLoader::Error>& error : {
+             RefPointer<ModelLoader::Error>(described),
+             New<ModelLoader::Error>(),
+             New<ModelLoader::Error>(2048U),
+             New<ModelLoader::Error>(4096U),
+             RefPointer<ModelLoader::Error>(New<CameraError>(7U)),
+             RefPointer<ModelLoader::Error>(New<PartError>(New<StorageScene2::Part>(1234U), 9U)),
+             RefPointer<ModelLoader::Error>(New<PartError>(nullptr, 10U)),
+             RefPointer<ModelLoader::Error>(New<BoneError>(2U)),
+         }) {
+        loader_->Raise(error);
+    }
+    EXPECT_EQ(Descriptions(*loader_),
+              (Words{"biError Description: step 3 error detail nonExistingCamera", "noError", "miscError", "unknown",
+                     "cameraError error detail unknown", "partError error detail misc design id 1234",
+                     "partError error detail unknown", "boneError error detail unknown"}));
 }
 
 }  // namespace

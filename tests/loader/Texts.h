@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "loader/ModelLoader.h"
+#include "tests/xml/Markup.h"
 
 namespace ZEMA::testing {
 
@@ -12,16 +13,6 @@ using Words = std::vector<std::string>;
 
 inline std::string Utf8(const String& text) {
     return std::string(text.ToAString().View());
-}
-
-inline AString Bytes(const std::string& text) {
-    return {text.data(), static_cast<std::uint32_t>(text.size())};
-}
-
-inline std::string Repeated(const std::string& text, std::size_t count) {
-    std::string result;
-    for (std::size_t i = 0; i < count; ++i) result += text;
-    return result;
 }
 
 // Every error of a loader in words, in order.

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/loader/format5/LoadedDocument.h"
+#include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
 namespace {

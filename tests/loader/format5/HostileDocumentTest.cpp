@@ -1,4 +1,4 @@
-// Documents made to be too large or too wrong. Deep ones are read by the tests of `wqf scene`.
+// Documents made to exhaust the stack, or the patience of whoever reads a list anew for each of its entries.
 #include <gtest/gtest.h>
 
 #include "LoadedDocument.h"
@@ -29,6 +29,17 @@ TEST(HostileDocument, HasManyCombinedBricks) {
     const LoadedDocument document(Wqfml(Bricks(Numbered(brick, 100000))));
     EXPECT_EQ(document.scene->bricks.Size(), 200000U);
     EXPECT_TRUE(document.loader->Bricks().Empty());
+}
+
+TEST(HostileDocument, NestsGroupsAndSteps) {
+    const auto nested = [](const std::string& name) {
+        return Repeated("<" + name + ">", 200000) + Repeated("</" + name + ">", 200000);
+    };
+    const LoadedDocument document(Wqfml(Bricks("") + "<GroupSystems><GroupSystem>" + nested("Group") +
+                                        "</GroupSystem></GroupSystems>" +
+                                        "<BuildingInstructions><BuildingInstruction>" + nested("Step") +
+                                        "</BuildingInstruction></BuildingInstructions>"));
+    EXPECT_TRUE(document.succeeded);
 }
 
 TEST(HostileDocument, HasLongLists) {

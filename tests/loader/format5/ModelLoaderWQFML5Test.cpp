@@ -3,17 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "LoadedDocument.h"
+#include "loader/DesignCatalogue.h"
 
 namespace ZEMA::testing {
 namespace {
 
 using Scene = StorageScene2;
-
-using Numbers = std::vector<unsigned long>;
-
-Numbers NumbersOf(const BasicArray<unsigned long>& numbers) {
-    return {numbers.begin(), numbers.end()};
-}
 
 // The objects in the list, "+", and the empty places, "-".
 template <class T>
@@ -47,7 +42,11 @@ TEST(ModelLoaderWQFML5, ReadsTheFirstSectionOfANameOnly) {
     const LoadedDocument none(Wqfml("<Cameras><Camera refID='1'/></Cameras><bricks/>"));
     EXPECT_FALSE(none.succeeded) << "there must be one of bricks";
     EXPECT_EQ(none.Errors(), Words());
-    EXPECT_EQ(none.scene->cameras.Size(), 1U);
+    ASSERT_EQ(none.scene->cameras.Size(), 1U);
+    EXPECT_EQ(none.scene->cameras[0]->fieldOfView, 80);
+    const LoadedDocument blind(Wqfml("<Bricks cameraRef='9'/>"));
+    EXPECT_TRUE(blind.succeeded) << "a camera that there is not is no reason to fail";
+    EXPECT_EQ(blind.Errors(), Words{"cameraError error detail nonExistingCamera"});
 }
 
 TEST(ModelLoaderWQFML5, LeavesOutWhatIsWrongWithAllBelow) {
@@ -56,7 +55,7 @@ TEST(ModelLoaderWQFML5, LeavesOutWhatIsWrongWithAllBelow) {
         "<Brick designID='1'><Part/></Brick><Brick refID='1'/><Brick refID='1' designID='0'/><brick/>"
         "<Brick refID='1' designID='4'>"
         "<Part designID='2'><Bone/></Part><Part refID='1'/><Part refID='1' designID='x'/>"
-        "<Part refID='1' designID='5' materials=''><Bone/></Part>"
+        "<Part refID='1' designID='5' materials='' decoration='x'><Bone/></Part>"
         "<Part refID='1' designID='6' materials='1,x,3' decoration='5,6'><Bone/><Bone refID='1'/><Bone "
         "refID='1'/></Part>"
         "<Part refID='1' designID='7' materials='5'><Bone/></Part>"
@@ -86,7 +85,8 @@ TEST(ModelLoaderWQFML5, LeavesOutWhatIsWrongWithAllBelow) {
 TEST(ModelLoaderWQFML5, LeavesPlacesForUnknownReferences) {
     const LoadedDocument document(Wqfml(
         Bricks(BrickWithBone()) +
-        "<GroupSystems><GroupSystem><Group partRefs='1,99,x'><Group partRefs='1'/></Group></GroupSystem></GroupSystems>"
+        "<GroupSystems><GroupSystem><Group partRefs='1,99,x' name='g' t='1,2,3' pivot='4,5,6'><Group "
+        "partRefs='1'/></Group></GroupSystem></GroupSystems>"
         "<RigidSystems><RigidSystem><Rigid boneRefs='1'/><Rigid refID='1' boneRefs='1,2'/><Rigid refID='1'/>"
         "<Joint type='hinge'><RigidRef rigidRef='2'/></Joint><Joint/><Joint type='Ball'/></RigidSystem>"
         "<RigidSystem><Joint type='hinge'><RigidRef rigidRef='2'/><RigidRef/></Joint><Rigid refID='2'/></RigidSystem>"
@@ -99,6 +99,9 @@ TEST(ModelLoaderWQFML5, LeavesPlacesForUnknownReferences) {
                      "biError error detail nonExistingPart"}));
     const Scene::Group& group = *document.scene->groupSystems[0].groups[0];
     EXPECT_EQ(Places(group.parts), "+--");
+    EXPECT_EQ(Utf8(group.name), "g");
+    EXPECT_EQ(group.transformation.Translation(), (Vector3{1, 2, 3}));
+    EXPECT_EQ(group.pivot, (Vector3{4, 5, 6}));
     EXPECT_EQ(Places(group.groups[0]->parts), "+");
     const auto& systems = document.scene->rigidSystems;
     ASSERT_EQ(systems[0].rigids.Size(), 1U);
@@ -107,6 +110,7 @@ TEST(ModelLoaderWQFML5, LeavesPlacesForUnknownReferences) {
     ASSERT_EQ(systems[1].joints.Size(), 1U) << "joints come after all rigids of their system";
     EXPECT_EQ(systems[1].joints[0].rigid1, systems[1].rigids[0]);
     EXPECT_EQ(systems[1].joints[0].rigid2, nullptr);
+    EXPECT_EQ(systems[1].joints[0].type, 0U);
     const auto& events = document.scene->buildingInstructions[0].events;
     ASSERT_EQ(events.Size(), 2U);
     EXPECT_EQ(static_cast<const Scene::BICamera&>(*events[0]).camera, nullptr);
@@ -119,7 +123,8 @@ TEST(ModelLoaderWQFML5, LeavesPlacesForUnknownReferences) {
 
 TEST(ModelLoaderWQFML5, ReadsNamesMetadataAndCameras) {
     const LoadedDocument document(
-        "<WQFML versionMajor='5' name='H\u00fctte'><Meta><Application name='B' v='2'/><BrickSet version='68.1'/>"
+        "<WQFML versionMajor='5' name='H\u00fctte'><Meta><Application name='B' version='2'/><BrickSet "
+        "version='68.1'/><brickset version='3'/>"
         "<Description>one <b/>\n\n two</Description></Meta>"
         "<Cameras><Camera refID='1' name='n' distance='2.5' fieldOfView='60' orthographic='true' t='1,2,3'/>"
         "<Camera refID='2' distance='x' fieldOfView='60' orthographic='45'/></Cameras>"
@@ -127,8 +132,8 @@ TEST(ModelLoaderWQFML5, ReadsNamesMetadataAndCameras) {
     ASSERT_TRUE(document.succeeded);
     Scene& scene = *document.scene;
     EXPECT_EQ(Utf8(scene.name), "H\u00fctte");
-    EXPECT_EQ(Utf8(scene.meta[0].attributes[1].key) + Utf8(scene.meta[0].attributes[1].value), "v2");
-    EXPECT_EQ(Utf8(scene.meta[2].name) + ":" + Utf8(scene.meta[2].value), "Description:one\ntwo");
+    EXPECT_EQ(Utf8(scene.meta[0].attributes[1].key) + Utf8(scene.meta[0].attributes[1].value), "version2");
+    EXPECT_EQ(Utf8(scene.meta[3].name) + ":" + Utf8(scene.meta[3].value), "Description:one\ntwo");
     EXPECT_EQ(document.loader->BrickSetVersion(), Version(68, 1));
     const Scene::Camera& camera = *scene.cameras[0];
     EXPECT_EQ(camera.distance, 2.5F);
@@ -163,6 +168,47 @@ TEST(ModelLoaderWQFML5, KeepsWhatCouldBeReadOfBehaviors) {
     }
 }
 
+// Each stands alone with the reason for which the load fails; what is sound follows it.
+TEST(ModelLoaderWQFML5, FailsWithoutAnErrorForWhatIsIncomplete) {
+    const std::string bad = "<Behavior name='b'/><Behavior BehaviorName='b'/>";
+    const auto brick = [](const std::string& inBrick, const std::string& inPart, const std::string& inBone) {
+        return Bricks("<Brick refID='1' designID='1'>" + inBrick + "<Part refID='1' designID='2' materials='3'>" +
+                      inPart + "<Bone refID='1'>" + inBone + "</Bone><Bone refID='2'/></Part>" +
+                      "<Part refID='2' designID='2' materials='3'/></Brick><Brick refID='2' designID='1'/>");
+    };
+    const auto groups = [&](const std::string& group) {
+        return brick("", "", "") + "<GroupSystems><GroupSystem>" + group +
+               "<Group/></GroupSystem><GroupSystem/></GroupSystems>";
+    };
+    const struct {
+        const char* what;
+        std::string sections;
+        bool succeeds = false;
+    } rows[] = {
+        {"nothing is wrong", groups("<Group partRefs='1,2'/>"), true},
+        {"no bricks", "<Meta/>"},
+        {"a behavior of the model", "<Behaviors>" + bad + "</Behaviors>" + brick("", "", "")},
+        {"an attribute without a key",
+         "<Behaviors><Behavior BehaviorName='b'><Attribute Value='v'/><Attribute Key='k'/></Behavior></Behaviors>" +
+             brick("", "", "")},
+        {"a behavior of a brick", brick(bad, "", "")},
+        {"a behavior of a part", brick("", bad, "")},
+        {"a behavior of a bone", brick("", "", bad)},
+        {"a behavior of a group", groups("<Group>" + bad + "</Group>")},
+        {"a behavior of a group in a group", groups("<Group><Group>" + bad + "</Group><Group/></Group>")},
+        {"a part of a group", groups("<Group partRefs='9,1'/>")},
+        {"a part of a group in a group", groups("<Group><Group partRefs='9'/><Group/></Group>")},
+        {"a bone of a rigid", brick("", "", "") + "<RigidSystems><RigidSystem><Rigid refID='1' boneRefs='9,1'/>" +
+                                  "<Rigid refID='2'/></RigidSystem><RigidSystem/></RigidSystems>"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LoadedDocument document(Wqfml(row.sections));
+        EXPECT_EQ(document.succeeded, row.succeeds);
+        EXPECT_EQ(document.Errors(), Words());
+    }
+}
+
 TEST(ModelLoaderWQFML5, FillsBothEndsOfAJoint) {
     const LoadedDocument document(Wqfml(
         Bricks("") +
@@ -174,10 +220,11 @@ TEST(ModelLoaderWQFML5, FillsBothEndsOfAJoint) {
     const Scene::Joint& joint = system.joints[0];
     EXPECT_EQ(joint.rigid1, system.rigids[0]);
     EXPECT_EQ(joint.rigid2, system.rigids[1]) << "a third end takes the place of the second";
-    EXPECT_EQ(joint.a1, (Vector3{1, 0, 0}));
-    EXPECT_EQ(joint.z1, (Vector3{5, 0, 1}));
-    EXPECT_EQ(joint.a2, (Vector3{4, 4, 4}));
-    EXPECT_EQ(joint.t2, (Vector3{1, 2, 3}));
+    EXPECT_EQ(Utf8(joint.name), "j");
+    EXPECT_EQ(joint.type, 1U);
+    const Vector3 vectors[] = {joint.a1, joint.z1, joint.t1, joint.a2, joint.z2, joint.t2};
+    const Vector3 expected[] = {{1, 0, 0}, {5, 0, 1}, {0, 0, 0}, {4, 4, 4}, {0, 0, 1}, {1, 2, 3}};
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(vectors[i], expected[i]) << i;
 }
 
 TEST(ModelLoaderWQFML5, ReadsExplodedStepsAndPartsOnly) {
@@ -195,24 +242,32 @@ TEST(ModelLoaderWQFML5, ReadsExplodedStepsAndPartsOnly) {
     EXPECT_EQ(static_cast<const Scene::BIStep&>(*events[1]).a, Vector3());
 }
 
-TEST(ModelLoaderWQFML5, StartsTheNextLoadWithWhatALoadDoesNotClear) {
-    const LoadedDocument document(
-        Wqfml("<Meta><BrickSet version='3.4'/></Meta><Behaviors><Behavior BehaviorName='b'/>"
-              "</Behaviors><Cameras><Camera/></Cameras><Bricks>" +
-              BrickWithBone() + "</Bricks>"));
+TEST(ModelLoaderWQFML5, ClearsAllButBehaviorsAndTheBrickSetForTheNextLoad) {
+    const std::string split = std::to_string(CombinedDesign().combined);
+    LoadedDocument document(
+        "<WQFML versionMajor='5' name='n'><Meta><BrickSet version='3.4'/></Meta><Behaviors><Behavior BehaviorName='b'/>"
+        "</Behaviors><Cameras><Camera/><Camera refID='1'/></Cameras><Bricks cameraRef='1'>" +
+        BrickWithBone() + "<Brick refID='2' designID='" + split + "'><Part refID='2' designID='1' materials='1'/>" +
+        "</Brick></Bricks><GroupSystems><GroupSystem/></GroupSystems><RigidSystems><RigidSystem><Rigid refID='1'/>"
+        "</RigidSystem></RigidSystems><BuildingInstructions><BuildingInstruction/></BuildingInstructions></WQFML>");
     const auto& [loader, scene, succeeded] = document;
-    EXPECT_EQ(loader->errors.Size(), 1U);
-    EXPECT_EQ(loader->Bones().Size(), 1U);
+    EXPECT_EQ(document.Errors(), Words{"cameraError error detail missingRefID"});
+    const RefPointer<Scene::Part> dropped(loader->Parts().Find(2)->second);
+    EXPECT_EQ(dropped->ReferenceCount(), 2) << "held for references to it";
+
+    EXPECT_FALSE(loader->Load("<x/>", scene.Get(), 1));
+    EXPECT_EQ(document.Errors(), Words{"unknown error detail missingWQFMLTag"});
+    EXPECT_EQ(loader->errorMask, 1024U);
+    EXPECT_EQ(dropped->ReferenceCount(), 1);
+    EXPECT_TRUE(loader->Cameras().Empty() && loader->Bricks().Empty() && loader->Parts().Empty());
+    EXPECT_TRUE(loader->Bones().Empty() && loader->Rigids().Empty());
+    EXPECT_TRUE(scene->name.IsEmpty() && scene->cameras.Empty() && scene->bricks.Empty() && scene->meta.Empty());
+    EXPECT_TRUE(scene->groupSystems.Empty() && scene->rigidSystems.Empty() && scene->buildingInstructions.Empty());
+    EXPECT_EQ(scene->bricksCamera, nullptr);
 
     EXPECT_TRUE(loader->Load(Bytes(Wqfml("<Meta><BrickSet version='7'/></Meta>" + Bricks(""))), scene.Get(), 1));
-    EXPECT_TRUE(loader->errors.Empty() && loader->errorMask == 0);
-    EXPECT_TRUE(scene->bricks.Empty() && loader->Bricks().Empty() && loader->Parts().Empty() &&
-                loader->Bones().Empty());
-    EXPECT_EQ(scene->meta.Size(), 1U);
     EXPECT_EQ(scene->behaviors.Size(), 1U) << "the scene's behaviours stay";
     EXPECT_EQ(loader->BrickSetVersion(), Version(7, 4)) << "components that are not given stay";
-    EXPECT_FALSE(loader->Load("<x/>", scene.Get(), 1));
-    EXPECT_TRUE(scene->meta.Empty()) << "emptied before the text is looked at";
 }
 
 }  // namespace
