@@ -63,7 +63,7 @@ TEST(AttributeSet, WritesWhatTheMetadataTell) {
          {Entry("Application", {{"name", "Builder"}, {"versionMinor", "2"}})},
          R"("kMDItemCreator":"Builder",)"},
         {"the later attribute of one name counts, and only that very name",
-         {Entry("Application", {{"name", "A"}, {"name", "B"}, {"Name", "C"}})},
+         {Entry("Application", {{"name", "A"}, {"name", "B"}, {"Name", "C"}, {"versionmajor", "1"}})},
          R"("kMDItemCreator":"B",)"},
         {"the first application that has a name",
          {Entry("Application", {{"versionMajor", "1"}}), Entry("Application", {{"name", "First"}}),
@@ -78,7 +78,8 @@ TEST(AttributeSet, WritesWhatTheMetadataTell) {
          R"("kMDItemAuthors":["ada","Ada",""],)"},
         {"a description without a language is English, and the first of each language stays",
          {Entry("Description", {}, "one"), Entry("Description", {{"lang", "en"}}, "two"),
-          Entry("Description", {{"lang", "en"}, {"lang", "de"}}, "drei"), Entry("Description", {{"lang", ""}}, "")},
+          Entry("Description", {{"lang", "en"}, {"lang", "de"}, {"Lang", "fr"}}, "drei"),
+          Entry("Description", {{"lang", ""}}, "")},
          R"("kMDItemDescription":{"":"","de":"drei","en":"one"},)"},
     };
     for (const auto& row : rows) {
@@ -106,15 +107,37 @@ TEST(AttributeSet, CountsAndSortsBricks) {
     }
 }
 
-TEST(AttributeSet, HandsOverWithoutReplacingWhatTheServiceKnows) {
+// Anything that looks through a list for each of its entries takes minutes here.
+TEST(AttributeSet, GathersFromLargeModelsInTime) {
+    std::vector<Meta> authors;
+    std::vector<std::uint32_t> designs;
+    std::string list;
+    for (int i = 100000; i < 300000; ++i) {
+        const std::string number = std::to_string(i);
+        authors.push_back(Entry("Author", {{"name", number.c_str()}}));
+        designs.push_back(static_cast<std::uint32_t>(i));
+        list += (list.empty() ? "\"" : ",\"") + number + "\"";
+    }
+    EXPECT_EQ(Written(authors, designs), R"({"com_zema_wqf_listofbricks":[)" + list +
+                                             R"(],"com_zema_wqf_numberofbricks":200000,)" + R"("kMDItemAuthors":[)" +
+                                             list + R"(],"kMDItemVersion":"5"})");
+}
+
+TEST(AttributeSet, ReplacesOnlyBrickAttributesThatTheServiceKnows) {
     const Attributes written = NewAttributes();
     WriteAttributes(*New<StorageScene2>(), Version(5), written.Get());
-    const Attributes service = NewAttributes();
-    CFDictionaryAddValue(service.Get(), CFSTR("kMDItemVersion"), CFSTR("7"));
-    CFDictionaryAddValue(service.Get(), CFSTR("com_zema_wqf_numberofbricks"), CFSTR("many"));
-    HandOverAttributes(written.Get(), service.Get());
-    EXPECT_EQ(TextOf(service),
-              R"({"com_zema_wqf_listofbricks":[],"com_zema_wqf_numberofbricks":0,"kMDItemVersion":"7"})");
+    const Attributes services[] = {NewAttributes(), NewAttributes()};
+    for (const Attributes& service : services) {
+        CFDictionaryAddValue(service.Get(), CFSTR("kMDItemVersion"), CFSTR("7"));
+        CFDictionaryAddValue(service.Get(), CFSTR("com_zema_wqf_numberofbricks"), CFSTR("many"));
+        CFDictionaryAddValue(service.Get(), CFSTR("com_zema_wqf_listofbricks"), CFSTR("all"));
+    }
+    HandOverAttributes(written.Get(), services[0].Get());
+    WriteAttributes(*New<StorageScene2>(), Version(5), services[1].Get());
+    for (const Attributes& service : services) {
+        EXPECT_EQ(TextOf(service),
+                  R"({"com_zema_wqf_listofbricks":[],"com_zema_wqf_numberofbricks":0,"kMDItemVersion":"7"})");
+    }
 }
 
 }  // namespace ZEMA::testing

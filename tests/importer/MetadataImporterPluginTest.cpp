@@ -26,6 +26,7 @@ CFUUIDBytes Changed(CFUUIDBytes bytes) {
 }  // namespace
 
 TEST(MetadataImporterPlugin, MakesInstancesOfItsTypeOnly) {
+    const CFIndex references = CFGetRetainCount(FactoryID());
     EXPECT_EQ(MetadataImporterPluginFactory(nullptr, kMDImporterInterfaceID), nullptr);
     EXPECT_EQ(PlugInInstanceCount(FactoryID()), 0);
 
@@ -35,6 +36,7 @@ TEST(MetadataImporterPlugin, MakesInstancesOfItsTypeOnly) {
     EXPECT_NE(first, second);
     EXPECT_EQ(TableOf(first), TableOf(second));
     EXPECT_EQ(PlugInInstanceCount(FactoryID()), 2);
+    EXPECT_GE(CFGetRetainCount(FactoryID()), references + 2) << "each holds its factory's identifier";
 
     // Each has a count of its own.
     EXPECT_EQ(MetadataImporterPluginAddRef(first), 2u);
@@ -43,6 +45,7 @@ TEST(MetadataImporterPlugin, MakesInstancesOfItsTypeOnly) {
     EXPECT_EQ(MetadataImporterPluginRelease(first), 1u);
     EXPECT_EQ(MetadataImporterPluginRelease(first), 0u);
     EXPECT_EQ(PlugInInstanceCount(FactoryID()), 0);
+    EXPECT_EQ(CFGetRetainCount(FactoryID()), references) << "and lets go of it";
 }
 
 TEST(MetadataImporterPlugin, AnswersForItsInterfacesThroughTheTable) {

@@ -19,7 +19,7 @@ std::string StoragePath(const std::string& path) {
 
 }  // namespace
 
-TEST(DocumentPath, PutsTheVolumeInPlaceOfTheRoot) {
+TEST(StoragePath, PutsTheVolumeInPlaceOfTheRoot) {
     const struct {
         const char* path;
         const char* storagePath;
@@ -33,16 +33,18 @@ TEST(DocumentPath, PutsTheVolumeInPlaceOfTheRoot) {
     for (const auto& row : rows) EXPECT_EQ(StoragePath(row.path), row.storagePath);
 }
 
-TEST(DocumentPath, StartsARelativePathAtTheCurrentFolder) {
+TEST(StoragePath, StartsARelativePathAtTheCurrentFolder) {
     const TemporaryFolder folder;
     const fs::path before = fs::current_path();
     fs::current_path(folder.Path());
     const std::string path = StoragePath("sub/a.wqf");
+    const std::string ofNothing = StoragePath("");
     fs::current_path(before);
     EXPECT_EQ(path, "file" + (folder / "sub/a.wqf"));
+    EXPECT_EQ(ofNothing, "file" + folder.Path().string());
 }
 
-TEST(DocumentPath, FollowsALinkOnce) {
+TEST(StoragePath, FollowsALinkOnce) {
     const TemporaryFolder folder;
     const std::string root = folder.Path().string();
     fs::create_directories(root + "/real/deep");
