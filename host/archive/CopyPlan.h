@@ -7,17 +7,10 @@
 #include <vector>
 
 #include "core/BasicSet.h"
-#include "host/archive/StorageReport.h"
+#include "host/archive/ArchiveCommands.h"
 #include "host/archive/StorageTree.h"
 
 namespace ZEMA {
-
-struct CopyOptions {
-    bool recursive = false;  // folders too
-    bool force = false;      // over write-protected files too
-    bool keepExisting = false;
-    bool move = false;
-};
 
 // The steps from the sources to their targets, folders before what lies in them.
 //

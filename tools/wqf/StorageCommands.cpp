@@ -2,8 +2,6 @@
 
 #include "tools/wqf/StorageCommands.h"
 
-#include "host/archive/StorageCopy.h"
-#include "host/archive/StorageMaking.h"
 #include "host/system/Output.h"
 #include "tools/wqf/Commands.h"
 

@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/archive/CopyPlan.h"
-#include "host/archive/StorageRemoval.h"
+#include "host/archive/ArchiveCommands.h"
 #include "host/archive/StorageReport.h"
 
 namespace ZEMA {

@@ -1,4 +1,5 @@
-#include "host/archive/StorageMaking.h"
+// Making and removing: wqf mkdir, new and rm.
+#include "host/archive/ArchiveCommands.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,12 +8,15 @@
 #include <cerrno>
 #include <filesystem>
 #include <map>
+#include <system_error>
+#include <utility>
 
 #include "core/BasicSet.h"
 #include "host/archive/ArchiveEdits.h"
 #include "host/archive/OverlayFile.h"
 #include "host/archive/StorageTree.h"
 #include "host/system/FileDescriptor.h"
+#include "host/system/Paths.h"
 #include "storage/zip/ZipFormat.h"
 #include "storage/zip/ZipRecords.h"
 
@@ -86,7 +90,7 @@ std::optional<StorageItem> FindPlace(StorageTree& tree, const std::string& path,
     return found ? item : std::nullopt;
 }
 
-std::string WhyNot(const StorageItem& item, bool parents, const PlannedFolders& planned) {
+std::string WhyNotMade(const StorageItem& item, bool parents, const PlannedFolders& planned) {
     if (parents && (item.facts.IsFolder() || planned.Has(item))) return "";
     if (!item.facts.IsMissing() || item.facts.isLink || planned.Has(item)) return "it is there already";
     if (!item.archive) return "";
@@ -122,6 +126,53 @@ bool MakeArchive(StorageTree& tree, const std::string& path, std::string& proble
     return false;
 }
 
+const char kProtected[] = "it is write-protected (-f removes it)";
+
+bool IsNativeFolder(const std::string& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool IsNativeFile(const std::string& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+std::vector<std::string> NamesIn(const std::string& folder, std::error_code& error) {
+    std::vector<std::string> names;
+    for (std::filesystem::directory_iterator item(folder, error), end; !error && item != end; item.increment(error)) {
+        names.push_back(item->path().filename().string());
+    }
+    return names;
+}
+
+// A member at the node or below it that is write-protected, or null.
+const ZipTreeNode* FindProtected(const ZipTreeNode& top) {
+    std::vector<const ZipTreeNode*> pending = {&top};
+    while (!pending.empty()) {
+        const ZipTreeNode* const node = pending.back();
+        pending.pop_back();
+        if (node->Header() != nullptr && !node->Flags().Has(ElementFlags::kWritable)) return node;
+        for (const auto& child : node->GetChildren()) pending.push_back(child.second.Get());
+    }
+    return nullptr;
+}
+
+// Why the path is not to be removed, or the empty text.
+std::string WhyNotRemoved(const StorageItem& item, const RemoveOptions& options) {
+    const std::string name = NameOf(item.native);
+    if (item.facts.isLink && item.facts.IsFolder() && item.shown.ends_with('/')) {
+        return "is a link to a folder; name it without '/'";
+    }
+    if (item.IsArchiveRoot()) return "is a whole archive; name it without '/'";
+    if (item.archive && item.archive->IsMember()) return "an archive in an archive can only be read";
+    if (item.facts.IsMissing() && !item.facts.isLink) return "no such file";
+    if (!item.archive && (name.empty() || name == "." || name == "..")) return "is a folder that is in use";
+    if (item.facts.IsFolder() && !item.facts.isLink && !options.recursive) return "is a folder (-r removes folders)";
+    if (item.archive && !options.force && FindProtected(*item.node) != nullptr) return kProtected;
+    return "";
+}
+
 }  // namespace
 
 void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageReport& report) {
@@ -131,7 +182,7 @@ void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageRep
     for (const std::string& path : paths) {
         std::string problem;
         const std::optional<StorageItem> item = FindPlace(tree, path, parents, planned, problem);
-        if (item) problem = WhyNot(*item, parents, planned);
+        if (item) problem = WhyNotMade(*item, parents, planned);
         if (!item || !problem.empty()) {
             report.Fail(path, problem);
         } else if (item->facts.IsFolder()) {
@@ -155,6 +206,54 @@ void MakeArchives(const std::vector<std::string>& paths, StorageReport& report) 
         std::string problem;
         if (!MakeArchive(tree, path, problem)) report.Fail(path, problem);
     }
+}
+
+void RemoveNative(const std::string& path, const std::string& shown, bool force, StorageReport& report) {
+    struct Place {
+        std::string path;
+        std::string shown;
+        bool emptied;
+    };
+    std::vector<Place> pending = {{path, shown, false}};
+    while (!pending.empty()) {
+        const Place place = pending.back();
+        std::error_code error;
+        if (!place.emptied && IsNativeFolder(place.path)) {
+            pending.back().emptied = true;
+            for (const std::string& name : NamesIn(place.path, error)) {
+                pending.push_back({place.path + "/" + name, place.shown + "/" + name, false});
+            }
+            if (error) report.Fail(place.shown, SystemFailure(error.value()).text);
+            continue;
+        }
+        pending.pop_back();
+        if (!force && IsNativeFile(place.path) && IsWriteProtected(place.path)) {
+            report.Fail(place.shown, kProtected);
+        } else if ((place.emptied ? rmdir(place.path.c_str()) : unlink(place.path.c_str())) != 0) {
+            report.Fail(place.shown, SystemFailure(errno).text);
+        }
+    }
+}
+
+void RemovePaths(const std::vector<std::string>& paths, const RemoveOptions& options, StorageReport& report) {
+    StorageTree tree;
+    std::vector<StorageItem> members;
+    for (const std::string& path : paths) {
+        std::string problem = "no such file";
+        const std::optional<StorageItem> item = tree.Find(path, problem);
+        if (item) problem = WhyNotRemoved(*item, options);
+        if (!problem.empty()) {
+            if (!options.force || problem != "no such file") report.Fail(path, problem);
+        } else if (item->archive) {
+            members.push_back(*item);
+        } else {
+            RemoveNative(item->native, path, options.force, report);
+        }
+    }
+    const auto remove = [](SafeEdit& edit, const StorageItem& member, std::string& problem) {
+        return edit.Remove(member.inner, problem);
+    };
+    EditMembers(members, options.force, remove, report);
 }
 
 }  // namespace ZEMA

@@ -1,5 +1,4 @@
-#include "host/archive/StorageCopy.h"
-
+// Copying and moving: wqf cp and mv.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,11 +7,12 @@
 #include <memory>
 #include <set>
 
+#include "host/archive/ArchiveCommands.h"
 #include "host/archive/ArchiveEdits.h"
+#include "host/archive/CopyPlan.h"
 #include "host/archive/ExtendedAttributes.h"
 #include "host/archive/ReplacementFile.h"
 #include "host/archive/StorageReader.h"
-#include "host/archive/StorageRemoval.h"
 #include "host/system/Paths.h"
 
 namespace ZEMA {
