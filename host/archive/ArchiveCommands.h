@@ -1,4 +1,4 @@
-// What the file commands do in archives.
+// What the file commands do: changes to archives, in terms of the paths that a user names.
 #pragma once
 
 #include <string>
@@ -8,38 +8,36 @@
 
 namespace ZEMA {
 
+// Archives are folders here, and only what lies in one, or goes into one, is worked on: plain files and folders are
+// better served by the system's own commands, which keep their owners, times and links. No command replaces a file that
+// is an archive, or looks like one.
+//
+// Each tells all failures to the report. Of what goes on in one archive all is done or nothing.
+
 struct CopyOptions {
-    bool recursive = false;  // folders too
-    bool force = false;      // over write-protected files too
-    bool keepExisting = false;
-    bool move = false;
+    bool recursive = false;     // folders too
+    bool force = false;         // over write-protected files, and in write-protected archives too
+    bool keepExisting = false;  // files that are there stay as they are
+    bool move = false;          // the sources are removed once all of them is in the new place
 };
 
-// Follows a CopyPlan: to `target`, or into it where it is a folder. All failures are told.
-//
-// An archive gets all that goes into it or none. A file outside of archives is whole or is not there; it keeps the time
-// of its source where that has one, and gets the time of the copy otherwise. What is moved is removed from its old
-// place only when all of it is in the new one.
+// Copies or moves to `target`, or into it where it is a folder or an archive. A source that is an archive, and is named
+// without a "/" behind it, is a file. Outside of archives a file is written whole or not at all; it keeps the time of
+// its source where that has one, and gets the time of the copy otherwise.
 void CopyPaths(const std::vector<std::string>& sources, const std::string& target, const CopyOptions& options,
                StorageReport& report);
 
 struct RemoveOptions {
-    bool recursive = false;
-    bool force = false;  // also what is write-protected; what is not there is no failure
+    bool recursive = false;  // folders too
+    bool force = false;      // also what is write-protected; what is not there is no failure
 };
 
-// Removes each path; of a link the link itself. All failures are told. Of one archive all is removed or nothing.
 void RemovePaths(const std::vector<std::string>& paths, const RemoveOptions& options, StorageReport& report);
 
-// Removes a file, link, or folder with all below it, outside of archives. What cannot be removed stays, with the
-// folders around it, and is told by `shown` and what follows it.
-void RemoveNative(const std::string& path, const std::string& shown, bool force, StorageReport& report);
-
-// Makes each folder, inside archives or outside; with `parents` also those on the way, and one that is there is fine.
-// All failures are told. One archive gets all its folders or none.
+// Makes folders in archives; with `parents` also those on the way, and one that is there is fine.
 void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageReport& report);
 
-// Makes archives without members, where nothing is yet. All failures are told.
+// Makes archives without members, where nothing is yet.
 void MakeArchives(const std::vector<std::string>& paths, StorageReport& report);
 
 }  // namespace ZEMA

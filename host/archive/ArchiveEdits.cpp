@@ -17,9 +17,8 @@ void EditMembers(const std::vector<StorageItem>& members, bool force, const Memb
     edits.Begin(archives, force, report);
     for (const StorageItem& member : members) {
         SafeEdit* const edit = edits.Find(member.native);
-        std::string problem;
-        if (edit == nullptr || change(*edit, member, problem)) continue;
-        edits.GiveUp(member.native, member.shown, problem, report);
+        const Failure failure = edit != nullptr ? change(*edit, member) : Failure();
+        if (failure) edits.GiveUp(member.native, member.shown, failure.text, report);
     }
     edits.CommitAll(report);
 }
@@ -32,41 +31,49 @@ bool IsWriteProtected(const std::string& path) {
 }
 
 void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force, StorageReport& report) {
-    std::map<std::string, std::string> sorted;  // to the paths as they were given
-    for (const std::string& archive : archives) sorted.emplace(RealPath(archive), archive);
+    for (const std::string& archive : archives) {
+        const std::string real = RealPath(archive);
+        realPaths_[archive] = real;
+        edits_[real].given = archive;
+    }
     std::set<std::pair<dev_t, ino_t>> locked;  // a second lock on one file would wait for the first for ever
-    for (const auto& [real, archive] : sorted) {
-        std::string problem = "it is write-protected";
-        std::unique_ptr<SafeEdit> edit;
+    for (auto& [real, item] : edits_) {
         struct stat status = {};
         if (stat(real.c_str(), &status) == 0 && !locked.emplace(status.st_dev, status.st_ino).second) {
-            problem = "the command names the same file by another name too";
-        } else if (force || !IsWriteProtected(real))
-            edit = SafeEdit::Begin(real, problem);
-        if (!edit) report.Fail(archive, problem);
-        edits_[real] = {archive, std::move(edit)};
+            report.Fail(item.given, "the command names the same file by another name too");
+        } else if (!force && IsWriteProtected(real)) {
+            report.Fail(item.given, "it is write-protected");
+        } else if (Result<std::unique_ptr<SafeEdit>> edit = SafeEdit::Begin(real)) {
+            item.edit = std::move(*edit);
+        } else {
+            report.Fail(item.given, edit.Why().text);
+        }
     }
 }
 
 SafeEdit* ArchiveEdits::Find(const std::string& archive) const {
-    const auto found = edits_.find(RealPath(archive));
-    return found == edits_.end() ? nullptr : found->second.edit.get();
+    return edits_.at(realPaths_.at(archive)).edit.get();
+}
+
+bool ArchiveEdits::IsSame(const std::string& a, const std::string& b) const {
+    const auto first = realPaths_.find(a);
+    const auto second = realPaths_.find(b);
+    return first != realPaths_.end() && second != realPaths_.end() && first->second == second->second;
 }
 
 void ArchiveEdits::GiveUp(const std::string& archive, const std::string& path, const std::string& problem,
                           StorageReport& report) {
     report.Fail(path, problem);
     report.Note("'" + archive + "' is left as it was");
-    edits_[RealPath(archive)].edit.reset();
+    edits_.at(realPaths_.at(archive)).edit.reset();
 }
 
 bool ArchiveEdits::Commit(const std::string& archive, StorageReport& report) {
-    std::string problem;
-    const std::unique_ptr<SafeEdit> edit = std::move(edits_[RealPath(archive)].edit);
+    const std::unique_ptr<SafeEdit> edit = std::move(edits_.at(realPaths_.at(archive)).edit);
     if (!edit) return false;
-    if (edit->Commit(problem)) return true;
-    report.Fail(archive, problem);
-    return false;
+    const Failure failure = edit->Commit();
+    if (failure) report.Fail(archive, failure.text);
+    return !failure;
 }
 
 void ArchiveEdits::CommitAll(StorageReport& report) {

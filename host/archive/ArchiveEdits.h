@@ -17,15 +17,19 @@ namespace ZEMA {
 // Begins all edits before the first change, in the order of the archives' paths, so that two commands that want the
 // same archives do not wait for each other.
 //
-// Paths name archive files, also through links.
+// Archives are named by the paths of their files, also through links; Begin finds out where each leads, and the other
+// operations know the paths that it was given.
 class ArchiveEdits {
 public:
-    // Nothing is told of an archive twice. `force` also edits write-protected archives. Those that cannot be edited are
+    // Once, before all else. `force` also edits write-protected archives. Those that cannot be edited are
     // told of and have no edit.
     void Begin(const std::set<std::string>& archives, bool force, StorageReport& report);
 
     // Null where there is none (any more).
     SafeEdit* Find(const std::string& archive) const;
+
+    // Whether both paths name one archive of the command.
+    bool IsSame(const std::string& a, const std::string& b) const;
 
     // Tells why a change failed and gives up the whole edit of the archive, which stays as it was.
     void GiveUp(const std::string& archive, const std::string& path, const std::string& problem, StorageReport& report);
@@ -36,15 +40,16 @@ public:
 
 private:
     struct Edit {
-        std::string given;  // the path as the user knows it
+        std::string given;  // one of the paths by which the user knows it
         std::unique_ptr<SafeEdit> edit;
     };
-    std::map<std::string, Edit> edits_;  // by paths without links
+    std::map<std::string, Edit> edits_;             // by paths without links
+    std::map<std::string, std::string> realPaths_;  // by the paths as they were given
 };
 
 // Makes the same change to each of the members, in the edit of its archive, and commits all edits. A change that
-// answers false, with a problem, gives up the edit of that archive alone.
-using MemberChange = std::function<bool(SafeEdit& edit, const StorageItem& member, std::string& problem)>;
+// fails gives up the edit of that archive alone.
+using MemberChange = std::function<Failure(SafeEdit& edit, const StorageItem& member)>;
 void EditMembers(const std::vector<StorageItem>& members, bool force, const MemberChange& change,
                  StorageReport& report);
 

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <memory>
 #include <set>
 
@@ -25,45 +24,35 @@ mode_t Umask() {
     return mask;
 }
 
-// The permissions for a new file or folder. What comes out of an archive is for everybody whom the user lets.
+// The permissions for what comes out of an archive: it is for everybody whom the user lets.
 mode_t ModeFor(const StorageItem& source) {
-    struct stat status;
-    if (!source.archive && stat(source.native.c_str(), &status) == 0) return status.st_mode & 0777 & ~Umask();
     mode_t mode = 0444;
     if (source.facts.flags.Has(ElementFlags::kWritable)) mode |= 0222;
     if (source.facts.flags.Has(ElementFlags::kExecutable)) mode |= 0111;
     return (source.facts.IsFolder() ? 0777 : mode) & ~Umask();
 }
 
-// To the end, whatever the size says: files that the system makes up have none.
-bool CopyContents(StorageReader& source, int target, std::string& problem) {
-    std::uint64_t offset = source.Descriptor() < 0 ? 0 : CopyStart(source.Descriptor(), target);
+Failure CopyContents(StorageReader& source, int target, const std::string& targetName) {
     std::vector<char> buffer(kReadBufferSize);
-    while (true) {
-        const std::optional<std::size_t> count = source.Read(buffer.data(), buffer.size(), problem);
-        if (!count || *count == 0) return count.has_value();
-        if (!WriteAllAt(target, offset, *count, buffer.data())) {
-            problem = SystemFailure(errno).text;
-            return false;
-        }
+    for (std::uint64_t offset = 0;;) {
+        const Result<std::size_t> count = source.Read(buffer.data(), buffer.size());
+        if (!count) return count.Why();
+        if (*count == 0) return {};
+        if (!WriteAllAt(target, offset, *count, buffer.data())) return SystemFailure(errno).In(targetName);
         offset += *count;
     }
 }
 
-// The message begins with the source, and the problem is one of the target. False, as the failure that it is.
-bool NameTarget(const StorageItem& target, std::string& problem) {
-    problem = "'" + target.shown + "': " + problem;
-    return false;
-}
-
-bool WriteNativeFile(const StorageItem& source, const StorageItem& target, bool move, std::string& problem) {
+// Failures are those of the source, unless they name the target.
+Failure WriteNativeFile(const StorageItem& source, const StorageItem& target, bool move) {
+    const std::string name = "'" + target.shown + "'";
     // A copy goes to where a link leads, as the user's shell has it; a moved file takes the link's place.
     const std::string path = target.facts.isLink && !move ? RealPath(target.native) : target.native;
-    const std::unique_ptr<StorageReader> reader = StorageReader::Open(source, problem);
+    const Result<std::unique_ptr<StorageReader>> reader = StorageReader::Open(source);
+    if (!reader) return reader.Why();
     ReplacementFile file;
-    if (!reader) return false;
-    if (!file.Create(path, problem)) return NameTarget(target, problem);
-    if (!CopyContents(*reader, file.Descriptor(), problem)) return false;
+    if (const Failure failure = file.Create(path)) return failure.In(name);
+    if (Failure failure = CopyContents(**reader, file.Descriptor(), name)) return failure;
     mode_t mode = ModeFor(source);
     struct stat present;
     if (!move && stat(path.c_str(), &present) == 0) {
@@ -71,19 +60,15 @@ bool WriteNativeFile(const StorageItem& source, const StorageItem& target, bool 
         if (fchown(file.Descriptor(), present.st_uid, present.st_gid) != 0) errno = 0;  // it is the user's own then
         CopyExtendedAttributes(path, file.Descriptor());
     }
-    if (source.facts.modified) {
-        const timespec times[] = {{0, UTIME_OMIT}, *source.facts.modified};
-        futimens(file.Descriptor(), times);
-    }
-    return file.Commit(mode, move, problem) || NameTarget(target, problem);
+    const Failure failure = file.Commit(mode, move);
+    return failure ? failure.In(name) : Failure();
 }
 
-bool MakeNativeFolder(const StorageItem& source, const StorageItem& target, std::string& problem) {
-    if (target.facts.IsFolder()) return true;
+Failure MakeNativeFolder(const StorageItem& source, const StorageItem& target) {
+    if (target.facts.IsFolder()) return {};
     // Whatever the source's permissions, the rest must find room in it.
-    if (mkdir(target.native.c_str(), ModeFor(source) | S_IRWXU) == 0) return true;
-    problem = SystemFailure(errno).text;
-    return NameTarget(target, problem);
+    if (mkdir(target.native.c_str(), ModeFor(source) | S_IRWXU) == 0) return {};
+    return SystemFailure(errno).In("'" + target.shown + "'");
 }
 
 class CopyRun {
@@ -92,19 +77,22 @@ public:
         : plan_(plan), options_(options), report_(report) {}
 
     void Run() {
+        if (plan_.Steps().empty()) return;
         BeginEdits();
         for (const CopyPlan::Step& step : plan_.Steps()) Take(step);
         const StorageItem* const target = plan_.TargetArchive();
-        if (options_.move && target != nullptr) RemoveSources(target->native, true);
+        if (options_.move && target != nullptr) RemoveMembers(*target, true);
         if (target != nullptr && !edits_.Commit(target->native, report_)) targetFailed_ = true;
-        if (options_.move && !targetFailed_) RemoveSources(target != nullptr ? target->native : "", false);
+        if (options_.move && !targetFailed_) {
+            RemoveMembers(plan_.Target(), false);
+            RemoveNativeSources();
+        }
         edits_.CommitAll(report_);
     }
 
 private:
     void BeginEdits() {
         std::set<std::string> archives;
-        if (plan_.Steps().empty()) return;
         if (plan_.TargetArchive() != nullptr) archives.insert(plan_.TargetArchive()->native);
         for (const CopyPlan::Operand& operand : plan_.Operands()) {
             if (options_.move && operand.source.archive) archives.insert(operand.source.native);
@@ -114,61 +102,57 @@ private:
     }
 
     void Take(const CopyPlan::Step& step) {
-        std::string problem;
+        if (targetFailed_) return;
         const StorageItem source = plan_.SourceOf(step);
         const StorageItem target = plan_.TargetOf(step);
-        if (targetFailed_ || (step.rename ? Rename(source, target, problem) : TakeInto(source, target, problem)))
-            return;
+        const Failure failure = TakeInto(source, target);
+        if (!failure) return;
         plan_.Operands()[step.operand].complete = false;
-        if (!target.archive) {
-            report_.Fail(source.shown, problem);
-        } else {
-            edits_.GiveUp(target.native, source.shown, problem, report_);
-            targetFailed_ = true;
-        }
+        if (!target.archive) return report_.Fail(source.shown, failure.text);
+        edits_.GiveUp(target.native, source.shown, failure.text, report_);
+        targetFailed_ = true;
     }
 
-    static bool Rename(const StorageItem& source, const StorageItem& target, std::string& problem) {
-        if (std::rename(source.native.c_str(), target.native.c_str()) == 0) return true;
-        problem = SystemFailure(errno).text;
-        return NameTarget(target, problem);
-    }
-
-    bool TakeInto(const StorageItem& source, const StorageItem& target, std::string& problem) {
+    Failure TakeInto(const StorageItem& source, const StorageItem& target) {
         const bool folder = source.facts.IsFolder();
         if (!target.archive) {
-            return folder ? MakeNativeFolder(source, target, problem)
-                          : WriteNativeFile(source, target, options_.move, problem);
+            return folder ? MakeNativeFolder(source, target) : WriteNativeFile(source, target, options_.move);
         }
         SafeEdit& edit = *edits_.Find(target.native);
-        if (folder) return target.facts.IsFolder() || edit.AddFolder(target.inner, problem);
-        const std::unique_ptr<StorageReader> reader = StorageReader::Open(source, problem);
-        return reader && edit.WriteFile(target.inner, *reader, problem);
+        if (folder) return target.facts.IsFolder() ? Failure() : edit.AddFolder(target.inner);
+        const Result<std::unique_ptr<StorageReader>> reader = StorageReader::Open(source);
+        return reader ? edit.WriteFile(target.inner, **reader) : reader.Why();
     }
 
-    // Those in the archive at `target`, whose edit is still open, or the others.
-    void RemoveSources(const std::string& target, bool inTarget) {
-        std::set<std::size_t> renamed;
-        for (const CopyPlan::Step& step : plan_.Steps()) {
-            if (step.rename) renamed.insert(step.operand);
-        }
-        for (std::size_t i = 0; i < plan_.Operands().size(); ++i) {
-            const CopyPlan::Operand& operand = plan_.Operands()[i];
-            const bool same = operand.source.archive && RealPath(operand.source.native) == RealPath(target);
-            if (operand.complete && same == inTarget && renamed.count(i) == 0) RemoveSource(operand.source);
-        }
-    }
-
-    void RemoveSource(const StorageItem& source) {
-        std::string problem;
-        if (!source.archive) {
-            RemoveNative(source.native, source.shown, true, report_);
-        } else if (SafeEdit* const edit = edits_.Find(source.native); edit != nullptr) {
-            const bool same = source.archive->IsOf(edit->Original());
-            if (!same) problem = "somebody else has changed the archive meanwhile";
-            if (!same || !edit->Remove(source.inner, problem)) {
-                edits_.GiveUp(source.native, source.shown, problem, report_);
+    // Of the operands that came out of archives, those in the archive of the target, whose edit is still open, or the
+    // others.
+    void RemoveMembers(const StorageItem& target, bool inTarget) {
+        for (const CopyPlan::Operand& operand : plan_.Operands()) {
+            const StorageItem& source = operand.source;
+            if (operand.complete && source.archive && edits_.IsSame(source.native, target.native) == inTarget) {
+                RemoveMember(source);
             }
+        }
+    }
+
+    void RemoveMember(const StorageItem& source) {
+        SafeEdit* const edit = edits_.Find(source.native);
+        if (edit == nullptr) return;
+        const bool same = source.archive->IsOf(edit->Original());
+        const Failure failure = same ? edit->Remove(source.inner)
+                                     : Failure{FailureKind::Refused, "somebody else has changed the archive meanwhile"};
+        if (failure) edits_.GiveUp(source.native, source.shown, failure.text, report_);
+    }
+
+    // What was taken and nothing else: a folder stays with what has come into it meanwhile.
+    void RemoveNativeSources() {
+        for (auto step = plan_.Steps().rbegin(); step != plan_.Steps().rend(); ++step) {
+            const CopyPlan::Operand& operand = plan_.Operands()[step->operand];
+            if (operand.source.archive || !operand.complete) continue;
+            const StorageItem source = plan_.SourceOf(*step);
+            const char* const path = source.native.c_str();
+            if ((source.facts.IsFolder() ? rmdir(path) : unlink(path)) == 0) continue;
+            report_.Fail(source.shown, SystemFailure(errno).text);
         }
     }
 

@@ -14,6 +14,10 @@ namespace ZEMA {
 
 namespace {
 
+Failure Refusal(std::string text) {
+    return {FailureKind::Refused, std::move(text)};
+}
+
 // The name under which a thing goes into a folder; empty for a folder without one, whose contents go in by themselves.
 std::string OwnName(const StorageItem& item) {
     if (item.archive && !item.inner.Empty()) return std::string(item.node->Name().ToAString().View());
@@ -82,21 +86,10 @@ bool CopyPlan::Make(const std::vector<std::string>& sources, const std::string& 
     return !RefusesSideBySide() && !RefusesSizes();
 }
 
-bool CopyPlan::IsArchiveFile(const std::string& path) {
-    std::string problem;
-    const std::optional<StorageItem> item = tree_.Find(path, problem);
-    if (!item || !item->facts.IsFile()) return false;
-    const std::optional<StorageItem> entered = tree_.Enter(*item, problem);
-    return entered && entered->facts.IsFolder();
-}
-
 bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::string& target) {
-    std::string problem;
-    std::optional<StorageItem> item = tree_.Find(target, problem);
-    if (!item) return Refuse(target, problem);
-    const bool replaced = !item->archive && sources.size() == 1 && IsArchiveFile(sources[0]);
-    if (item->facts.IsFile() && !replaced) item = tree_.Enter(*item, problem);
-    if (!item) return Refuse(target, problem);
+    Result<StorageItem> item = tree_.Find(target);
+    if (item) item = tree_.Enter(*item);
+    if (!item) return Refuse(target, item.Why().text);
     target_ = *item;
     intoTarget_ = target_.facts.IsFolder();
     if (sources.size() > 1 && !intoTarget_) return Refuse(target, "is no folder, and there are several sources");
@@ -107,14 +100,17 @@ bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::st
 }
 
 bool CopyPlan::AddOperand(const std::string& path) {
-    std::string problem;
-    const std::optional<StorageItem> found = tree_.Find(path, problem);
+    const Result<StorageItem> found = tree_.Find(path);
     const bool leads = found && (!found->facts.IsMissing() || (options_.move && found->facts.isLink));
-    if (found) problem = WhyMissing(found->facts);
-    if (!leads) report_.Fail(path, problem);
+    if (!leads) report_.Fail(path, found ? WhyMissing(found->facts).text : found.Why().text);
     if (!leads) return true;
     const StorageItem& source = *found;
     operands_.push_back({source, {}});
+    if (!source.archive && !target_.archive) {
+        const std::string command = options_.move ? "mv" : "cp";
+        LeaveOut(source, "neither it nor '" + target_.shown + "' lies in an archive; use " + command);
+        return true;
+    }
     if (source.facts.IsFolder() && !options_.recursive) {
         LeaveOut(source, "is a folder (-r copies folders)");
         return true;
@@ -122,25 +118,11 @@ bool CopyPlan::AddOperand(const std::string& path) {
     if (options_.move && source.archive && source.archive->IsMember()) {
         return Refuse(path, "an archive in an archive can only be read");
     }
-    if (options_.move && source.facts.isLink && source.facts.IsFolder() && path.ends_with('/')) {
-        return Refuse(path, "is a link to a folder; name it without '/'");
-    }
     if (options_.move && source.IsArchiveRoot()) return Refuse(path, "is a whole archive; name it without '/'");
     const std::string name = intoTarget_ ? OwnName(source) : std::string();
     const Pending top = {source, name.empty() ? target_ : tree_.Child(target_, name), kNoStep, name};
     operands_.back().target = top.target;
-    if (RefusesPair(source, top.target)) return false;
-    if (!CanRename(source, top.target)) return AddTree(top);
-    if (!Takes(source, top.target)) return true;
-    if (RefusesName(top)) return false;
-    AddStep(top, true);
-    return true;
-}
-
-bool CopyPlan::CanRename(const StorageItem& source, const StorageItem& target) const {
-    struct stat from, to;
-    return options_.move && !source.archive && !target.archive && lstat(source.native.c_str(), &from) == 0 &&
-           stat(FolderOf(target.native).c_str(), &to) == 0 && from.st_dev == to.st_dev;
+    return !RefusesPair(source, top.target) && AddTree(top);
 }
 
 // Whether the source goes to the target; a failure is told, and so is a link that is left out.
@@ -152,33 +134,43 @@ bool CopyPlan::Takes(const StorageItem& source, const StorageItem& target) {
         operands_.back().complete = false;
         return false;
     }
-    const std::string reason = WhyNot(source, target);
-    if (!reason.empty()) LeaveOut(source, reason);
-    return reason.empty();
+    const Failure failure = WhyNot(source, target);
+    if (failure) LeaveOut(source, failure.text);
+    return !failure;
 }
 
-std::string CopyPlan::WhyNot(const StorageItem& source, const StorageItem& target) const {
+// The order tells what is the matter with the source before it finds fault with the target.
+Failure CopyPlan::WhyNot(const StorageItem& source, const StorageItem& target) {
     const StorageFacts& there = target.facts;
     const bool below = !steps_.empty() && steps_.back().operand == operands_.size() - 1;
-    const bool rename = CanRename(source, target);
     const std::string name = "'" + target.shown + "'";
-    if (source.facts.isLink && !rename && (below || options_.move)) return "is a link and is left out";
-    if (source.facts.IsMissing() && !rename) return WhyMissing(source.facts);
-    if (source.facts.kind == StorageKind::Other && !rename) return "is neither a file nor a folder";
+    if (source.facts.isLink && (below || options_.move)) return Refusal("is a link and is left out");
+    if (source.facts.IsMissing()) return WhyMissing(source.facts);
+    if (source.facts.kind == StorageKind::Other) return Refusal("is neither a file nor a folder");
     if (target.archive && (target.inner.Empty() ? !source.facts.IsFolder() : target.inner.Back().IsEmpty())) {
-        return "its name is not UTF-8, and cannot stand in an archive";
+        return Refusal("its name is not UTF-8, and cannot stand in an archive");
     }
-    if (there.error != 0 && !there.isLink) return name + ": " + SystemFailure(there.error).text;
-    if (!there.IsMissing() && IsSameFile(source, target)) return "is the same file as " + name;
-    if (there.isLink && there.IsMissing() && !options_.move) return name + " is a link that leads nowhere";
-    if (there.kind == StorageKind::Other) return name + " is there and is no file";
-    if (there.IsMissing() && target.shown.ends_with('/') && !source.facts.IsFolder()) return name + " is no folder";
-    if (there.IsFolder() && !source.facts.IsFolder()) return name + " is a folder";
-    if (there.IsFile() && source.facts.IsFolder()) return name + " is there and is no folder";
-    if (there.IsFile() && !options_.force && IsProtected(target)) {
-        return name + " is write-protected (-f replaces it)";
+    if (there.error != 0 && !there.isLink) return SystemFailure(there.error).In(name);
+    if (!there.IsMissing() && IsSameFile(source, target)) return Refusal("is the same file as " + name);
+    if (there.isLink && there.IsMissing() && !options_.move) return Refusal(name + " is a link that leads nowhere");
+    if (there.kind == StorageKind::Other) return Refusal(name + " is there and is no file");
+    if (there.IsMissing() && target.shown.ends_with('/') && !source.facts.IsFolder()) {
+        return Refusal(name + " is no folder");
     }
-    return "";
+    if (there.IsFolder() && !source.facts.IsFolder()) return Refusal(name + " is a folder");
+    if (there.IsFile() && source.facts.IsFolder()) return Refusal(name + " is there and is no folder");
+    return there.IsFile() ? WhyNotReplaced(target) : Failure();
+}
+
+Failure CopyPlan::WhyNotReplaced(const StorageItem& target) {
+    const std::string name = "'" + target.shown + "'";
+    if (!options_.force && IsProtected(target)) return Refusal(name + " is write-protected (-f replaces it)");
+    // A member that cannot be opened is of no use to anybody.
+    if (target.archive && !OpenMemberFile(target.archive->Volume(), *target.node)) return {};
+    const Result<StorageItem> entered = tree_.Enter(target);
+    if (!entered) return entered.Why().In(name);
+    if (entered->facts.IsFolder()) return Refusal(name + " is an archive, and no archive is replaced");
+    return {};
 }
 
 // Trees may be of any depth, so what is still to be looked at is a list.
@@ -190,7 +182,7 @@ bool CopyPlan::AddTree(const Pending& top) {
         if (RefusesLength(next)) return false;
         if (!Takes(next.source, next.target)) continue;
         if (RefusesName(next)) return false;
-        AddStep(next, false);
+        AddStep(next);
         if (next.source.facts.IsFolder()) AddChildren(next, pending);
     }
     // Of a file that is copied the user has named the one that paths lead to.
@@ -208,15 +200,15 @@ void CopyPlan::TellOfHiddenFiles(const StorageItem& source) {
 
 void CopyPlan::AddChildren(const Pending& folder, std::vector<Pending>& pending) {
     std::vector<StorageEntry> entries;
-    std::string problem;
     if (options_.move && folder.target.facts.IsFolder()) {
-        if (!tree_.List(folder.target, entries, problem) || !entries.empty()) {
+        const Failure failure = tree_.List(folder.target, entries);
+        if (failure || !entries.empty()) {
             LeaveOut(folder.source, "'" + folder.target.shown + "' is there and is not empty");
             steps_.pop_back();
             return;
         }
     }
-    if (!tree_.List(folder.source, entries, problem)) LeaveOut(folder.source, problem);
+    if (const Failure failure = tree_.List(folder.source, entries)) LeaveOut(folder.source, failure.text);
     for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
         const std::string& name = entry->name;
         const std::size_t step = steps_.size() - 1;
@@ -224,15 +216,11 @@ void CopyPlan::AddChildren(const Pending& folder, std::vector<Pending>& pending)
     }
 }
 
-void CopyPlan::AddStep(const Pending& pending, bool rename) {
+void CopyPlan::AddStep(const Pending& pending) {
     const StorageItem& source = pending.source;
     const StorageItem& target = pending.target;
-    steps_.push_back({{source.node, source.facts},
-                      {target.node, target.facts},
-                      operands_.size() - 1,
-                      pending.folder,
-                      pending.name,
-                      rename});
+    steps_.push_back(
+        {{source.node, source.facts}, {target.node, target.facts}, operands_.size() - 1, pending.folder, pending.name});
 }
 
 StorageItem CopyPlan::SourceOf(const Step& step) const {

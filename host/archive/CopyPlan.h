@@ -14,9 +14,8 @@ namespace ZEMA {
 
 // The steps from the sources to their targets, folders before what lies in them.
 //
-// A target that is a folder, or an archive, takes the sources under their own names. An archive that is named as the
-// target of a single other archive is replaced by it. What is wrong with one source is told, and the source left out;
-// what would make the command as a whole go wrong is told too, and refuses it.
+// A target that is a folder, or an archive, takes the sources under their own names. What is wrong with one source is
+// told, and the source left out; what would make the command as a whole go wrong is told too, and refuses it.
 class CopyPlan {
 public:
     struct Place {
@@ -30,7 +29,6 @@ public:
         std::size_t operand;  // the source that it belongs to
         std::size_t folder;   // the step of the folder around it, or kNoStep for the operand itself
         std::string name;     // in that folder
-        bool rename = false;  // the whole thing, by the file system
     };
     struct Operand {
         StorageItem source;
@@ -49,6 +47,8 @@ public:
     StorageItem TargetOf(const Step& step) const;
     std::vector<Operand>& Operands() { return operands_; }
 
+    const StorageItem& Target() const { return target_; }
+
     // The archive that the target lies in, or null.
     const StorageItem* TargetArchive() const { return target_.archive ? &target_ : nullptr; }
 
@@ -62,11 +62,10 @@ private:
     };
 
     bool FindTarget(const std::vector<std::string>& sources, const std::string& target);
-    bool IsArchiveFile(const std::string& path);
     bool AddOperand(const std::string& source);
     bool AddTree(const Pending& top);
     void AddChildren(const Pending& folder, std::vector<Pending>& pending);
-    void AddStep(const Pending& pending, bool rename);
+    void AddStep(const Pending& pending);
     void TellOfHiddenFiles(const StorageItem& source);
     StorageItem ItemBelow(const StorageItem& top, const Step& step, const Place& place) const;
     bool RefusesPair(const StorageItem& source, const StorageItem& target);
@@ -75,8 +74,8 @@ private:
     bool RefusesSizes();
     bool RefusesSideBySide();
     bool Takes(const StorageItem& source, const StorageItem& target);
-    bool CanRename(const StorageItem& source, const StorageItem& target) const;
-    std::string WhyNot(const StorageItem& source, const StorageItem& target) const;
+    Failure WhyNot(const StorageItem& source, const StorageItem& target);
+    Failure WhyNotReplaced(const StorageItem& target);
     void LeaveOut(const StorageItem& source, const std::string& reason);
     bool Refuse(const std::string& path, const std::string& reason);
 

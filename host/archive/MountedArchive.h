@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/RefPointer.h"
+#include "host/system/Failure.h"
 #include "host/system/FileDescriptor.h"
 #include "storage/zip/ZipStorageVolume.h"
 #include "storage/zip/ZipTreeNode.h"
@@ -19,12 +20,12 @@ class MountedArchive {
 public:
     using Pointer = std::shared_ptr<const MountedArchive>;
 
-    // Null, with a `problem`, when the file cannot be read. When it is no archive that can be mounted, the problem is
-    // empty if nothing in it looks like one.
-    static Pointer Open(const std::string& path, std::string& problem);
+    // Never null. The failure NoArchive says that nothing in the file looks like an archive; a file that fails
+    // otherwise may well be one, and must not be replaced as if it were none.
+    static Result<Pointer> Open(const std::string& path);
 
     // The same for the member `node` of `outer`.
-    static Pointer OpenMember(const Pointer& outer, ZipTreeNode& node, std::string& problem);
+    static Result<Pointer> OpenMember(const Pointer& outer, ZipTreeNode& node);
 
     ZipStorageVolume& Volume() const { return *volume_; }
     ZipTreeNode& Root() const { return volume_->RootNode(); }
@@ -35,7 +36,7 @@ public:
 
 private:
     MountedArchive() = default;
-    bool Mount(File& file, std::string& problem);
+    Failure Mount(File& file);
 
     Pointer outer_;
     FileDescriptor file_;
@@ -43,7 +44,7 @@ private:
     RefPointer<ZipStorageVolume> volume_;
 };
 
-// Opens a member for reading. Null, with a `problem` that says why, when it cannot be read.
-RefPointer<File> OpenMemberFile(ZipStorageVolume& volume, ZipTreeNode& node, std::string& problem);
+// Opens a member for reading.
+Result<RefPointer<File>> OpenMemberFile(ZipStorageVolume& volume, ZipTreeNode& node);
 
 }  // namespace ZEMA

@@ -45,19 +45,16 @@ ReplacementFile::~ReplacementFile() {
     if (!copy_.empty()) unlink(copy_.c_str());
 }
 
-bool ReplacementFile::Create(const std::string& path, std::string& problem) {
+Failure ReplacementFile::Create(const std::string& path) {
     path_ = path;
     do {
         std::string copy = FolderOf(path) + "/" + CopyNameStart(path) + std::string(kRandomLength, 'X');
         file_ = FileDescriptor(mkostemp(copy.data(), O_CLOEXEC));
-        if (!file_.IsOpen()) {
-            problem = SystemFailure(errno).text;
-            return false;
-        }
+        if (!file_.IsOpen()) return SystemFailure(errno);
         copy_ = copy;
         cleanup_.emplace(copy_);
     } while (!Lock());
-    return true;
+    return {};
 }
 
 // False when somebody took the new file for a leftover before it was locked. Where the file system knows no locks,
@@ -68,20 +65,14 @@ bool ReplacementFile::Lock() const {
     return fstat(file_.Get(), &status) != 0 || status.st_nlink != 0;
 }
 
-bool ReplacementFile::Commit(mode_t mode, bool durable, std::string& problem) {
-    bool done = fchmod(file_.Get(), mode) == 0 && (!durable || fsync(file_.Get()) == 0) &&
-                std::rename(copy_.c_str(), path_.c_str()) == 0;
-    if (!done) {
-        problem = SystemFailure(errno).text;
-        return false;
-    }
+Failure ReplacementFile::Commit(mode_t mode, bool durable) {
+    const bool done = fchmod(file_.Get(), mode) == 0 && (!durable || fsync(file_.Get()) == 0) &&
+                      std::rename(copy_.c_str(), path_.c_str()) == 0;
+    if (!done) return SystemFailure(errno);
     copy_.clear();
     cleanup_.reset();
-    if (durable && !SyncFolder(FolderOf(path_))) {
-        problem = "it is in place, but may not be on the disk: " + SystemFailure(errno).text;
-        return false;
-    }
-    return true;
+    if (!durable || SyncFolder(FolderOf(path_))) return {};
+    return SystemFailure(errno).In("it is in place, but may not be on the disk");
 }
 
 void RemoveLeftovers(const std::string& path) {

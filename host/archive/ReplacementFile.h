@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "host/system/Failure.h"
 #include "host/system/FileDescriptor.h"
 #include "host/system/SignalCleanup.h"
 
@@ -23,13 +24,13 @@ public:
     ReplacementFile& operator=(const ReplacementFile&) = delete;
     ~ReplacementFile();
 
-    // `path` is the file to become, not a link to it. False, with a `problem`, where none can be made.
-    [[nodiscard]] bool Create(const std::string& path, std::string& problem);
+    // `path` is the file to become, not a link to it.
+    Failure Create(const std::string& path);
 
     int Descriptor() const { return file_.Get(); }
 
     // Takes the place, with these permissions. `durable` has the bytes on the disk before and the name after.
-    [[nodiscard]] bool Commit(mode_t mode, bool durable, std::string& problem);
+    Failure Commit(mode_t mode, bool durable);
 
 private:
     bool Lock() const;

@@ -11,6 +11,7 @@
 #include "host/archive/ArchiveComparison.h"
 #include "host/archive/DataDescriptors.h"
 #include "host/archive/ExtendedAttributes.h"
+#include "platform/Foundation/Uninterrupted.h"
 #include "storage/PathOperations.h"
 #include "storage/StorageMutex.h"
 #include "storage/zip/ZipFormat.h"
@@ -54,19 +55,16 @@ BasicArray<String> ParentOf(const BasicArray<String>& path) {
 
 }  // namespace
 
-std::unique_ptr<SafeEdit> SafeEdit::Begin(const std::string& path, std::string& problem) {
+Result<std::unique_ptr<SafeEdit>> SafeEdit::Begin(const std::string& path) {
     const std::unique_ptr<char, FreeText> real(realpath(path.c_str(), nullptr));
-    if (!real) {
-        problem = SystemFailure(errno).text;
-        return nullptr;
-    }
+    if (!real) return SystemFailure(errno);
     std::unique_ptr<SafeEdit> edit(new SafeEdit);
     edit->path_ = real.get();
-    if (!edit->LockArchive(real.get(), problem)) return nullptr;
+    if (const Failure failure = edit->LockArchive(real.get())) return failure;
     RemoveLeftovers(edit->path_);
-    if (!edit->copy_.Create(edit->path_, problem)) return nullptr;
+    if (const Failure failure = edit->copy_.Create(edit->path_)) return failure;
     edit->file_ = New<OverlayFile>(edit->archive_.Get(), edit->copy_.Descriptor());
-    if (!edit->Mount(problem)) return nullptr;
+    if (const Failure failure = edit->Mount()) return failure;
     return edit;
 }
 
@@ -77,38 +75,31 @@ SafeEdit::~SafeEdit() {
 }
 
 // The edit that had the lock before may have put another file in the place of the one that was opened.
-bool SafeEdit::LockArchive(const std::string& path, std::string& problem) {
+Failure SafeEdit::LockArchive(const std::string& path) {
     while (true) {
         Result<FileDescriptor> archive = OpenRegularFile(path);
-        if (!archive) {
-            problem = archive.Why().text;
-            return false;
-        }
+        if (!archive) return archive.Why();
         archive_ = std::move(*archive);
-        while (flock(archive_.Get(), LOCK_EX) != 0 && errno == EINTR) {
-        }
+        Foundation::Uninterrupted([&] { return flock(archive_.Get(), LOCK_EX); });
         struct stat now;
         if (fstat(archive_.Get(), &before_) == 0 && stat(path.c_str(), &now) == 0 && now.st_ino == before_.st_ino &&
             now.st_dev == before_.st_dev) {
-            return true;
+            return {};
         }
     }
 }
 
-bool SafeEdit::Mount(std::string& problem) {
+Failure SafeEdit::Mount() {
     root_.Reset();
     const RefPointer<ZipStorageVolume> volume = New<ZipStorageVolume>(file_.Get(), kReadWriteStyle);
-    if (!volume->Open()) {
-        problem = Reason("the archive is damaged");
-        return false;
-    }
+    if (!volume->Open()) return Reason("the archive is damaged");
     root_ = New<ZipStorageDirectory>(String(), nullptr, volume.Get(), &volume->RootNode());
     hidesMembers_ = CountNamedMembers(*volume) != volume->EndRecord().entryCount;
-    return true;
+    return {};
 }
 
-std::string SafeEdit::Reason(const char* otherwise) const {
-    return file_->Error() != 0 ? SystemFailure(file_->Error()).text : otherwise;
+Failure SafeEdit::Reason(const char* otherwise) const {
+    return file_->Error() != 0 ? SystemFailure(file_->Error()) : Failure{FailureKind::Damaged, otherwise};
 }
 
 ZipTreeNode* SafeEdit::Find(const BasicArray<String>& path) const {
@@ -120,22 +111,19 @@ ZipTreeNode* SafeEdit::Find(const BasicArray<String>& path) const {
     return node;
 }
 
-bool SafeEdit::MendLastMember(std::string& problem) {
-    if (RewriteLastMember(Volume())) return true;
-    problem =
-        Reason("nothing can be added behind its last member, which ends in a data descriptor and is not readable");
-    return false;
+Failure SafeEdit::MendLastMember() {
+    if (RewriteLastMember(Volume())) return {};
+    return Reason("nothing can be added behind its last member, which ends in a data descriptor and is not readable");
 }
 
-bool SafeEdit::AddFolder(const BasicArray<String>& path, std::string& problem) {
-    if (!MendLastMember(problem)) return false;
+Failure SafeEdit::AddFolder(const BasicArray<String>& path) {
+    if (Failure failure = MendLastMember()) return failure;
     const StorageLock lock;
     const RefPointer<Directory> parent = OpenDirectory(*root_, ParentOf(path), true);
     const ZipTreeNode* const present = Find(path);
-    if (present != nullptr && present->Flags().IsDirectory()) return true;
-    if (parent && parent->CreateDirectory(path.Back())) return true;
-    problem = Reason("the archive does not take it");
-    return false;
+    if (present != nullptr && present->Flags().IsDirectory()) return {};
+    if (parent && parent->CreateDirectory(path.Back())) return {};
+    return Reason("the archive does not take it");
 }
 
 // A member that is there and cannot be opened is replaced as a whole.
@@ -145,69 +133,61 @@ RefPointer<File> SafeEdit::OpenForWriting(const BasicArray<String>& path) {
         if (present->Flags().IsDirectory()) return nullptr;
         LiftProtection(*present);
         RefPointer<File> file = OpenFile(*root_, path, &kReadWriteStyle, false, &empty);
-        std::string problem;
-        if (file || !RemoveOne(path, problem) || !MendLastMember(problem)) return file;
+        if (file || RemoveOne(path) || MendLastMember()) return file;
     }
     return OpenFile(*root_, path, &kReadWriteStyle, true, &empty);
 }
 
-bool SafeEdit::WriteFile(const BasicArray<String>& path, StorageReader& contents, std::string& problem) {
-    if (!MendLastMember(problem)) return false;
+Failure SafeEdit::WriteFile(const BasicArray<String>& path, StorageReader& contents) {
+    if (Failure failure = MendLastMember()) return failure;
     RefPointer<File> file = OpenForWriting(path);
-    if (!file) {
-        problem = Reason("the archive does not take it");
-        return false;
-    }
+    if (!file) return Reason("the archive does not take it");
     std::vector<char> buffer(kReadBufferSize);
     std::uint64_t size = 0;
     Crc32 crc;
     while (true) {
-        const std::optional<std::size_t> count = contents.Read(buffer.data(), buffer.size(), problem);
-        if (!count) return false;
+        const Result<std::size_t> count = contents.Read(buffer.data(), buffer.size());
+        if (!count) return count.Why();
         if (*count == 0) break;
         crc.Update(buffer.data(), *count);
         size += *count;
-        if (!Write(*file, *count, buffer.data())) {
-            problem = size > kMaxOffset ? "it is too large for an archive" : "there is not enough memory";
-            return false;
-        }
+        if (Write(*file, *count, buffer.data())) continue;
+        return {FailureKind::Refused,
+                size > kMaxOffset ? "it is too large for an archive" : "there is not enough memory"};
     }
     ZipFileHeader& member = *Find(path)->Header();
     if (member.dirty) CountDescriptorSignature(Volume(), member);
     file.Reset();  // which packs the contents and cannot tell whether that went well
-    if (member.uncompressedSize == size && member.crc32 == crc.Value()) return true;
-    problem = Reason("the archive would grow past 4 GiB, or its records do not allow changes");
-    return false;
+    if (member.uncompressedSize == size && member.crc32 == crc.Value()) return {};
+    return Reason("the archive would grow past 4 GiB, or its records do not allow changes");
 }
 
-bool SafeEdit::Remove(const BasicArray<String>& path, std::string& problem) {
+Failure SafeEdit::Remove(const BasicArray<String>& path) {
     String spelling;
     bool isFolder = false;
     for (int removed = 0; removed < kMostOfOneName; ++removed) {
         const ZipTreeNode* const node = Find(path);
-        if (node == nullptr) return true;
+        if (node == nullptr) return {};
         const bool same = node->Name() == spelling && node->Flags().IsDirectory() == isFolder;
-        if (removed > 0 && !same) return true;  // something else that the name stands for now
+        if (removed > 0 && !same) return {};  // something else that the name stands for now
         spelling = node->Name();
         isFolder = node->Flags().IsDirectory();
-        if (!RemoveOne(path, problem)) return false;
+        if (Failure failure = RemoveOne(path)) return failure;
         // Of several members of one name the tree has the first; the next one shows when the archive is mounted again.
-        if (!hidesMembers_) return true;
-        if (!Mount(problem)) return false;
+        if (!hidesMembers_) return {};
+        if (Failure failure = Mount()) return failure;
     }
-    problem = "too many members have this name";
-    return false;
+    return {FailureKind::Refused, "too many members have this name"};
 }
 
-bool SafeEdit::RemoveOne(const BasicArray<String>& path, std::string& problem) {
+Failure SafeEdit::RemoveOne(const BasicArray<String>& path) {
     const StorageLock lock;
     const RefPointer<Directory> parent = OpenDirectory(*root_, ParentOf(path), false);
     if (const ZipTreeNode* const present = Find(path)) {
         for (ZipFileHeader* const member : MembersBelow(*present)) CountDescriptorSignature(Volume(), *member);
     }
-    if (parent && parent->Remove(path.Back(), true)) return true;
-    problem = Reason("the archive's records do not allow changes");
-    return false;
+    if (parent && parent->Remove(path.Back(), true)) return {};
+    return Reason("the archive's records do not allow changes");
 }
 
 bool SafeEdit::IsUnchanged() const {
@@ -215,22 +195,18 @@ bool SafeEdit::IsUnchanged() const {
     return stat(path_.c_str(), &now) == 0 && IsSameState(now, before_);
 }
 
-bool SafeEdit::Commit(std::string& problem) {
+Failure SafeEdit::Commit() {
     const bool complete = file_->Complete();
     const RefPointer<OverlayFile> written = New<OverlayFile>(copy_.Descriptor(), -1);
     const RefPointer<ZipStorageVolume> volume = New<ZipStorageVolume>(written.Get(), kReadStyle);
     if (!complete || !volume->Open() || !HoldSameMembers(Volume(), *volume)) {
-        problem = Reason("what was written is not what should be there");
-        return false;
+        return Reason("what was written is not what should be there");
     }
     // Changing the owner clears some permissions, which are therefore set behind it.
     if (fchown(copy_.Descriptor(), before_.st_uid, before_.st_gid) != 0) errno = 0;
     CopyExtendedAttributes(path_, copy_.Descriptor());
-    if (!IsUnchanged()) {
-        problem = "somebody else has changed it meanwhile";
-        return false;
-    }
-    return copy_.Commit(before_.st_mode & 07777, true, problem);
+    if (!IsUnchanged()) return {FailureKind::Refused, "somebody else has changed it meanwhile"};
+    return copy_.Commit(before_.st_mode & 07777, true);
 }
 
 }  // namespace ZEMA

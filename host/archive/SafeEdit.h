@@ -24,40 +24,39 @@ namespace ZEMA {
 // Only one edit at a time works on an archive; a second one waits for the first. An archive that somebody else changes
 // meanwhile is not replaced.
 //
-// Paths are lists of names below the archive's root. Each operation answers false with a `problem`, and the edit is
-// then good for nothing more.
+// Paths are lists of names below the archive's root. After a failure the edit is good for nothing more.
 class SafeEdit {
 public:
     // Takes away what killed programs left behind.
-    static std::unique_ptr<SafeEdit> Begin(const std::string& path, std::string& problem);
+    static Result<std::unique_ptr<SafeEdit>> Begin(const std::string& path);
 
     SafeEdit(const SafeEdit&) = delete;
     SafeEdit& operator=(const SafeEdit&) = delete;
     ~SafeEdit();
 
     // Makes the folders that are missing.
-    [[nodiscard]] bool AddFolder(const BasicArray<String>& path, std::string& problem);
+    Failure AddFolder(const BasicArray<String>& path);
 
     // Makes or replaces a file in a folder that is there, and lifts its write protection.
-    [[nodiscard]] bool WriteFile(const BasicArray<String>& path, StorageReader& contents, std::string& problem);
+    Failure WriteFile(const BasicArray<String>& path, StorageReader& contents);
 
     // With all below it, whatever is protected; every member of that name, should there be several.
-    [[nodiscard]] bool Remove(const BasicArray<String>& path, std::string& problem);
+    Failure Remove(const BasicArray<String>& path);
 
     // The archive as it is until the commit.
     const struct stat& Original() const { return before_; }
 
-    [[nodiscard]] bool Commit(std::string& problem);
+    Failure Commit();
 
 private:
     SafeEdit() = default;
-    bool LockArchive(const std::string& path, std::string& problem);
-    bool Mount(std::string& problem);
-    bool MendLastMember(std::string& problem);
-    bool RemoveOne(const BasicArray<String>& path, std::string& problem);
+    Failure LockArchive(const std::string& path);
+    Failure Mount();
+    Failure MendLastMember();
+    Failure RemoveOne(const BasicArray<String>& path);
     RefPointer<File> OpenForWriting(const BasicArray<String>& path);
     bool IsUnchanged() const;
-    std::string Reason(const char* otherwise) const;
+    Failure Reason(const char* otherwise) const;
     ZipTreeNode* Find(const BasicArray<String>& path) const;
     ZipStorageVolume& Volume() const { return root_->Volume(); }
 

@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
-#include <string>
 
 #include "host/archive/StorageTree.h"
 #include "host/system/FileDescriptor.h"
@@ -16,18 +14,14 @@ namespace ZEMA {
 // Reads one file from front to back. What an archive holds is compared with its checksum, at the end.
 class StorageReader {
 public:
-    // Null, with a `problem`, when the item is no file or cannot be opened.
-    static std::unique_ptr<StorageReader> Open(const StorageItem& item, std::string& problem);
+    static Result<std::unique_ptr<StorageReader>> Open(const StorageItem& item);
 
-    // How many bytes were read, 0 at the end; null, with a `problem`, when reading failed.
-    std::optional<std::size_t> Read(void* buffer, std::size_t size, std::string& problem);
-
-    // Of a file outside of archives its descriptor, else -1.
-    int Descriptor() const { return file_.Get(); }
+    // How many bytes were read, 0 at the end.
+    Result<std::size_t> Read(void* buffer, std::size_t size);
 
 private:
-    std::optional<std::size_t> ReadNative(void* buffer, std::size_t size, std::string& problem);
-    std::optional<std::size_t> ReadMember(void* buffer, std::size_t size, std::string& problem);
+    Result<std::size_t> ReadNative(void* buffer, std::size_t size);
+    Result<std::size_t> ReadMember(void* buffer, std::size_t size);
 
     FileDescriptor file_;
     MountedArchive::Pointer archive_;

@@ -7,14 +7,20 @@
 #include <filesystem>
 #include <system_error>
 
-#include "host/system/FileDescriptor.h"
 #include "host/system/Utf8Text.h"
 
 namespace ZEMA {
 
 namespace {
 
-const char kNoFolder[] = "is no folder and no archive";
+Failure NoFolder() {
+    return {FailureKind::WrongKind, "is no folder and no archive"};
+}
+
+// Why nothing can lie in the item, which is no folder.
+Failure WhyNoFolder(const StorageFacts& facts) {
+    return facts.IsMissing() ? WhyMissing(facts) : NoFolder();
+}
 
 ElementFlags FlagsOf(const struct stat& status) {
     ElementFlags flags;
@@ -111,8 +117,8 @@ std::optional<String> MemberName(const std::string& bytes) {
     return FromUtf8(bytes);
 }
 
-std::string WhyMissing(const StorageFacts& facts) {
-    return SystemFailure(facts.error != 0 ? facts.error : ENOENT).text;
+Failure WhyMissing(const StorageFacts& facts) {
+    return SystemFailure(facts.error != 0 ? facts.error : ENOENT);
 }
 
 void AppendName(StorageItem& item, const std::string& name) {
@@ -128,71 +134,60 @@ void AppendName(StorageItem& item, const std::string& name) {
     item.facts = StorageFacts();
 }
 
-std::optional<StorageItem> StorageTree::Find(const std::string& path, std::string& problem) {
+Result<StorageItem> StorageTree::Find(const std::string& path) {
     const std::string bare = WithoutSlashes(path);
-    std::optional<StorageItem> item = NativeItem(bare, path);
-    if (item->facts.IsMissing() && !item->facts.isLink) item = FindBehind(bare, problem);
-    if (item && !item->archive) item->shown = path;
-    if (item && item->archive && item->facts.IsMissing() && EndsInSlash(path)) item->shown += '/';
-    if (!item || !EndsInSlash(path) || !item->facts.IsFile()) return item;
-    item = Enter(*item, problem);
-    if (!item || item->facts.IsFolder()) return item;
-    problem = kNoFolder;
-    return std::nullopt;
+    Result<StorageItem> item = NativeItem(bare, path);
+    if (item->facts.IsMissing() && !item->facts.isLink) item = FindBehind(bare);
+    if (!item) return item;
+    if (!item->archive) item->shown = path;
+    if (item->archive && item->facts.IsMissing() && EndsInSlash(path)) item->shown += '/';
+    if (!EndsInSlash(path) || !item->facts.IsFile()) return item;
+    item = Enter(*item);
+    return !item || item->facts.IsFolder() ? item : NoFolder();
 }
 
 // A path to which the file system has nothing: it may run into an archive.
-std::optional<StorageItem> StorageTree::FindBehind(const std::string& path, std::string& problem) {
+Result<StorageItem> StorageTree::FindBehind(const std::string& path) {
     for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
         const std::string start = path.substr(0, slash);
         const StorageFacts facts = FactsOfNative(start);
         if (facts.IsFolder()) continue;
-        if (facts.IsFile()) return FindInside(start, path.substr(slash + 1), problem);
-        problem = facts.IsMissing() ? WhyMissing(facts) : kNoFolder;
-        return std::nullopt;
+        if (facts.IsFile()) return FindInside(start, path.substr(slash + 1));
+        return WhyNoFolder(facts);
     }
     const StorageItem item = NativeItem(path, path);
     if (!path.empty() && item.facts.error == 0) return item;
-    problem = WhyMissing(item.facts);
-    return std::nullopt;
+    return WhyMissing(item.facts);
 }
 
-std::optional<StorageItem> StorageTree::FindInside(const std::string& archive, const std::string& rest,
-                                                   std::string& problem) {
+Result<StorageItem> StorageTree::FindInside(const std::string& archive, const std::string& rest) {
     std::vector<std::string> parts;
-    const MountedArchive::Pointer mounted = Mount(archive, problem);
-    if (!mounted && problem.empty()) problem = kNoFolder;
-    if (!mounted) return std::nullopt;
-    if (!SplitInside(rest, parts)) {
-        problem = "'..' leads out of the archive";
-        return std::nullopt;
-    }
-    StorageItem item = RootItem(archive, archive, mounted);
+    const Result<MountedArchive::Pointer> mounted = Mount(archive);
+    if (!mounted) return mounted.Why().kind == FailureKind::NoArchive ? NoFolder() : mounted.Why();
+    if (!SplitInside(rest, parts)) return Failure{FailureKind::Refused, "'..' leads out of the archive"};
+    StorageItem item = RootItem(archive, archive, *mounted);
     for (const std::string& part : parts) {
         if (item.facts.IsFile()) {
-            std::optional<StorageItem> entered = Enter(item, problem);
-            if (!entered) return std::nullopt;
+            const Result<StorageItem> entered = Enter(item);
+            if (!entered) return entered;
             item = *entered;
         }
-        if (!item.facts.IsFolder()) {
-            problem = item.facts.IsMissing() ? WhyMissing(item.facts) : kNoFolder;
-            return std::nullopt;
-        }
+        if (!item.facts.IsFolder()) return WhyNoFolder(item.facts);
         Descend(item, part);
     }
     return item;
 }
 
-std::optional<StorageItem> StorageTree::Enter(const StorageItem& item, std::string& problem) {
+Result<StorageItem> StorageTree::Enter(const StorageItem& item) {
     if (!item.facts.IsFile()) return item;
-    problem.clear();
-    const MountedArchive::Pointer archive =
-        item.archive ? MountedArchive::OpenMember(item.archive, *item.node, problem) : Mount(item.native, problem);
-    if (archive) return RootItem(item.shown, item.native, archive);
-    return problem.empty() ? std::optional(item) : std::nullopt;
+    const Result<MountedArchive::Pointer> archive =
+        item.archive ? MountedArchive::OpenMember(item.archive, *item.node) : Mount(item.native);
+    if (archive) return RootItem(item.shown, item.native, *archive);
+    if (archive.Why().kind == FailureKind::NoArchive) return item;
+    return archive.Why();
 }
 
-MountedArchive::Pointer StorageTree::Mount(const std::string& path, std::string& problem) {
+Result<MountedArchive::Pointer> StorageTree::Mount(const std::string& path) {
     struct stat status;
     const bool there = stat(path.c_str(), &status) == 0;
     if (there && last_ && last_->IsOf(status)) return last_;
@@ -201,35 +196,31 @@ MountedArchive::Pointer StorageTree::Mount(const std::string& path, std::string&
         const MountedArchive::Pointer archive = mounted.lock();
         if (there && archive->IsOf(status)) return archive;
     }
-    const MountedArchive::Pointer archive = MountedArchive::Open(path, problem);
-    if (!archive) return nullptr;
-    mounted_.push_back(archive);
-    last_ = archive;
+    const Result<MountedArchive::Pointer> archive = MountedArchive::Open(path);
+    if (!archive) return archive;
+    mounted_.push_back(*archive);
+    last_ = *archive;
     return archive;
 }
 
-bool StorageTree::List(const StorageItem& folder, std::vector<StorageEntry>& entries, std::string& problem) const {
+Failure StorageTree::List(const StorageItem& folder, std::vector<StorageEntry>& entries) const {
     entries.clear();
-    if (!folder.facts.IsFolder()) {
-        problem = folder.facts.IsMissing() ? WhyMissing(folder.facts) : kNoFolder;
-        return false;
-    }
+    if (!folder.facts.IsFolder()) return WhyNoFolder(folder.facts);
     if (folder.archive) {
         entries.reserve(folder.node->GetChildren().Size());
         for (const auto& [name, child] : folder.node->GetChildren()) {
             entries.push_back({std::string(child->Name().ToAString().View()), FactsOfNode(child.Get())});
         }
-        return true;
+        return {};
     }
     std::error_code error;
     for (std::filesystem::directory_iterator item(folder.native, error), end; !error && item != end;
          item.increment(error)) {
         entries.push_back({item->path().filename().string(), FactsOfNative(item->path().string())});
     }
-    if (error) problem = SystemFailure(error.value()).text;
     std::sort(entries.begin(), entries.end(),
               [](const StorageEntry& a, const StorageEntry& b) { return a.name < b.name; });
-    return !error;
+    return error ? SystemFailure(error.value()) : Failure();
 }
 
 void StorageTree::Descend(StorageItem& item, const std::string& name) const {

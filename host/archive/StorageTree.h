@@ -11,6 +11,7 @@
 #include "core/BasicArray.h"
 #include "core/String.h"
 #include "host/archive/MountedArchive.h"
+#include "host/system/Failure.h"
 #include "storage/ElementAttributes.h"
 
 namespace ZEMA {
@@ -31,8 +32,8 @@ struct StorageFacts {
     bool IsMissing() const { return kind == StorageKind::Missing; }
 };
 
-// What to say of something that is missing and should not be.
-std::string WhyMissing(const StorageFacts& facts);
+// Why something is missing that should not be.
+Failure WhyMissing(const StorageFacts& facts);
 
 // A thing that is there, or a name that something may be given.
 struct StorageItem {
@@ -67,26 +68,26 @@ struct StorageEntry {
 // archive. Names in archives are found without regard to case.
 class StorageTree {
 public:
-    // What the path names, which may be missing. Null, with a `problem`, when the way there does not exist or leads
-    // through what is no folder, or when the system does not say.
-    std::optional<StorageItem> Find(const std::string& path, std::string& problem);
+    // What the path names, which may be missing. A failure when the way there does not exist or leads through what is
+    // no folder, or when the system does not say.
+    Result<StorageItem> Find(const std::string& path);
 
-    // The archive as a folder, where the item is the file of one; otherwise the item as it is. Null, with a `problem`,
-    // for an archive that cannot be mounted.
-    std::optional<StorageItem> Enter(const StorageItem& item, std::string& problem);
+    // The archive as a folder, where the item is the file of one; otherwise the item as it is. A failure for what looks
+    // like an archive and cannot be mounted.
+    Result<StorageItem> Enter(const StorageItem& item);
 
-    // What a folder holds, sorted by bytes outside of archives and ignoring case inside. False, with a `problem`, when
-    // it cannot be read.
-    bool List(const StorageItem& folder, std::vector<StorageEntry>& entries, std::string& problem) const;
+    // What a folder holds, sorted by bytes outside of archives and ignoring case inside. After a failure the entries
+    // are those that could be read.
+    Failure List(const StorageItem& folder, std::vector<StorageEntry>& entries) const;
 
     // The thing of that name in a folder, missing or not.
     StorageItem Child(const StorageItem& folder, const std::string& name) const;
 
 private:
-    std::optional<StorageItem> FindInside(const std::string& archive, const std::string& rest, std::string& problem);
-    std::optional<StorageItem> FindBehind(const std::string& path, std::string& problem);
+    Result<StorageItem> FindInside(const std::string& archive, const std::string& rest);
+    Result<StorageItem> FindBehind(const std::string& path);
     void Descend(StorageItem& item, const std::string& name) const;
-    MountedArchive::Pointer Mount(const std::string& path, std::string& problem);
+    Result<MountedArchive::Pointer> Mount(const std::string& path);
 
     std::vector<std::weak_ptr<const MountedArchive>> mounted_;  // by the items that are still there
     MountedArchive::Pointer last_;                              // by nobody else maybe, but likely soon

@@ -25,7 +25,7 @@ ROOMS = {
     "host/plugin": ["host/print", "host/system", "platform"],
     "host/documents": ["host/plugin", "host/print", "host/system", "importer", "loader", "scene", "storage", "core",
                        "platform"],
-    "host/archive": ["host/print", "host/system", "storage/zip", "storage", "core"],
+    "host/archive": ["host/system", "storage/zip", "storage", "core", "platform"],
     "tools/wqf": ["host/archive", "host/documents", "host/plugin", "host/print", "host/system", "importer", "loader",
                   "scene", "storage", "core", "platform"],
 }

@@ -1,7 +1,6 @@
 // wqf cat: the contents of files, one behind the other.
 
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "host/archive/StorageReader.h"
@@ -15,14 +14,13 @@ namespace ZEMA {
 namespace {
 
 void Print(const std::string& path, StorageTree& tree, Output& output, StorageReport& report) {
-    std::string problem;
-    const std::optional<StorageItem> item = tree.Find(path, problem);
-    const std::unique_ptr<StorageReader> reader = item ? StorageReader::Open(*item, problem) : nullptr;
-    if (!reader) return report.Fail(path, problem);
+    const Result<StorageItem> item = tree.Find(path);
+    const Result<std::unique_ptr<StorageReader>> reader = item ? StorageReader::Open(*item) : item.Why();
+    if (!reader) return report.Fail(path, reader.Why().text);
     std::vector<char> buffer(kReadBufferSize);
     while (!output.Failed()) {
-        const std::optional<std::size_t> count = reader->Read(buffer.data(), buffer.size(), problem);
-        if (!count) return report.Fail(path, problem);
+        const Result<std::size_t> count = (*reader)->Read(buffer.data(), buffer.size());
+        if (!count) return report.Fail(path, count.Why().text);
         if (*count == 0) return;
         output.Write({buffer.data(), *count});
     }

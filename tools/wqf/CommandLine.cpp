@@ -201,8 +201,8 @@ Action DeclareTransfer(CLI::App& parser, const char* command, bool mayLeaveFolde
     AddFlag(parser, "-f,--force", options->force, "Over write-protected files and in write-protected archives too");
     AddFlag(parser, "-n,--no-clobber", options->keepExisting, "Leave files that are there as they are");
     AddPaths(parser, *paths,
-             "Sources, and the target behind them. An archive as the target is a folder, unless the only source is "
-             "another archive, which then takes its place.");
+             "Sources, and the target behind them; sources or target lie in archives. An archive as the target is a "
+             "folder, and one that is a source a file unless '/' follows its name");
     return [options, paths, command] {
         if (paths->size() >= 2) return run(*options, *paths);
         return WrongUse(command, paths->empty() ? "no SOURCE is given" : "no TARGET is given");
@@ -223,7 +223,7 @@ Action DeclareRm(CLI::App& parser) {
     parser.footer(kInside);
     AddFlag(parser, "-r,--recursive", options->recursive, "Folders with all that lies in them");
     AddFlag(parser, "-f,--force", options->force, "What is write-protected too; what is missing is no failure");
-    AddPaths(parser, *paths, "Files and folders; of a link the link itself");
+    AddPaths(parser, *paths, "Files and folders in archives");
     return [options, paths] { return paths->empty() ? WrongUse("rm", "no PATH is given") : RunRm(*options, *paths); };
 }
 
@@ -232,7 +232,7 @@ Action DeclareMkdir(CLI::App& parser) {
     const auto paths = std::make_shared<std::vector<std::string>>();
     parser.footer(kInside);
     AddFlag(parser, "-p,--parents", *parents, "Missing folders on the way too; a folder that is there is fine");
-    AddPaths(parser, *paths, "Folders to make");
+    AddPaths(parser, *paths, "Folders to make in archives");
     return [parents, paths] {
         return paths->empty() ? WrongUse("mkdir", "no PATH is given") : RunMkdir(*parents, *paths);
     };
@@ -254,10 +254,10 @@ constexpr Command kCommands[] = {
     {"catalogue", "Print the design catalogue as JSON", DeclareCatalogue},
     {"ls", "List folders and archives", DeclareLs},
     {"cat", "Print the contents of files", DeclareCat},
-    {"cp", "Copy files and folders, into archives and out of them", DeclareCp},
-    {"mv", "Move files and folders, into archives and out of them", DeclareMv},
-    {"rm", "Remove files and folders, in archives too", DeclareRm},
-    {"mkdir", "Make folders, in archives too", DeclareMkdir},
+    {"cp", "Copy files and folders into archives, out of them and between them", DeclareCp},
+    {"mv", "Move files and folders into archives, out of them and between them", DeclareMv},
+    {"rm", "Remove files and folders in archives", DeclareRm},
+    {"mkdir", "Make folders in archives", DeclareMkdir},
     {"new", "Make empty archives", DeclareNew},
 };
 

@@ -1,12 +1,15 @@
 // wqf ls: what folders and archives hold.
 
+#include <array>
+#include <ctime>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "host/archive/EntryText.h"
 #include "host/archive/StorageTree.h"
+#include "host/print/JsonWriter.h"
 #include "host/system/Output.h"
 #include "host/system/Paths.h"
 #include "host/system/Utf8Text.h"
@@ -18,7 +21,64 @@ namespace ZEMA {
 
 namespace {
 
-constexpr std::size_t kPieceSize = 1 << 16;
+constexpr std::size_t kPieceSize = 1 << 16;  // of text, put out at once
+constexpr std::size_t kSizeWidth = 12;
+
+std::string LocalTimeText(const std::optional<timespec>& when) {
+    tm time = {};
+    if (!when || localtime_r(&when->tv_sec, &time) == nullptr) return "-               ";
+    std::array<char, 64> text;
+    return std::string(text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M", &time));
+}
+
+// Null where the time is not known.
+void WriteTime(const std::optional<timespec>& when, JsonWriter& json) {
+    tm time = {};
+    if (!when || gmtime_r(&when->tv_sec, &time) == nullptr) return json.Null();
+    std::array<char, 64> text;
+    json.Text(std::string_view(text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &time)));
+}
+
+std::string_view TypeOf(const StorageFacts& facts) {
+    if (facts.isLink) return "link";
+    return facts.IsFolder() ? "folder" : facts.IsFile() ? "file" : "other";
+}
+
+// "drwehx" with "-" for what does not hold: a folder ("l" for a link), may be read, may be written, entries may be made
+// or removed in it, hidden, executable.
+std::string FlagsText(const StorageFacts& facts) {
+    constexpr struct {
+        std::uint8_t flag;
+        char letter;
+    } kLetters[] = {
+        {ElementFlags::kReadable, 'r'}, {ElementFlags::kWritable, 'w'},   {ElementFlags::kEntriesWritable, 'e'},
+        {ElementFlags::kHidden, 'h'},   {ElementFlags::kExecutable, 'x'},
+    };
+    std::string text(1, facts.isLink ? 'l' : facts.IsFolder() ? 'd' : '-');
+    for (const auto& item : kLetters) text += facts.flags.Has(item.flag) ? item.letter : '-';
+    return text;
+}
+
+// In columns: flags, size in bytes, and the time of the last change in the local time zone or "-".
+std::string ColumnsText(const StorageFacts& facts) {
+    const std::string size = std::to_string(facts.size);
+    std::string text = FlagsText(facts) + " ";
+    if (size.size() < kSizeWidth) text.append(kSizeWidth - size.size(), ' ');
+    return text + size + " " + LocalTimeText(facts.modified);
+}
+
+// {"path", "name", "type", "size", "flags", "modified"}; the time is in UTC, and null where it is not known.
+void WriteEntry(JsonWriter& json, const std::string& path, const StorageEntry& entry) {
+    json.BeginObject();
+    json.Text("path", path);
+    json.Text("name", entry.name);
+    json.Text("type", TypeOf(entry.facts));
+    json.Number("size", entry.facts.size);
+    json.Text("flags", FlagsText(entry.facts));
+    json.Key("modified");
+    WriteTime(entry.facts.modified, json);
+    json.EndObject();
+}
 
 // Puts entries into the wanted form and out, many at a time.
 class ListingPrinter {
@@ -83,11 +143,10 @@ public:
 
     void List(const std::string& path) {
         if (NameOf(path).find('*') != std::string::npos) return ListMatches(path);
-        std::string problem;
-        std::optional<StorageItem> item = tree_.Find(path, problem);
-        if (item && item->facts.IsMissing() && !item->facts.isLink) problem = "no such file";
-        if (item && item->facts.IsFile()) item = tree_.Enter(*item, problem);
-        if (!item || !problem.empty()) return report_.Fail(path, problem);
+        Result<StorageItem> item = tree_.Find(path);
+        if (item && item->facts.IsMissing() && !item->facts.isLink) item = WhyMissing(item->facts);
+        if (item) item = tree_.Enter(*item);
+        if (!item) return report_.Fail(path, item.Why().text);
         if (!item->facts.IsFolder()) return printer_.Print(path, path, {NameOf(path), item->facts});
         if (options_.paths.size() > 1) printer_.Heading(path);
         ListFolder(*item, "");
@@ -100,11 +159,11 @@ private:
     void ListMatches(const std::string& path) {
         const std::size_t slash = path.rfind('/');
         const std::string start = slash == std::string::npos ? "" : path.substr(0, slash + 1);
-        std::string problem;
         std::vector<StorageEntry> entries;
-        const std::optional<StorageItem> folder = tree_.Find(start.empty() ? "." : start, problem);
+        const Result<StorageItem> folder = tree_.Find(start.empty() ? "." : start);
         const std::optional<String> pattern = MemberName(NameOf(path));
-        if (!folder || !tree_.List(*folder, entries, problem)) return report_.Fail(path, problem);
+        const Failure failure = folder ? tree_.List(*folder, entries) : folder.Why();
+        if (failure) return report_.Fail(path, failure.text);
         if (!pattern) return report_.Fail(path, "it is not UTF-8");
         bool found = false;
         for (const StorageEntry& entry : entries) {
@@ -145,8 +204,7 @@ private:
     template <class Pending>
     void ListEntries(const StorageItem& folder, const std::string& label, std::vector<Pending>& pending) {
         std::vector<StorageEntry> entries;
-        std::string problem;
-        if (!tree_.List(folder, entries, problem)) report_.Fail(folder.shown, problem);
+        if (const Failure failure = tree_.List(folder, entries)) report_.Fail(folder.shown, failure.text);
         const std::string start = folder.shown + (folder.shown.ends_with('/') ? "" : "/");
         if (!options_.recursive) {
             for (const StorageEntry& entry : entries) printer_.Print(label + entry.name, start + entry.name, entry);

@@ -27,15 +27,16 @@ BasicArray<String> Path(std::initializer_list<const char*> names) {
 class SafeEditTest : public ::testing::Test {
 protected:
     std::unique_ptr<SafeEdit> Begin() {
-        std::unique_ptr<SafeEdit> edit = SafeEdit::Begin(path_, problem_);
-        EXPECT_NE(edit, nullptr) << problem_;
-        return edit;
+        Result<std::unique_ptr<SafeEdit>> edit = SafeEdit::Begin(path_);
+        return std::move(*edit);
     }
 
+    std::string WhyNot() { return SafeEdit::Begin(path_).Why().text; }
+
     bool Write(SafeEdit& edit, std::initializer_list<const char*> path, const std::string& contents) {
-        const std::optional<StorageItem> item = tree_.Find(folder_.Write("source", contents), problem_);
-        const std::unique_ptr<StorageReader> reader = StorageReader::Open(*item, problem_);
-        return edit.WriteFile(Path(path), *reader, problem_);
+        const Result<StorageItem> item = tree_.Find(folder_.Write("source", contents));
+        const Result<std::unique_ptr<StorageReader>> reader = StorageReader::Open(*item);
+        return !edit.WriteFile(Path(path), **reader);
     }
 
     std::vector<std::string> Names() const {
@@ -56,7 +57,6 @@ protected:
                                     .Bytes();
     const std::string path_ = folder_.Write("x", before_);
     StorageTree tree_;
-    std::string problem_;
 };
 
 }  // namespace
@@ -65,7 +65,7 @@ TEST_F(SafeEditTest, DoesAllOrNothing) {
     {
         const std::unique_ptr<SafeEdit> edit = Begin();
         ASSERT_TRUE(Write(*edit, {"b", "new"}, std::string(300000, 'n')));
-        ASSERT_TRUE(edit->Remove(Path({"a"}), problem_));
+        ASSERT_FALSE(edit->Remove(Path({"a"})));
         EXPECT_EQ(folder_.Read("x"), before_);
     }
     EXPECT_EQ(folder_.Read("x"), before_);
@@ -74,10 +74,10 @@ TEST_F(SafeEditTest, DoesAllOrNothing) {
     const std::unique_ptr<SafeEdit> edit = Begin();
     ASSERT_TRUE(Write(*edit, {"b", "new"}, std::string(300000, 'n')));
     ASSERT_TRUE(Write(*edit, {"b", "C"}, "changed"));
-    ASSERT_TRUE(edit->AddFolder(Path({"d", "e"}), problem_));
-    ASSERT_TRUE(edit->Remove(Path({"a"}), problem_));
-    ASSERT_TRUE(edit->Remove(Path({"twin"}), problem_)) << "both members of the name, as it is spelled";
-    ASSERT_TRUE(edit->Commit(problem_)) << problem_;
+    ASSERT_FALSE(edit->AddFolder(Path({"d", "e"})));
+    ASSERT_FALSE(edit->Remove(Path({"a"})));
+    ASSERT_FALSE(edit->Remove(Path({"twin"}))) << "both members of the name, as it is spelled";
+    ASSERT_FALSE(edit->Commit());
     const std::map<std::string, std::string> expected = {
         {"b/c", "changed"}, {"b/new", std::string(300000, 'n')}, {"d/", ""}, {"d/e/", ""}, {"Twin", "3"}};
     EXPECT_EQ(ReadStrictly(folder_.Read("x")), expected);
@@ -100,10 +100,9 @@ TEST_F(SafeEditTest, DoesNotReplaceWhatSomebodyElseChanged) {
         SCOPED_TRACE(row.what);
         folder_.Write("x", before_);
         const std::unique_ptr<SafeEdit> edit = Begin();
-        ASSERT_TRUE(edit->Remove(Path({"a"}), problem_));
+        ASSERT_FALSE(edit->Remove(Path({"a"})));
         row.change(path_);
-        EXPECT_FALSE(edit->Commit(problem_));
-        EXPECT_EQ(problem_, "somebody else has changed it meanwhile");
+        EXPECT_EQ(edit->Commit().text, "somebody else has changed it meanwhile");
         if (fs::exists(path_)) {
             EXPECT_EQ(folder_.Read("x"), before_);
         }
@@ -131,11 +130,9 @@ TEST_F(SafeEditTest, SaysWhyNothingCanBeEdited) {
     };
     for (const auto& row : rows) {
         folder_.Write("x", row.bytes);
-        EXPECT_EQ(SafeEdit::Begin(path_, problem_), nullptr) << row.what;
-        EXPECT_EQ(problem_, row.problem);
+        EXPECT_EQ(WhyNot(), row.problem) << row.what;
     }
-    EXPECT_EQ(SafeEdit::Begin(folder_ / "none", problem_), nullptr);
-    EXPECT_EQ(problem_, "no such file");
+    EXPECT_EQ(SafeEdit::Begin(folder_ / "none").Why().kind, FailureKind::Missing);
     EXPECT_EQ(Names().size(), 1u);
 }
 
@@ -146,8 +143,7 @@ TEST_F(SafeEditTest, GivesUpOnRecordsThatDoNotAllowIt) {
     archive.Set32(archive.localHeaders[0] + 18, 20).Set32(archive.localHeaders[0] + 22, 20);
     folder_.Write("x", archive.bytes);
     const std::unique_ptr<SafeEdit> edit = Begin();
-    EXPECT_FALSE(edit->Remove(Path({"a"}), problem_));
-    EXPECT_EQ(problem_, "the archive's records do not allow changes");
+    EXPECT_EQ(edit->Remove(Path({"a"})).text, "the archive's records do not allow changes");
     EXPECT_EQ(folder_.Read("x"), archive.bytes);
 }
 

@@ -15,9 +15,8 @@ namespace {
 std::string Found(const TemporaryFolder& folder, const std::string& path) {
     constexpr const char* kKinds[] = {"missing", "file", "folder", "other"};
     StorageTree tree;
-    std::string problem;
-    const std::optional<StorageItem> item = tree.Find(folder / path, problem);
-    if (!item) return problem;
+    const Result<StorageItem> item = tree.Find(folder / path);
+    if (!item) return item.Why().text;
     std::string text = item->native.substr(folder.Path().string().size()) + (item->archive ? " |" : "");
     for (const String& name : item->inner) text += " " + std::string(name.ToAString().View());
     return text + ", " + (item->facts.isLink ? "link to " : "") + kKinds[static_cast<int>(item->facts.kind)];
@@ -59,7 +58,7 @@ TEST(StorageTree, FindsWhereAnArchiveEnds) {
         {"dangling", "/dangling, link to missing"},
         {"new/", "/new, missing"},
         {"new/deeper", "no such file"},
-        {"cut/deep", "is no folder and no archive"},
+        {"cut/deep", "the archive is damaged"},
         {"damaged/a", "the archive is damaged"},
         {"empty/a", "is no folder and no archive"},
     };
@@ -71,15 +70,14 @@ TEST(StorageTree, KeepsAnArchiveAsItWas) {
     const TemporaryFolder folder;
     folder.Write("x", ArchiveBuilder().Stored("a", "old").Bytes());
     StorageTree tree;
-    std::string problem;
-    const std::optional<StorageItem> item = tree.Find(folder / "x/a", problem);
+    const Result<StorageItem> item = tree.Find(folder / "x/a");
     folder.Write("y", ArchiveBuilder().Stored("b", "new").Bytes());
     std::filesystem::rename(folder / "y", folder / "x");
-    const RefPointer<File> file = OpenMemberFile(item->archive->Volume(), *item->node, problem);
+    const Result<RefPointer<File>> file = OpenMemberFile(item->archive->Volume(), *item->node);
     char bytes[3];
-    ASSERT_TRUE(file && ReadAt(*file, 0, 3, bytes));
+    ASSERT_TRUE(file && ReadAt(**file, 0, 3, bytes));
     EXPECT_EQ(std::string(bytes, 3), "old");
-    EXPECT_EQ(tree.Find(folder / "x/b", problem)->facts.kind, StorageKind::File);
+    EXPECT_EQ(tree.Find(folder / "x/b")->facts.kind, StorageKind::File);
 }
 
 }  // namespace ZEMA::testing
