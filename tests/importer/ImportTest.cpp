@@ -13,7 +13,6 @@
 #include "importer/StorageSession.h"
 #include "tests/importer/Attributes.h"
 #include "tests/support/ArchiveBuilder.h"
-#include "tests/support/ArchiveTools.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA::testing {
@@ -103,7 +102,7 @@ TEST_F(ImportTest, TellsDocumentsByTheirContents) {
     }
 }
 
-TEST_F(ImportTest, FollowsLinksAndFolders) {
+TEST_F(ImportTest, FollowsLinksAndFoldersToWhatIsThere) {
     fs::create_directory(folder_.Path() / "package");
     folder_.Write("package/IMAGE100.WQFML", SmallModel5());
     folder_.Write("a.wqf", Packed(SmallModel5()));
@@ -114,24 +113,29 @@ TEST_F(ImportTest, FollowsLinksAndFolders) {
     }
     EXPECT_EQ(Imported(folder_ / "missing.wqf"), "");
     EXPECT_EQ(Imported("/dev/null"), "");
+
+    const Attributes attributes = NewAttributes();
+    EXPECT_FALSE(GetMetadataForFile(nullptr, attributes.Get(), nullptr, nullptr));
+    EXPECT_FALSE(GetMetadataForFile(nullptr, nullptr, nullptr, CFSTR("/")));
+    EXPECT_EQ(CFDictionaryGetCount(attributes.Get()), 0);
 }
 
 TEST_F(ImportTest, LeavesDocumentsAsTheyAre) {
     const std::string packed = ArchiveBuilder().Deflated("IMAGE100.WQFML", SmallModel5()).Bytes();
-    for (const fs::perms mode : {fs::perms(0644), fs::perms(0444)}) {
-        const std::string path = folder_.Write("a.wqf", packed);
-        fs::permissions(path, mode);
-        fs::permissions(folder_.Path(), mode == fs::perms(0444) ? fs::perms(0555) : fs::perms(0755));
-        struct stat before, after;
-        ASSERT_EQ(stat(path.c_str(), &before), 0);
+    const std::string path = folder_.Write("a.wqf", packed);
+    const auto state = [&] {
+        struct stat now = {};
+        EXPECT_EQ(stat(path.c_str(), &now), 0);
+        return std::vector<std::int64_t>{static_cast<std::int64_t>(now.st_ino), now.st_mtim.tv_sec, now.st_mtim.tv_nsec,
+                                         now.st_ctim.tv_sec, now.st_ctim.tv_nsec};
+    };
+    for (const auto& [file, folder] : {std::pair(0644U, 0755U), std::pair(0444U, 0555U)}) {
+        fs::permissions(path, fs::perms(file));
+        fs::permissions(folder_.Path(), fs::perms(folder));
+        const auto before = state();
         EXPECT_EQ(Imported(path), kSmallModelText);
-        ASSERT_EQ(stat(path.c_str(), &after), 0);
+        EXPECT_EQ(state(), before);
         EXPECT_EQ(folder_.Read("a.wqf"), packed);
-        EXPECT_EQ(before.st_ino, after.st_ino);
-        EXPECT_EQ(before.st_mtim.tv_sec, after.st_mtim.tv_sec);
-        EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
-        EXPECT_EQ(before.st_ctim.tv_nsec, after.st_ctim.tv_nsec);
-        fs::permissions(folder_.Path(), fs::perms(0755));
     }
 }
 
@@ -153,48 +157,5 @@ TEST_F(ImportTest, ServesSeveralThreadsInTurn) {
     for (std::thread& thread : threads) thread.join();
     for (const std::string& result : results) EXPECT_EQ(result, kSmallModelText);
 }
-
-TEST_F(ImportTest, RefusesWhatIsNotThere) {
-    const Attributes attributes = NewAttributes();
-    EXPECT_FALSE(GetMetadataForFile(nullptr, attributes.Get(), nullptr, nullptr));
-    EXPECT_FALSE(GetMetadataForFile(nullptr, nullptr, nullptr, CFSTR("/")));
-    EXPECT_EQ(CFDictionaryGetCount(attributes.Get()), 0);
-}
-
-// An archive as a tool makes it of a folder that holds the model and others.
-struct ToolArchive {
-    const char* tool;
-    const char* command;  // makes ../a.wqf
-    bool readable = true;
-};
-
-class ToolArchiveTest : public ImportTest, public ::testing::WithParamInterface<ToolArchive> {};
-
-TEST_P(ToolArchiveTest, IsReadAsTheFormatSays) {
-    ZEMA_NEEDS_TOOL(GetParam().tool);
-    fs::create_directories(folder_.Path() / "content/notes");
-    folder_.Write("content/IMAGE100.WQFML", SmallModel5());
-    folder_.Write("content/notes/about.txt", "nothing of note");
-    ASSERT_TRUE(RunIn(folder_ / "content", GetParam().command)) << GetParam().command;
-    EXPECT_EQ(Imported(folder_ / "a.wqf"), GetParam().readable ? kSmallModelText : "");
-    EXPECT_EQ(Attempts(folder_ / "a.wqf"),
-              GetParam().readable ? "|5|" : "|5 pathError path file/DIR/a.wqf/IMAGE100.WQFML|");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Tools, ToolArchiveTest,
-    ::testing::Values(
-        ToolArchive{"zip", "zip -q ../a.wqf IMAGE100.WQFML"}, ToolArchive{"zip", "zip -q -0 ../a.wqf IMAGE100.WQFML"},
-        ToolArchive{"zip", "zip -q -r ../a.wqf . && echo a remark | zip -q -z ../a.wqf"},
-        ToolArchive{"zip", "mv IMAGE100.WQFML Image100.wqfml && zip -q -r -X ../a.wqf Image100.wqfml notes"},
-        ToolArchive{"7z", "7z a -tzip ../a.wqf ."}, ToolArchive{"7z", "7z a -tzip -mx=0 ../a.wqf ."},
-        ToolArchive{"python3", "python3 -m zipfile -c ../a.wqf IMAGE100.WQFML notes"},
-        ToolArchive{"python3",
-                    "python3 -c 'import sys,zipfile; zipfile.ZipFile(sys.stdout.buffer,\"w\",8)"
-                    ".write(\"IMAGE100.WQFML\")' | cat > ../a.wqf"},
-        // These tell the sizes both in the header and behind the data, which readers of the format may take amiss.
-        ToolArchive{"zip", "zip -q - IMAGE100.WQFML | cat > ../a.wqf", false},
-        ToolArchive{"bsdtar", "bsdtar -c --format=zip -f ../a.wqf IMAGE100.WQFML", false}),
-    [](const auto& row) { return row.param.tool + std::to_string(row.index); });
 
 }  // namespace ZEMA::testing

@@ -28,11 +28,9 @@ TEST(Version, IsReadUpToFourNumbers) {
         bool succeeds;
         Version version;  // from 9.9.9.9: components that are not reached stay
         std::uint32_t end;
-    } rows[] = {
-        {"68", true, Version(68, 9, 9, 9), 2},   {"1.2.3.4.5", true, Version(1, 2, 3, 4), 7},
-        {"1.2-3", true, Version(1, 2, 9, 9), 3}, {"1.2.", false, Version(1, 2, 9, 9), 4},
-        {"beta", false, Version(9, 9, 9, 9), 0}, {"1.4294967296", false, Version(1, 9, 9, 9), 12},
-    };
+    } rows[] = {{"68", true, Version(68, 9, 9, 9), 2},   {"1.2.3.4.5", true, Version(1, 2, 3, 4), 7},
+                {"1.2-3", true, Version(1, 2, 9, 9), 3}, {"1.2.", false, Version(1, 2, 9, 9), 4},
+                {"beta", false, Version(9, 9, 9, 9), 0}, {"1.4294967296", false, Version(1, 9, 9, 9), 12}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         Version version(9, 9, 9, 9);

@@ -61,7 +61,7 @@ TEST(Matrix4, SanitisesItsRotation) {
     } rows[] = {
         {"rows of length 1 stay", {0, 1, 0, -1, 0, 0, 0, 0, 1}, {0, 1, 0, -1, 0, 0, 0, 0, 1}},
         {"others get it", {0, 2, 0, -3, 0, 0, 0, 3, 4}, {0, 1, 0, -1, 0, 0, 0, 0.6F, 0.8F}},
-        {"short ones, too", {1e-9F, 0, 0, 0, 1, 0, 0, 0, 1}, identity},
+        {"short ones, too", {0, 1e-9F, 0, -1, 0, 0, 0, 0, 1}, {0, 1, 0, -1, 0, 0, 0, 0, 1}},
         {"an empty row resets all", {0, 2, 0, 0, 0, 0, 0, 3, 4}, identity},
         {"so does one too short to measure", {0, 2, 0, 0, 3, 0, kTiny, 0, 0}, identity},
         {"and one too long", {1e30F, 1e30F, 0, 0, 1, 0, 0, 2, 0}, identity},

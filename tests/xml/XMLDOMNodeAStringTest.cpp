@@ -80,15 +80,13 @@ TEST(XMLDOMNodeAString, DecodesWhatTheDocumentDeclaresAndWhatItHandsOut) {
 }
 
 TEST(XMLDOMNodeAString, IsEmptyWhenTheTextIsMalformed) {
-    const char* const rows[] = {
-        "",
-        "<r a='1'>t<x>u</x>",
-        "<r a='1'>t<x>u</y></r>",
-        "<r a='1' a='1'>t<x>u</x></r>",
-        "<r a='1'>t<x>&u;</x></r>",
-        "<r a='1'>t<x>\xFF</x></r>",
-        "<r a='1'>t<x>u</x></r>t",
-    };
+    const char* const rows[] = {"",
+                                "<r a='1'>t<x>u</x>",
+                                "<r a='1'>t<x>u</y></r>",
+                                "<r a='1' a='1'>t<x>u</x></r>",
+                                "<r a='1'>t<x>&u;</x></r>",
+                                "<r a='1'>t<x>\xFF</x></r>",
+                                "<r a='1'>t<x>u</x></r>t"};
     for (const char* const text : rows) {
         SCOPED_TRACE(text);
         const ParsedText node(text);
