@@ -28,6 +28,7 @@ const MDImporterInterfaceStruct interfaceTable = {
     GetMetadataForFile,
 };
 
+// Instances come from malloc, so that running out of memory is no exception in a function that C calls.
 struct FreeInstance {
     void operator()(Instance* instance) const { std::free(instance); }
 };

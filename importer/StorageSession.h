@@ -25,6 +25,7 @@ public:
     bool Ready() const { return ready_; }
 
 private:
+    // Empties the registry when it goes.
     struct RegistryEmptier {
         ~RegistryEmptier();
     };

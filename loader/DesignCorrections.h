@@ -15,6 +15,7 @@ namespace ZEMA {
 // The pieces of one design.
 class DesignTemplate : public Object {
 public:
+    // One piece.
     struct Record {
         Matrix4 transformation;  // of the piece within the part
     };

@@ -10,7 +10,7 @@
 
 namespace ZEMA {
 
-// The values of a `detail` are listed in each class; any other value is described as "unknown".
+// The values of a `detail` are listed in each class as its Detail; any other value is described as "unknown".
 
 // A file that cannot be opened or read.
 class PathError : public ModelLoader::Error {

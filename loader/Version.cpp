@@ -14,6 +14,7 @@ void Version::AppendTo(String& out) const {
     }
 }
 
+// A version may end after any number; only a "." promises one more.
 bool Version::ParseFrom(const String& text, std::uint32_t& position) {
     for (std::size_t index = 0; index < components.size(); ++index) {
         if (index > 0) {

@@ -7,6 +7,8 @@ namespace ZEMA {
 
 namespace {
 
+// A row of length 1 has a component far above this. What is below in all three had no length, or one too small or too
+// large to measure.
 constexpr float kNoDirection = 0.00001F;
 
 Vector3 Normalised(const Vector3& v) {

@@ -4,6 +4,7 @@
 
 namespace ZEMA {
 
+// In a loop, since elements may nest deeper than the stack.
 XMLDOMNodeAString::~XMLDOMNodeAString() {
     ReleaseDeep(children, [](XMLDOMNodeAString& node) { return &node.children; });
 }
@@ -47,7 +48,7 @@ XMLDOMNodeAString* XMLDOMNodeAString::FindChild(const AString& childName) const 
 }
 
 AString XMLDOMNodeAString::GetText() const {
-    if (textLines.Size() == 1) return textLines[0];
+    if (textLines.Size() == 1) return textLines[0];  // the usual case shares the line instead of copying it
     AString text;
     for (const AString& line : textLines) {
         if (&line != textLines.begin()) text.Append("\n", 1);

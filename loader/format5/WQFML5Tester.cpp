@@ -15,6 +15,7 @@ bool IsWQFML5Root(const XMLDOMNodeAString& root, ModelLoader& loader) {
     std::uint32_t versionMinor = 0;
     ReadUnsigned(root, "versionMajor", versionMajor);
     ReadUnsigned(root, "versionMinor", versionMinor);
+    // Exactly this one: what another minor version would mean, nobody has said.
     const Version expected(5);
     const Version actual(versionMajor, versionMinor);
     if (actual == expected) return true;
