@@ -16,6 +16,15 @@ Vector3 Normalised(const Vector3& v) {
     return length == 0 ? v : Vector3{v.x / length, v.y / length, v.z / length};
 }
 
+// The axis with length 1. Beyond the range of float, where squares become infinite or lose their digits, the length is
+// taken in double; nowhere else, as that would change the last bits of ordinary rotations.
+Vector3 AxisDirection(const Vector3& axis) {
+    if (std::isnormal(axis.x * axis.x + axis.y * axis.y + axis.z * axis.z)) return Normalised(axis);
+    const double x = axis.x, y = axis.y, z = axis.z;
+    const double length = std::sqrt(x * x + y * y + z * z);
+    return {static_cast<float>(x / length), static_cast<float>(y / length), static_cast<float>(z / length)};
+}
+
 bool HasNoDirection(const Vector3& v) {
     return std::fabs(v.x) < kNoDirection && std::fabs(v.y) < kNoDirection && std::fabs(v.z) < kNoDirection;
 }
@@ -37,7 +46,7 @@ Matrix4 Matrix4::FromTranslation(const Vector3& translation) {
 Matrix4 Matrix4::FromAxisAngle(const Vector3& axis, float angle, const Vector3& translation) {
     Matrix4 result = FromTranslation(translation);
     if (axis == Vector3() || angle == 0) return result;
-    const auto [x, y, z] = Normalised(axis);
+    const auto [x, y, z] = AxisDirection(axis);
     const float s = std::sin(angle);
     const float c = std::cos(angle);
     const float k = 1 - c;

@@ -25,8 +25,8 @@ struct Matrix4 {
     // The identity, moved.
     static Matrix4 FromTranslation(const Vector3& translation);
 
-    // Rotates about `axis` through the origin by `angle` radians, then moves. The axis need not have length 1; when it
-    // is (0, 0, 0), or the angle is 0, nothing is rotated.
+    // Rotates about `axis` through the origin by `angle` radians, then moves. The axis may have any length; when it is
+    // (0, 0, 0), or the angle is 0, nothing is rotated.
     static Matrix4 FromAxisAngle(const Vector3& axis, float angle, const Vector3& translation);
 
     Vector3 Translation() const { return {m[12], m[13], m[14]}; }

@@ -36,6 +36,10 @@ TEST(Matrix4, RotatesAboutAnAxisAndThenMoves) {
         {"about z, the other way", {0, 0, 1}, -90, {1, 0, 0}, {10, 19, 30}},
         {"an axis of another length", {0, 0, 5}, 90, {1, 0, 0}, {10, 21, 30}},
         {"about a diagonal", {1, 1, 1}, 120, {1, 2, 3}, {13, 21, 32}},
+        {"an axis too long for its square", {1e30F, 1e30F, 1e30F}, 120, {1, 2, 3}, {13, 21, 32}},
+        {"one whose square is nothing", {0, 0, 1e-25F}, 180, {1, 2, 3}, {9, 18, 33}},
+        {"one whose square has few digits", {2e-22F, 2e-22F, 2e-22F}, 120, {1, 2, 3}, {13, 21, 32}},
+        {"the shortest", {0, kTiny, 0}, 90, {0, 0, 1}, {11, 20, 30}},
         {"no axis", {0, 0, 0}, 90, {1, 2, 3}, {11, 22, 33}},
     };
     for (const auto& row : rows) {
@@ -43,6 +47,8 @@ TEST(Matrix4, RotatesAboutAnAxisAndThenMoves) {
         const Matrix4 matrix = Matrix4::FromAxisAngle(row.axis, row.degrees * kRadiansPerDegree, {10, 20, 30});
         ExpectNear(Moved(row.point, matrix), row.moved);
     }
+    EXPECT_EQ(Matrix4::FromAxisAngle({1, 1, 4}, 90 * kRadiansPerDegree, {}).m[1], 0x1.ff29a8p-1F)
+        << "to the last bit: taken in double it would end in a6";
 }
 
 TEST(Matrix4, ProductActsFromTheLeft) {
