@@ -97,7 +97,7 @@ File* MacOSXDirectory::OpenFile(const String& name, const AccessStyle* style, bo
     }
     if (handle == nullptr) return nullptr;
     if (truncateTo != nullptr && !CutTo(*handle, *truncateTo)) return nullptr;
-    return new MacOSXFile(name, this, *style, path.Get(), std::move(handle));
+    return new MacOSXFile(name, this, path.Get(), std::move(handle));
 }
 
 bool MacOSXDirectory::Remove(const String& name, bool force) {

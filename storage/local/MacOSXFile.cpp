@@ -12,9 +12,9 @@ namespace ZEMA {
 using Foundation::NSException;
 using Foundation::NSFileHandle;
 
-MacOSXFile::MacOSXFile(const String& name, Directory* parent, AccessStyle style, CFStringRef nativePath,
+MacOSXFile::MacOSXFile(const String& name, Directory* parent, CFStringRef nativePath,
                        std::unique_ptr<NSFileHandle> handle)
-    : File(name, parent), style_(style), handle_(std::move(handle)), path_(nativePath) {}
+    : File(name, parent), handle_(std::move(handle)), path_(nativePath) {}
 
 MacOSXFile::~MacOSXFile() = default;
 

@@ -19,11 +19,9 @@ namespace ZEMA {
 //          came; a write that fails tells 0, whatever part of it reached the disk.
 class MacOSXFile : public File {
 public:
-    // `nativePath` is absolute and is where `handle` was opened with `style`.
-    MacOSXFile(const String& name, Directory* parent, AccessStyle style, CFStringRef nativePath,
+    // `nativePath` is absolute and is where `handle` was opened.
+    MacOSXFile(const String& name, Directory* parent, CFStringRef nativePath,
                std::unique_ptr<Foundation::NSFileHandle> handle);
-
-    AccessStyle Style() const { return style_; }
 
     bool SetFlags(const ElementFlags* flags) override;
     ElementFlags GetFlags() override;
@@ -43,7 +41,6 @@ protected:
     ~MacOSXFile() override;
 
 private:
-    AccessStyle style_;
     std::unique_ptr<Foundation::NSFileHandle> handle_;
     OpenPathRegistry::Entry path_;  // goes before the handle is closed
 };
