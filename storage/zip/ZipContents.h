@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 
 #include "storage/File.h"
 #include "storage/zip/ZipFileHeader.h"
@@ -17,6 +19,12 @@ namespace ZEMA {
 // encrypted member, for data that does not unpack, and when memory runs out. Neither the checksum nor the unpacked
 // length is compared; bytes that the data does not give are zero.
 [[nodiscard]] bool LoadContents(File& archive, ZipFileHeader& member);
+
+// Bytes in one block of memory, which goes with them.
+struct FreeBlock {
+    void operator()(void* block) const { std::free(block); }
+};
+using MallocBytes = std::unique_ptr<unsigned char, FreeBlock>;
 
 // Contents ready to be written into the archive.
 struct PackedContents {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "storage/zip/ZipContents.h"
 #include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {

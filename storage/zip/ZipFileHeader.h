@@ -3,8 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 
 #include "core/BasicArray.h"
 #include "core/Object.h"
@@ -75,11 +73,7 @@ protected:
 // touch of every small page costs more than unpacking into it.
 void* MallocBlock(std::size_t size);
 
-struct FreeBlock {
-    void operator()(void* block) const { std::free(block); }
-};
-using MallocBytes = std::unique_ptr<unsigned char, FreeBlock>;
-
+// How a block for contents is had: null when there is no memory. The block goes with `free`.
 using AllocateBlock = void* (*)(std::size_t size);
 
 // Appends segments for at least `size` more bytes, whose contents are not defined. One block for all of them where
