@@ -61,6 +61,10 @@ ElementTimes Directory::GetTimes() {
     return {};
 }
 
+bool Directory::SetAttributes(const ElementFlags* flags, const ElementTimes* times) {
+    return SetTimes(times) && SetFlags(flags);
+}
+
 Directory* Directory::CreateChildObject(const String&) {
     return nullptr;
 }

@@ -13,6 +13,7 @@ namespace {
 constexpr std::uint64_t kChunkSize = 0x20000;
 constexpr std::uint64_t kReserveSize = 0x1000;  // in place of a chunk where there is no memory
 
+// Two places in one file and the bytes that go from one to the other.
 struct Move {
     File& file;
     std::uint64_t from;
@@ -35,6 +36,10 @@ bool File::SetTimes(const ElementTimes*) {
 
 ElementTimes File::GetTimes() {
     return {};
+}
+
+bool File::SetAttributes(const ElementFlags* flags, const ElementTimes* times) {
+    return SetTimes(times) && SetFlags(flags);
 }
 
 std::uint64_t GetSize(File& file) {

@@ -11,11 +11,12 @@ namespace ZEMA {
 //
 // The virtual operations are called with StorageMutex held: use the functions below the class instead. A back end
 // writes either ReadAt in terms of Seek and Read, or Read in terms of ReadAt at the current position; the same for
-// writing. `done`, where not null, receives the bytes moved, also by a call that fails.
+// writing. `done`, where not null, receives how many bytes were moved. After a failed read it counts those that came,
+// after a failed write it may be 0 although some reached the storage.
 class File : public DirectoryElement {
 public:
-    // Attributes. The base answers "readable", false, and unknown times; SetAttributes sets the times first and the
-    // flags only if that succeeded.
+    // Attributes. The base answers "readable", false, and unknown times. SetAttributes sets the times first, since a
+    // change of flags may take away the right to set them, and the flags only if that succeeded.
     virtual ElementFlags GetFlags();
     virtual bool SetTimes(const ElementTimes* times);  // a back end may ignore the time of access
     virtual ElementTimes GetTimes();
