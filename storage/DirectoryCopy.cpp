@@ -24,7 +24,7 @@ std::size_t DepthOf(const DirectoryElement& element) {
     return depth;
 }
 
-// Two objects may stand for one place; its path tells.
+// Two objects may stand for one place. Their paths tell, as far as no link of the local file system leads there too.
 bool IsSamePlace(const DirectoryElement* a, const DirectoryElement* b) {
     while (a != b) {
         if (a == nullptr || b == nullptr || !EqualNoCase(a->Name(), b->Name())) return false;
@@ -73,8 +73,8 @@ bool CopyAttributes(Element& source, Element& destination) {
     return destination.SetAttributes(&flags, &times);
 }
 
-// One copy with all that it leads to. The directories that are being copied stand in a list of their own rather than
-// on the stack, since the storage decides how deep they go.
+// One copy with all that it leads to. Stops at the first failure. The directories that are being copied stand in a list
+// of their own rather than on the stack, since the storage decides how deep they go.
 class TreeCopy {
 public:
     TreeCopy(bool overwrite, bool force) : overwrite_(overwrite), force_(force) {}
@@ -88,6 +88,7 @@ public:
     }
 
 private:
+    // A directory on the way down, and the one that is made of it.
     struct Level {
         RefPointer<Directory> source;
         RefPointer<Directory> destination;

@@ -14,7 +14,7 @@ namespace ZEMA {
 // regard to case.
 //
 // Every operation takes StorageMutex for its whole run; failure is null or false. Storage factories are asked with the
-// lock held and may follow paths themselves; see ResolutionMemo for what a path of many missing components costs.
+// lock held and may follow paths themselves; see storage/Resolution.h for what a path of many missing components costs.
 
 // The root of the tree, made on first use and kept by the object registry.
 RefPointer<Directory> GetRootDirectory();

@@ -46,6 +46,7 @@ public:
     void ForgetAnswers(Directory& base);
 
 private:
+    // What is known of the answer to a question.
     enum class State { Unknown, Asking, Refused, Answered };
 
     // A tree of components below each base, in one array. A base is nobody's child, and the first node is one: 0 ends a

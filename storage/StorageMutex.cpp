@@ -3,6 +3,7 @@
 namespace ZEMA {
 namespace {
 
+// A mutex that its holder may take again.
 class RecursiveMutex {
 public:
     RecursiveMutex() {

@@ -71,7 +71,7 @@ ElementTimes TimesOf(const NSFileAttributes& attributes) {
     return times;
 }
 
-// Both looks at an item that flags need.
+// Both looks at an item that flags need: one through links, one at the item itself.
 struct Item {
     explicit Item(CFStringRef path)
         : exists(NSFileManager::defaultManager().fileExistsAtPath(path, &isDirectory)),

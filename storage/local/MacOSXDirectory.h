@@ -34,7 +34,7 @@ public:
     File* OpenFile(const String& name, const AccessStyle* style, bool create, const std::uint64_t* truncateTo) override;
 
     // Refused while an object is open at the child's path. With `force`, the directories in it are made writable for
-    // their owner first; links go without their targets.
+    // their owner first, and what has no flags, as a link without a target, is refused. Links go without their targets.
     bool Remove(const String& name, bool force) override;
     bool Rename(const String& oldName, const String& newName) override;  // refused when the new name is taken
 

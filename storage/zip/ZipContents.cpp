@@ -23,6 +23,7 @@ constexpr int kMemoryLevel = 9;
 constexpr std::uint64_t kMostExpansion = 1032;
 constexpr std::uint64_t kExpansionSlack = 65536;
 
+// A stream of zlib that unpacks, ended with its scope.
 class Inflater {
 public:
     Inflater() { ready_ = inflateInit2_(&stream, kRawDeflate, kZlibVersion, sizeof(z_stream)) == Z_OK; }
@@ -39,6 +40,7 @@ private:
     bool ready_;
 };
 
+// As above, one that packs.
 class Deflater {
 public:
     Deflater() {

@@ -16,6 +16,7 @@ bool IsUsable(const String& text) {
     return IsPlainName(text) && text.Find('\0') == npos;
 }
 
+// Whether a path leads to a directory, to none that a member could stand in, or cannot be an archive's.
 enum class PathKind { Usable, Unusable, Broken };
 
 // Cuts a path, each part of which is followed by "/", into its parts.

@@ -13,13 +13,16 @@ namespace ZEMA {
 //
 // A name is ASCII or else UTF-8 text. Each part before a "/" is a directory, made where it is missing; what follows the
 // last "/" is a file, unless a node of that name is there already; nothing behind it makes the member the directory's
-// own. A member gets no node when its name cannot be decoded or is empty, or when a part is "." or ".." or holds a zero
-// character: no path reaches such a name, and copying it out of the archive would lead astray.
+// own. A byte-order mark in front of a part and one zero byte at its end are not part of the text: the node goes
+// without them, and so may have the name of another member. A member gets no node, and neither do the directories on
+// its way, when its name is empty or a part cannot be decoded, is "." or "..", or holds another zero character: no path
+// reaches such a name, and copying it out of the archive would lead astray.
 class ZipNamePlacer {
 public:
     explicit ZipNamePlacer(ZipTreeNode& root) : root_(root), lastFolder_(&root) {}
 
-    // False for a name that no archive may hold: one with an empty part before a "/".
+    // False for a name that no archive may hold: one with an empty part before a "/", unless the name cannot be
+    // decoded.
     [[nodiscard]] bool Place(std::string_view name, ZipFileHeader& member);
 
 private:

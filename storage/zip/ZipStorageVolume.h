@@ -105,7 +105,7 @@ protected:
     ~ZipStorageVolume() override;
 
 private:
-    struct Cut;  // a range that is to go
+    struct Cut;  // a range of the archive that is to go
 
     void Link(ZipFileHeader& member);
     void Unlink(ZipFileHeader& member);
