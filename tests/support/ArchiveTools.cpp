@@ -43,4 +43,12 @@ std::vector<std::string> ToolsThatRefuse(const std::string& path, bool empty) {
     return refusing;
 }
 
+std::string MissingTools() {
+    std::string missing;
+    for (const char* tool : {"unzip", "python3", "7z", "bsdtar", "zip"}) {
+        if (!HaveTool(tool)) missing += std::string(" ") + tool;
+    }
+    return missing;
+}
+
 }  // namespace ZEMA::testing

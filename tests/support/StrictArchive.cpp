@@ -13,32 +13,27 @@ void Demand(bool holds, const std::string& what) {
     if (!holds) throw std::runtime_error(what);
 }
 
-class Reader {
-public:
-    explicit Reader(const std::string& bytes) : bytes_(bytes) {}
+struct Reader {
+    const std::string& bytes;
 
+    std::string Cut(std::size_t offset, std::size_t size) const {
+        Demand(offset <= bytes.size() && size <= bytes.size() - offset, "a record reaches behind the end");
+        return bytes.substr(offset, size);
+    }
     std::uint32_t Get(std::size_t offset, std::size_t width) const {
         const std::string field = Cut(offset, width);
         std::uint32_t value = 0;
         for (std::size_t i = width; i-- > 0;) value = value << 8 | static_cast<unsigned char>(field[i]);
         return value;
     }
-    std::string Cut(std::size_t offset, std::size_t size) const {
-        Demand(offset <= bytes_.size() && size <= bytes_.size() - offset, "a record reaches behind the end");
-        return bytes_.substr(offset, size);
-    }
-
-private:
-    const std::string& bytes_;
 };
 
-std::string Inflate(const std::string& packed, std::size_t size) {
+std::string Inflate(std::string packed, std::size_t size) {
     z_stream stream{};
     std::string bytes(size + 1, '\0');
-    std::string input = packed;
     Demand(inflateInit2(&stream, -15) == Z_OK, "no inflater");
-    stream.next_in = reinterpret_cast<Bytef*>(input.data());
-    stream.avail_in = static_cast<uInt>(input.size());
+    stream.next_in = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_in = static_cast<uInt>(packed.size());
     stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
     stream.avail_out = static_cast<uInt>(bytes.size());
     const int result = inflate(&stream, Z_FINISH);
@@ -59,25 +54,23 @@ std::string ReadMember(const Reader& archive, std::size_t central, const std::st
     const std::size_t size = archive.Get(central + 24, 4);
     Demand(archive.Get(local, 4) == 0x04034B50, name + ": no local header");
     Demand(archive.Cut(local + 30, archive.Get(local + 26, 2)) == name, name + ": another name in the local header");
-    Demand(archive.Get(local + 6, 2) == flags && archive.Get(local + 8, 2) == method, name + ": headers disagree");
-    if ((flags & 8) == 0) {
-        Demand(archive.Cut(local + 14, 12) == archive.Cut(central + 16, 12), name + ": sums disagree");
-    }
+    Demand(archive.Cut(local + 6, 4) == archive.Cut(central + 8, 4), name + ": flags or methods disagree");
+    Demand((flags & 8) != 0 || archive.Cut(local + 14, 12) == archive.Cut(central + 16, 12), name + ": sums disagree");
     const std::size_t data = local + 30 + archive.Get(local + 26, 2) + archive.Get(local + 28, 2);
     spans[local] = data + packedSize + ((flags & 8) != 0 ? 12 : 0);
     const std::string packed = archive.Cut(data, packedSize);
     Demand(method == 0 || method == 8, name + ": unknown method");
     const std::string contents = method == 8 ? Inflate(packed, size) : packed;
     Demand(contents.size() == size, name + ": stored with two sizes");
-    const auto* bytes = reinterpret_cast<const Bytef*>(contents.data());
-    Demand(crc32(0, bytes, static_cast<uInt>(size)) == archive.Get(central + 16, 4), name + ": wrong checksum");
+    const uLong crc = crc32_z(0, reinterpret_cast<const Bytef*>(contents.data()), size);
+    Demand(crc == archive.Get(central + 16, 4), name + ": wrong checksum");
     return contents;
 }
 
 }  // namespace
 
 std::map<std::string, std::string> ReadStrictly(const std::string& bytes) {
-    const Reader archive(bytes);
+    const Reader archive{bytes};
     const std::size_t end = bytes.rfind("PK\5\6");
     Demand(end != std::string::npos, "no end record");
     Demand(end + 22 + archive.Get(end + 20, 2) == bytes.size(), "bytes behind the comment");

@@ -15,8 +15,8 @@ namespace ZEMA::testing {
 // Made empty, under a real path without links, and removed with all that the test left in it.
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "wqf-XXXXXX").string();
+    explicit TemporaryFolder(const std::filesystem::path& around = std::filesystem::temp_directory_path()) {
+        std::string name = (std::filesystem::canonical(around) / "wqf-XXXXXX").string();
         if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder: " + name);
         path_ = name;
     }
