@@ -1,4 +1,5 @@
-#include "StorageTest.h"
+// The generic copy, and moving by it.
+#include "tests/storage/StorageTest.h"
 
 namespace ZEMA::testing {
 namespace {
@@ -43,7 +44,7 @@ TEST_F(DirectoryCopy, AsksBeforeItOverwritesAndForces) {
         SCOPED_TRACE(row.what);
         MemoryNode& old = *volume.Put("dst/old", "old contents");
         if (row.isProtected) old.flags.bits = ElementFlags::kReadable;
-        volume.refusesWriting = row.refuses;
+        volume.refused = row.refuses ? "write" : "";
         const bool copies = row.log.size() > 1 && !row.refuses;
         EXPECT_EQ(Copy("x.wqf", "mem/dst", "old", row.overwrite, row.force), copies);
         EXPECT_EQ(old.bytes, copies ? "archive" : "old contents");

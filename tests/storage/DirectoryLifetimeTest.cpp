@@ -1,8 +1,13 @@
+// How long directories are found, and what waits for the lock of the tree.
 #include <atomic>
+#include <chrono>
 #include <new>
 #include <thread>
 
-#include "StorageTest.h"
+#include "storage/Path.h"
+#include "storage/RootDirectory.h"
+#include "storage/StorageMutex.h"
+#include "tests/storage/StorageTest.h"
 
 namespace ZEMA::testing {
 namespace {
@@ -44,21 +49,57 @@ TEST_F(DirectoryLifetime, LetsGoOfDeepChains) {
     EXPECT_TRUE(mem->GetOpenChildren().Empty());
 }
 
-// A directory that is let go of here while it is looked up there is either found whole or not at all.
-TEST_F(DirectoryLifetime, ReleasesAndFindsFromTwoThreads) {
-    volume.Put("a/b", nullptr);
-    std::atomic<int> missed{0};
-    const auto resolve = [&] {
-        for (int round = 0; round < 3000; ++round) {
-            const RefPointer<Directory> found = OpenDirectory(*mem, "a/b", false);
-            if (!found || GetParent(*found) == nullptr) ++missed;
-        }
+// Otherwise a directory that is let go of here could be found there while it dies.
+TEST_F(DirectoryLifetime, AnotherThreadWaitsForTheLock) {
+    volume.Put("a/f", "text");
+    RefPointer<Directory> a = Open("mem/a");
+    const RefPointer<File> file = OpenFile(*mem, "a/f", &kReadWriteStyle, false, nullptr);
+    RefPointer<Directory> made;
+    char bytes[2];
+    Path path;
+    BasicArray<String> components;
+    const struct {
+        const char* what;
+        std::function<void()> call;
+    } rows[] = {
+        {"a directory made", [&] { made = New<Directory>("made", mem.Get()); }},
+        {"an alias", [&] { AddAlias(*a, "alias"); }},
+        {"the parent", [&] { EXPECT_EQ(GetParent(*a), mem); }},
+        {"the full path", [&] { EXPECT_EQ(PathOf(a), "mem/a"); }},
+        {"the root", [&] { EXPECT_EQ(GetRootDirectory(), root); }},
+        {"a walk through what is open", [&] { FindOpenDirectory(*mem, components); }},
+        {"a path through a volume", [&] { dynamic_cast<RootDirectory&>(*root).OpenPath("mem", false); }},
+        {"a path set", [&] { path.Set(*a); }},
+        {"a path joined", [&] { path.Append("f"); }},
+        {"reading", [&] { EXPECT_TRUE(Read(*file, 2, bytes)); }},
+        {"reading at an offset", [&] { EXPECT_TRUE(ReadAt(*file, 0, 2, bytes)); }},
+        {"writing", [&] { EXPECT_TRUE(Write(*file, 2, "ab")); }},
+        {"writing at an offset", [&] { EXPECT_TRUE(WriteAt(*file, 0, 2, "ab")); }},
+        {"the size", [&] { EXPECT_EQ(GetSize(*file), 4u); }},
+        {"a new size", [&] { EXPECT_TRUE(SetSize(*file, 4)); }},
+        {"the position", [&] { EXPECT_EQ(GetPosition(*file), 2u); }},
+        {"a new position", [&] { EXPECT_TRUE(Seek(*file, 0)); }},
+        {"the last release", [&] { made.Reset(); }},
     };
-    std::thread other(resolve);
-    resolve();
-    other.join();
-    EXPECT_EQ(missed, 0);
-    EXPECT_TRUE(mem->GetOpenChildren().Empty());
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        std::atomic<bool> started{false}, done{false};
+        const std::size_t openBefore = mem->GetOpenChildren().Size();
+        std::thread other;
+        {
+            const StorageLock lock;
+            other = std::thread([&] {
+                started = true;
+                row.call();
+                done = true;
+            });
+            while (!started) std::this_thread::yield();
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            EXPECT_FALSE(done);
+            EXPECT_EQ(mem->GetOpenChildren().Size(), openBefore) << "nor has it done its work already";
+        }
+        other.join();
+    }
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
+// Following paths: through what is open, through the storage, into archives.
 #include <algorithm>
 
-#include "StorageTest.h"
 #include "storage/RootDirectory.h"
+#include "tests/storage/StorageTest.h"
 
 namespace ZEMA::testing {
 namespace {
@@ -14,7 +15,7 @@ protected:
         archive.Put("models/deep/f", "inside");
     }
 
-    void RegisterArchives() { Register<MemoryDirectory>("zip", FactoryRank::Selective, MountArchives(archive)); }
+    void RegisterArchives() { Register<MemoryVolume>("zip", FactoryRank::Selective, MountArchives(archive)); }
     std::ptrdiff_t Mounts() const { return std::count(archive.log.begin(), archive.log.end(), "mount doc.wqf"); }
 };
 
@@ -44,7 +45,7 @@ TEST_F(DirectoryResolve, AsksFromTheWholePathDownAndSelectiveFactoriesFirst) {
     const auto refuse = [](const Directory::OpenArgs&) -> Object* { return nullptr; };
     // Registered the other way round; asked by rank.
     Register<RootDirectory>("local", FactoryRank::General, refuse);
-    Register<MemoryDirectory>("zip", FactoryRank::Selective, refuse);
+    Register<MemoryVolume>("zip", FactoryRank::Selective, refuse);
     EXPECT_EQ(Open("mem/x/y"), nullptr);
     EXPECT_EQ(asked, EventLog({"zip: mem > x/y", "local: mem > x/y", "zip: mem > x", "local: mem > x"}));
 }
@@ -69,7 +70,7 @@ TEST_F(DirectoryResolve, MountsWhatTheDirectoryRunsInto) {
 // Read literally, the mounting rule makes the calls double with every missing component.
 TEST_F(DirectoryResolve, PutsEachQuestionOnceAndNestsThemNotTooDeep) {
     int nesting = 0;
-    Register<MemoryDirectory>("zip", FactoryRank::Selective, [&](const Directory::OpenArgs& question) {
+    Register<MemoryVolume>("zip", FactoryRank::Selective, [&](const Directory::OpenArgs& question) {
         EXPECT_LE(++nesting, 100);
         Object* const answer = MountArchives(archive)(question);
         --nesting;
@@ -90,7 +91,7 @@ TEST_F(DirectoryResolve, PutsEachQuestionOnceAndNestsThemNotTooDeep) {
 }
 
 TEST_F(DirectoryResolve, EndsWhenAFactoryAsksItsOwnQuestion) {
-    Register<MemoryDirectory>("echo", FactoryRank::Selective, [](const Directory::OpenArgs& question) -> Object* {
+    Register<MemoryVolume>("echo", FactoryRank::Selective, [](const Directory::OpenArgs& question) -> Object* {
         EXPECT_FALSE(OpenDirectory(*question.base, question.components, false));
         return nullptr;
     });

@@ -1,11 +1,50 @@
+// Paths as texts, and what is done by a path.
 #include "storage/PathOperations.h"
 
-#include "StorageTest.h"
+#include <tuple>
+
 #include "storage/Path.h"
 #include "storage/RootDirectory.h"
+#include "tests/storage/StorageTest.h"
 
 namespace ZEMA::testing {
 namespace {
+
+TEST(NormalizeComponents, ResolvesDots) {
+    const char* rows[][2] = {
+        {"a/./b/../c", "a/c"}, {"../x", "../x"}, {"a/../../x", "../x"}, {"../../x/..", "../.."},    {"a/b/../..", ""},
+        {"./.", ""},           {"a//b", "a//b"}, {"a//..", "a"},        {"..a/.b/c.", "..a/.b/c."},
+    };
+    for (const auto& [path, normalized] : rows) {
+        BasicArray<String> components;
+        SplitPath(path, components);
+        NormalizeComponents(components);
+        EXPECT_EQ(Bytes(components), normalized) << path;
+    }
+}
+
+TEST(MatchPattern, TakesTheFirstOccurrence) {
+    const std::tuple<const char*, const char*, bool> rows[] = {
+        {"ABC", "abc", true},
+        {"abc", "ab", false},
+        {"", "", true},
+        {"a", "", false},
+        {"", "*", true},
+        {"abc", "**", true},
+        {"abc", "a*c", true},
+        {"aba", "*a", false},  // the first "a" does not end the name
+        {"xABc", "*b*", true},
+        {"abc", "*b*d*", false},
+        {"aXbXc", "a*x*c", true},
+        {"a", "a*a", false},  // what the start took is not there any more
+        {"ab", "b*", false},
+        {"stra\303\237e.x", "strasse*X", true},  // one letter stands for two
+        {"strasse", "*\303\237e", true},
+    };
+    for (const auto& [name, pattern, matches] : rows) {
+        EXPECT_EQ(MatchPattern(FromUtf8(name), FromUtf8(pattern)), matches) << name << " against " << pattern;
+    }
+}
 
 class PathOperations : public StorageTest {
 protected:
@@ -57,9 +96,9 @@ TEST_F(PathOperations, OpensFiles) {
 
 TEST_F(PathOperations, ListOpenDirectoriesFirst) {
     EXPECT_EQ(Listed("mem/a/*F"), "doc.wqf,f");
-    Register<MemoryDirectory>("zip", FactoryRank::Selective, MountArchives(archive));
+    Register<MemoryVolume>("zip", FactoryRank::Selective, MountArchives(archive));
     const RefPointer<Directory> mounted = Open("mem/a/doc.wqf");
-    const RefPointer<Directory> volumeOnly = New<MemoryDirectory>("b", Open("mem/a").Get(), archive, *archive.top);
+    const RefPointer<Directory> volumeOnly(MountVolume("b", Open("mem/a").Get(), archive));
     EXPECT_EQ(Listed("mem/a/*"), "b/,doc.wqf/,f,sub/");  // a directory, once, and not under its alias
     EXPECT_EQ(Listed("mem/a/D*"), "doc.wqf/");
     EXPECT_EQ(Listed("*"), "false: mem/");  // the root's own answer

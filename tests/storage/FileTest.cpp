@@ -1,11 +1,14 @@
-#include "StorageTest.h"
+// What files and directories do by themselves: moves inside a file, attributes, answers of the base classes.
+#include "storage/File.h"
+
+#include "tests/storage/StorageTest.h"
 
 namespace ZEMA::testing {
 namespace {
 
 constexpr std::uint64_t kChunk = 0x20000;
 
-class MoveRangeTest : public StorageTest {
+class FileTest : public StorageTest {
 protected:
     // A file whose bytes tell their place.
     RefPointer<File> MakeFile(std::size_t size) {
@@ -16,7 +19,7 @@ protected:
     std::string& bytes_ = volume.Put("f", "")->bytes;
 };
 
-TEST_F(MoveRangeTest, MovesOverlappingRanges) {
+TEST_F(FileTest, MovesOverlappingRanges) {
     const struct {
         const char* what;
         std::uint64_t size, from, to, length;
@@ -37,11 +40,35 @@ TEST_F(MoveRangeTest, MovesOverlappingRanges) {
         EXPECT_TRUE(MoveRange(*file, row.from, row.to, row.length));
         EXPECT_TRUE(bytes_ == expected);
     }
+    EXPECT_FALSE(MoveRange(*MakeFile(10), 0, ~std::uint64_t{0} - 3, 4 + 1)) << "to where no offset leads";
+    EXPECT_EQ(bytes_.size(), 10u);
 }
 
-TEST_F(MoveRangeTest, EndsBehindNoOffset) {
-    EXPECT_FALSE(MoveRange(*MakeFile(10), 0, ~std::uint64_t{0} - 3, 4 + 1));
-    EXPECT_EQ(bytes_.size(), 10u);
+TEST_F(FileTest, AttributesAreSetTimesFirst) {
+    const ElementFlags flags{0x2F};
+    const ElementTimes times{1, 2, 3};
+    const auto check = [&](auto& element) {
+        const std::string name = Bytes(element.Name());
+        for (const char* refused : {"", "times", "flags"}) {
+            SCOPED_TRACE(name + " refuses " + refused);
+            volume.log.clear();
+            volume.refused = refused;
+            EXPECT_EQ(element.SetAttributes(&flags, &times), volume.refused.empty());
+            EventLog expected = {"times " + name, "flags " + name};
+            if (volume.refused == "times") expected.pop_back();
+            EXPECT_EQ(volume.log, expected);
+        }
+    };
+    check(*MakeFile(0));
+    check(*mem);
+}
+
+TEST_F(FileTest, HasFlagsAlsoWhereAStorageTellsNone) {
+    const RefPointer<File> file = MakeFile(0);
+    EXPECT_EQ(file->File::GetFlags().bits, 0x02);
+    EXPECT_EQ(file->File::GetTimes(), ElementTimes());
+    EXPECT_EQ(mem->Directory::GetFlags().bits, 0x03);
+    EXPECT_EQ(mem->Directory::GetTimes(), ElementTimes());
 }
 
 }  // namespace
