@@ -27,6 +27,21 @@ inline mode_t ModeOf(const std::string& path) {
     return status.st_mode & 07777;
 }
 
+// While it stands, permissions bind the process also where the tests run as root. The folder is then its own.
+class OrdinaryUser {
+public:
+    explicit OrdinaryUser(const testing::TemporaryFolder& folder) {
+        if (geteuid() != 0) return;
+        EXPECT_EQ(chown(folder.Path().c_str(), kNobody, kNobody), 0);
+        EXPECT_EQ(seteuid(kNobody), 0);
+    }
+    ~OrdinaryUser() { EXPECT_EQ(seteuid(getuid()), 0); }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+    static constexpr uid_t kNobody = 65534;
+};
+
 // Stands while the local file system is mounted; `folder` is open as `directory`.
 struct LocalTree {
     LocalTree() {

@@ -13,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
+constexpr std::uint64_t kSomeDay = 133'000'000'000'000'000;  // a whole second
 
 // Makes a file or a folder of that mode under the name "item".
 void MakeItem(const testing::TemporaryFolder& folder, bool isDirectory, mode_t mode) {
@@ -36,8 +37,7 @@ TEST(MacOSXAttributes, ReadsFlagsFromTheOwnersPermissions) {
         ElementFlags flags{row.before};
         EXPECT_TRUE(tree.directory->GetChildFlags("item", &flags));
         EXPECT_EQ(flags.bits, row.flags);
-        EXPECT_FALSE(tree.directory->GetChildFlags("missing", &flags));
-        EXPECT_EQ(flags.bits, row.flags);
+        EXPECT_TRUE(!tree.directory->GetChildFlags("missing", &flags) && flags.bits == row.flags);
     }
 }
 
@@ -71,11 +71,54 @@ TEST(MacOSXAttributes, WritesThemBackAndLeavesTheOthersAlone) {
     }
 }
 
+TEST(MacOSXAttributes, AreThoseOfTheOwnPath) {
+    const LocalTree tree;
+    const auto check = [&](const char* name, auto& element, std::uint8_t flagsToSet, mode_t mode) {
+        SCOPED_TRACE(name);
+        const ElementFlags flags{flagsToSet};
+        const ElementTimes times{kSomeDay, kSomeDay, 0};
+        EXPECT_TRUE(element.SetTimes(&times) && element.SetFlags(&flags));
+        EXPECT_EQ(ModeOf(tree.folder / name), mode);
+        EXPECT_EQ(element.GetFlags().bits, flagsToSet | ElementFlags::kExecutable);
+        EXPECT_EQ(element.GetTimes().modified, kSomeDay);
+        fs::remove(tree.folder / name);
+        EXPECT_FALSE(element.SetTimes(&times) || element.SetFlags(&flags)) << "nothing is there any more";
+        EXPECT_EQ(element.GetFlags(), ElementFlags());
+        EXPECT_EQ(element.GetTimes(), ElementTimes());
+    };
+    chmod(tree.folder.Write("file", "").c_str(), 0604);
+    check("file", *tree.OpenFile("file", kReadStyle), 0x22, 0504);
+    ASSERT_EQ(mkdir((tree.folder / "folder").c_str(), 0705), 0);
+    check("folder", *tree.Open(tree.folder / "folder"), 0x03, 0505);
+}
+
+// The first and the last tick stand for what is out of reach.
+TEST(MacOSXAttributes, ClampsDates) {
+    const LocalTree tree;
+    const bool hasMemory = fs::exists("/dev/shm");  // whose dates are not limited as those of most disks are
+    const testing::TemporaryFolder folder(hasMemory ? fs::path("/dev/shm") : fs::temp_directory_path());
+    const std::string path = folder.Write("file", "");
+    const struct {
+        time_t seconds;
+        std::uint64_t ticks;
+    } rows[] = {{-20'000'000'000, 0}, {2'000'000'000'000, ~std::uint64_t{0}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.seconds);
+        const timespec times[] = {{row.seconds, 0}, {row.seconds, 0}};
+        struct stat status = {};
+        ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0) + stat(path.c_str(), &status), 0);
+        if (status.st_mtime != row.seconds) GTEST_SKIP() << "no file system here keeps such dates";
+        ElementTimes read;
+        EXPECT_TRUE(tree.Open(folder.Path().string())->GetChildTimes("file", &read));
+        EXPECT_EQ(read.modified, row.ticks);
+    }
+}
+
 TEST(MacOSXAttributes, WritesTwoTimesAndReadsThree) {
     const LocalTree tree;
     tree.folder.Write("file", "");
     // A whole second comes back exactly, a finer tick as near as doubles since 1601 come.
-    for (const std::uint64_t ticks : {133'000'000'000'000'000ull, 133'000'000'001'234'567ull}) {
+    for (const std::uint64_t ticks : {kSomeDay, kSomeDay + 1'234'567}) {
         const ElementTimes written{ticks - kTicksPerSecond, ticks, 5};
         ASSERT_TRUE(tree.directory->SetChildTimes("file", &written));
         const ElementTimes times = tree.OpenFile("file", kReadStyle)->GetTimes();

@@ -1,5 +1,7 @@
 #include "storage/local/MacOSXDirectory.h"
 
+#include <fcntl.h>
+
 #include <filesystem>
 
 #include "tests/storage/local/LocalTree.h"
@@ -54,15 +56,59 @@ TEST(MacOSXDirectory, RemovesOnlyWhatNobodyHasOpen) {
     EXPECT_TRUE(fs::exists(tree.folder / "folder/below"));
 }
 
-TEST(MacOSXDirectory, ForceMakesTheTreeWritableFirst) {
-    if (geteuid() == 0) GTEST_SKIP() << "permissions do not bind root";
+TEST(MacOSXDirectory, ForceMakesFoldersWritableForTheirOwnerAndNothingElse) {
     const LocalTree tree;
+    const OrdinaryUser user(tree.folder);
     for (const char* name : {"folder", "folder/a", "folder/a/b"}) fs::create_directory(tree.folder / name);
-    tree.folder.Write("folder/a/b/file", "");
+    chmod(tree.folder.Write("folder/a/b/file", "").c_str(), 0400);
+    fs::create_hard_link(tree.folder / "folder/a/b/file", tree.folder / "file");
     for (const char* name : {"folder/a/b", "folder/a", "folder"}) chmod((tree.folder / name).c_str(), 0555);
+    const int a = open((tree.folder / "folder/a").c_str(), O_RDONLY);
     EXPECT_FALSE(tree.directory->Remove("folder", false));
     EXPECT_TRUE(tree.directory->Remove("folder", true));
     EXPECT_FALSE(fs::exists(tree.folder / "folder"));
+    EXPECT_EQ(ModeOf(tree.folder / "file"), 0400u);
+    struct stat status = {};
+    EXPECT_TRUE(fstat(a, &status) == 0 && close(a) == 0);
+    EXPECT_EQ(status.st_mode & 07777, 0755u);
+}
+
+TEST(MacOSXDirectory, ForceEndsAtTheFirstRefusal) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can make what belongs to somebody else";
+    const LocalTree tree;
+    fs::create_directories(tree.folder / "folder/foreign");
+    tree.folder.Write("folder/file", "");
+    ASSERT_EQ(chown((tree.folder / "folder").c_str(), OrdinaryUser::kNobody, OrdinaryUser::kNobody), 0);
+    const OrdinaryUser user(tree.folder);
+    EXPECT_FALSE(tree.directory->Remove("folder", true));
+    EXPECT_TRUE(fs::exists(tree.folder / "folder/file"));
+}
+
+// To the tree an empty folder and one that cannot be read differ in IsEmpty alone.
+TEST(MacOSXDirectory, CopiesNoFolderThatItCannotRead) {
+    const LocalTree tree;
+    const OrdinaryUser user(tree.folder);
+    fs::create_directories(tree.folder / "source/inner");
+    EXPECT_TRUE(tree.directory->Copy("source", tree.directory.Get(), "copy", false, false));
+    EXPECT_TRUE(fs::is_directory(tree.folder / "copy/inner"));
+    chmod((tree.folder / "source/inner").c_str(), 0300);
+    EXPECT_FALSE(tree.directory->Copy("source", tree.directory.Get(), "other", false, false));
+}
+
+TEST(MacOSXDirectory, TakesALinkWithoutATargetForNothing) {
+    const LocalTree tree;
+    fs::create_symlink("nowhere", tree.folder / "link");
+    ElementFlags flags{0xFF};
+    EXPECT_FALSE(tree.directory->HasFile("link") || tree.OpenFile("link", kReadStyle));
+    EXPECT_FALSE(tree.directory->GetChildFlags("link", &flags) || tree.directory->SetChildFlags("link", &flags));
+    EXPECT_EQ(flags.bits, 0xFF);
+    Listing listing;
+    ASSERT_TRUE(tree.directory->List("*", &listing));
+    EXPECT_EQ(listing.begin()->flags.bits, 0) << "it is listed all the same";
+    EXPECT_NE(listing.begin()->times, ElementTimes());
+    EXPECT_FALSE(tree.directory->Remove("link", true)) << "no flags to lift";
+    EXPECT_TRUE(tree.directory->Remove("link", false));
+    EXPECT_FALSE(fs::is_symlink(tree.folder / "link"));
 }
 
 TEST(MacOSXDirectory, ListsWithFlagsTimesAndSizes) {

@@ -1,6 +1,7 @@
 #include "storage/local/MacOSXStorageFactory.h"
 
 #include <cstdlib>
+#include <memory>
 
 #include "storage/local/OpenPathRegistry.h"
 #include "tests/storage/local/LocalTree.h"
@@ -23,8 +24,14 @@ TEST(MacOSXStorageFactory, MountsTheFileSystemOnceWhileItIsAttached) {
     file.Reset();
     tree.directory.Reset();
     EXPECT_FALSE(tree.Open(""));
+
+    auto before = std::make_unique<OpenPathRegistry::Entry>(path.CFString());
     EXPECT_TRUE(second->Attach());
     EXPECT_TRUE(tree.Open(""));
+    EXPECT_EQ(OpenPathRegistry::Count(path), 0u) << "a new volume starts with none";
+    const OpenPathRegistry::Entry after(path.CFString());
+    before.reset();
+    EXPECT_EQ(OpenPathRegistry::Count(path), 1u) << "what was forgotten takes nothing away";
 }
 
 // Holds a file, and with it the whole chain up to the root, for as long as the registry holds the object.
