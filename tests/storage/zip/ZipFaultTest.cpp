@@ -9,61 +9,51 @@
 namespace ZEMA::testing {
 namespace {
 
-const std::string kText(30000, 't');
-
 TEST_F(ZipTest, EditsNothingThatOverlaps) {
     const BuiltArchive good = ArchiveBuilder().Stored("a", "aaa").Stored("b", "bbb").Stored("c", "ccc").Build();
-    const auto local = [&good](std::size_t of, std::size_t offset) {
-        return BuiltArchive(good)
-            .Set32(good.centralHeaders[of] + kCentralLocalHeaderOffset, static_cast<std::uint32_t>(offset))
-            .bytes;
+    const auto set = [&good](std::size_t of, std::size_t field, std::size_t value, std::size_t width) {
+        return BuiltArchive(good).Set(good.centralHeaders[of] + field, value, width);
     };
-    const auto size = [&good](std::size_t of, std::uint32_t packed) {
-        return BuiltArchive(good)
-            .Set32(good.localHeaders[of] + kLocalCompressedSize, packed)
-            .Set32(good.centralHeaders[of] + kCentralCompressedSize, packed)
-            .bytes;
+    const auto local = [&](std::size_t of, std::size_t offset) {
+        return set(of, kCentralLocalHeaderOffset, offset, 4).bytes;
     };
-    using Edit = std::function<void(Directory&)>;
-    const Edit removeA = [](Directory& top) { top.Remove("a", true); };
-    const Edit removeB = [](Directory& top) { top.Remove("b", true); };
-    const Edit writeB = [](Directory& top) { WriteMember(top, "b", "longer than before"); };
-    const Edit add = [](Directory& top) { top.CreateDirectory("new"); };
+    const auto size = [&](std::size_t of, std::uint32_t packed) {
+        const std::size_t inLocal = good.localHeaders[of] + kLocalCompressedSize;
+        return set(of, kCentralCompressedSize, packed, 4).Set32(inLocal, packed).bytes;
+    };
+    const std::map<char, std::function<void(Directory&)>> edits = {
+        {'a', [](Directory& top) { top.Remove("a", true); }},
+        {'b', [](Directory& top) { top.Remove("b", true); }},
+        {'w', [](Directory& top) { WriteMember(top, "b", "longer than before"); }},
+        {'n', [](Directory& top) { top.CreateDirectory("new"); }},
+    };
     const std::uint32_t far = 0xFFFFFFFF;
     const struct {
         const char* what;
-        std::string bytes;
-        std::vector<const Edit*> refused;
+        std::string bytes, refused;
     } rows[] = {
-        {"two members at one place", local(0, good.localHeaders[1]), {&removeA, &removeB, &writeB}},
-        {"a member over the next one", size(0, 10), {&removeA, &removeB, &writeB}},
-        {"a member over the directory", size(2, 10), {&add}},
-        {"a member over everything", size(1, far), {&removeB, &writeB}},
-        {"the last one over everything", size(2, far), {&add}},
-        {"a member in the directory", local(0, good.directory), {&removeA, &removeB, &writeB, &add}},
-        {"a member behind the end", local(0, far), {&removeA, &removeB, &writeB, &add}},
-        {"an entry over the end record",
-         BuiltArchive(good).Set16(good.centralHeaders[2] + kCentralCommentLength, 10).bytes,
-         {&removeA, &removeB, &writeB, &add}},
-        {"no members by its count",
-         BuiltArchive(good).Set32(good.endRecord + kEndEntriesOnDisk, 0).bytes,
-         {&removeA, &removeB}},
+        {"two members at one place", local(0, good.localHeaders[1]), "abw"},
+        {"a member over the next one", size(0, 10), "abw"},
+        {"a member over the directory", size(2, 10), "n"},
+        {"a member over everything", size(1, far), "bw"},
+        {"the last one over everything", size(2, far), "n"},
+        {"a member in the directory", local(0, good.directory), "abwn"},
+        {"a member behind the end", local(0, far), "abwn"},
+        {"an entry over the end record", set(2, kCentralCommentLength, 10, 2).bytes, "abwn"},
+        {"no members by its count", BuiltArchive(good).Set32(good.endRecord + kEndEntriesOnDisk, 0).bytes, "ab"},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        for (const Edit* edit : row.refused) {
+        for (const auto& [name, edit] : edits) {
+            SCOPED_TRACE(row.what + std::string(", edit ") + name);
             const RefPointer<Directory> top = Mount(row.bytes);
             ASSERT_TRUE(top);
-            (*edit)(*top);
-            EXPECT_EQ(Archive(), row.bytes);
-        }
-        for (const Edit* edit : {&removeA, &removeB, &writeB, &add}) {  // and whatever happens, nothing breaks down
-            if (const RefPointer<Directory> top = Mount(row.bytes)) (*edit)(*top);
-            if (const RefPointer<Directory> top = Remount()) ReadMember(*top, "c");
+            edit(*top);
+            EXPECT_TRUE(row.refused.find(name) == std::string::npos || Archive() == row.bytes);
+            if (const RefPointer<Directory> again = Remount()) ReadMember(*again, "c");  // and nothing breaks down
         }
     }
     const RefPointer<Directory> top = Mount(good.bytes);
-    volume.At("a.wqf")->bytes = BuiltArchive(good).Set16(good.centralHeaders[0] + kCentralCommentLength, 1).bytes;
+    volume.At("a.wqf")->bytes = set(0, kCentralCommentLength, 1, 2).bytes;
     EXPECT_FALSE(top->Remove("a", true)) << "somebody made its entry overlap the next since it was read";
 }
 

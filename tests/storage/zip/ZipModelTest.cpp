@@ -27,8 +27,9 @@ public:
     // False when the answers differ.
     bool Step(Directory& top) {
         using Edit = bool (Editor::*)(Directory&);
-        const Edit edits[] = {&Editor::Write,  &Editor::Write,      &Editor::Write, &Editor::Cut, &Editor::Remove,
-                              &Editor::Remove, &Editor::MakeFolder, &Editor::Move,  &Editor::Copy};
+        const Edit edits[] = {&Editor::Write,      &Editor::Write,    &Editor::Write,
+                              &Editor::Cut,        &Editor::Remove,   &Editor::Remove,
+                              &Editor::MakeFolder, &Editor::Transfer, &Editor::Transfer};
         return (this->*edits[Pick(std::size(edits))])(top);
     }
 
@@ -36,7 +37,7 @@ private:
     std::size_t Pick(std::size_t count) { return random_() % count; }
     bool Has(const std::string& name) const { return members_.count(name) != 0; }
 
-    // "" for the top, else with its "/".
+    // "" for the top.
     std::string AnyFolder() {
         std::vector<std::string> folders = {""};
         for (const auto& member : members_) {
@@ -44,7 +45,8 @@ private:
         }
         return folders[Pick(folders.size())];
     }
-    std::string AnyFile() { return AnyFolder() + std::string(1, "fghi"[Pick(4)]); }
+    std::string AnyFile() { return AnyFolder() + "fghi"[Pick(4)]; }
+    std::string AnyNewFolder() { return AnyFolder() + "pq"[Pick(2)] + "/"; }
 
     // Sizes about the borders at which something changes, as text or as noise.
     std::string AnyContents() {
@@ -53,13 +55,16 @@ private:
         return Pick(2) == 0 ? std::string(size, 't') : NoiseBytes(size, static_cast<std::uint32_t>(random_()));
     }
 
-    // What a user might type for a name: in any case, when it is there already.
-    String Typed(const std::string& name) {
-        std::string typed = name;
-        for (char& letter : typed) {
-            if (anyCase_ && Has(name) && Pick(2) == 0) letter = static_cast<char>(std::toupper(letter));
+    // The folder that holds a name, and the name alone, as a user might type them: in any case, when they are there.
+    std::pair<RefPointer<Directory>, String> Find(Directory& top, std::string name) {
+        const bool varies = anyCase_ && Has(name);
+        for (char& letter : name) {
+            if (varies && Pick(2) == 0) letter = static_cast<char>(std::toupper(letter));
         }
-        return String(AString(typed.c_str()));
+        if (name.back() == '/') name.pop_back();
+        const std::size_t slash = name.rfind('/') + 1;  // npos + 1 is 0
+        return {slash == 0 ? RefPointer<Directory>(&top) : OpenDirectory(top, name.substr(0, slash - 1).c_str(), false),
+                name.c_str() + slash};
     }
 
     bool Tell(const std::string& what, bool answer, bool expected) {
@@ -70,7 +75,8 @@ private:
     bool Write(Directory& top) {
         const std::string name = AnyFile();
         const std::string contents = AnyContents();
-        const bool answer = WriteMember(top, Bytes(Typed(name)).c_str(), contents);
+        const auto [folder, last] = Find(top, name);
+        const bool answer = WriteMember(*folder, Bytes(last).c_str(), contents);
         members_[name] = contents;
         return Tell("write " + name + " " + std::to_string(contents.size()), answer, true);
     }
@@ -78,78 +84,54 @@ private:
     bool Cut(Directory& top) {
         const std::string name = AnyFile();
         const std::uint64_t size = Pick(30000);
-        const RefPointer<File> file = OpenFile(top, Typed(name), &kReadWriteStyle, false, nullptr);
+        const auto [folder, last] = Find(top, name);
+        const RefPointer<File> file = OpenFile(*folder, last, &kReadWriteStyle, false, nullptr);
         if (file && SetSize(*file, size)) members_[name].resize(size);
         return Tell("cut " + name, file != nullptr, Has(name));
-    }
-
-    // The folder that holds a name, and the name alone.
-    static std::pair<RefPointer<Directory>, String> Split(Directory& top, const String& path) {
-        BasicArray<String> parts;
-        SplitPath(path, parts);
-        const String last = parts.Back();
-        parts.PopBack();
-        return {OpenDirectory(top, parts, false), last};
     }
 
     // A file, or a folder with all that is in it.
     bool Remove(Directory& top) {
         const std::string name = Pick(2) == 0 ? AnyFile() : AnyFolder();
         if (name.empty()) return true;
-        const auto [folder, last] = Split(top, Typed(name.substr(0, name.find_last_not_of('/') + 1)));
+        const auto [folder, last] = Find(top, name);
         const bool answer = folder->Remove(last, Pick(2) == 0);
         const bool expected = Has(name);
         std::erase_if(members_, [&](const auto& member) { return member.first.starts_with(name); });
         return Tell("remove " + name, answer, expected);
     }
 
-    std::string AnyFolderName() { return AnyFolder() + std::string(1, "pq"[Pick(2)]); }
-
     bool MakeFolder(Directory& top) {
-        const std::string name = AnyFolderName();
-        if (name.size() > 6) return true;
-        const auto [folder, last] = Split(top, String(AString(name.c_str())));
-        const bool answer = folder->CreateDirectory(last);
-        return Tell("make " + name, answer, members_.emplace(name + "/", "").second);
+        const std::string name = AnyNewFolder();
+        if (name.size() > 7) return true;
+        const bool expected = !Has(name);
+        const auto [folder, last] = Find(top, name);
+        members_.emplace(name, "");
+        return Tell("make " + name, folder->CreateDirectory(last), expected);
     }
 
-    bool Move(Directory& top) { return Pick(3) == 0 ? TransferFolder(top, true) : TransferFile(top, true); }
-    bool Copy(Directory& top) { return Pick(3) == 0 ? TransferFolder(top, false) : TransferFile(top, false); }
-
-    // A folder with all that is in it, under a name that is free; never into itself.
-    bool TransferFolder(Directory& top, bool move) {
-        const std::string from = AnyFolder();
-        const std::string to = AnyFolderName();
-        if (from.empty() || to.size() > 6 || Has(to + "/")) return true;
-        const bool expected = !to.starts_with(from);
-        const auto [source, oldName] = Split(top, Typed(from.substr(0, from.size() - 1)));
-        const auto [target, newName] = Split(top, String(AString(to.c_str())));
-        const bool answer = move ? source->Move(oldName, target.Get(), newName, false, false)
-                                 : source->Copy(oldName, target.Get(), newName, false, false);
-        const Members before = members_;
-        for (const auto& [name, contents] : before) {
-            if (!expected || !name.starts_with(from)) continue;
-            members_[to + "/" + name.substr(from.size())] = contents;
-            if (move) members_.erase(name);
-        }
-        return Tell((move ? "move " : "copy ") + from + " " + to, answer, expected);
-    }
-
-    // Over another one or not.
-    bool TransferFile(Directory& top, bool move) {
-        const std::string from = AnyFile();
-        const std::string to = AnyFile();
-        if (from == to) return true;
-        const bool overwrite = Pick(2) == 0;
-        const bool expected = Has(from) && (overwrite || !Has(to));
-        const auto [source, oldName] = Split(top, Typed(from));
-        const auto [target, newName] = Split(top, Typed(to));
+    // Moves or copies a file, over another one or not; or a folder with all that is in it, under a name that is free,
+    // and never into itself.
+    bool Transfer(Directory& top) {
+        const bool isFolder = Pick(3) == 0;
+        const bool move = Pick(2) == 0;
+        const bool overwrite = !isFolder && Pick(2) == 0;
+        const std::string from = isFolder ? AnyFolder() : AnyFile();
+        const std::string to = isFolder ? AnyNewFolder() : AnyFile();
+        if (from.empty() || from == to || (isFolder && (to.size() > 7 || Has(to)))) return true;
+        const bool expected = isFolder ? !to.starts_with(from) : Has(from) && (overwrite || !Has(to));
+        const auto [source, oldName] = Find(top, from);
+        const auto [target, newName] = Find(top, to);
         const bool rename = move && !overwrite && source == target;
         const bool answer = rename ? source->Rename(oldName, newName)
                             : move ? source->Move(oldName, target.Get(), newName, overwrite, false)
                                    : source->Copy(oldName, target.Get(), newName, overwrite, false);
-        if (expected) members_[to] = members_[from];
-        if (expected && move) members_.erase(from);
+        const Members before = members_;
+        for (const auto& [name, contents] : before) {
+            if (!expected || !name.starts_with(from)) continue;
+            members_[to + name.substr(from.size())] = contents;
+            if (move) members_.erase(name);
+        }
         return Tell((move ? "move " : "copy ") + from + " " + to, answer, expected);
     }
 
@@ -164,42 +146,25 @@ void Walk(Directory& directory, const std::string& path, Members& found) {
     Listing listing;
     List(directory, "*", &listing);
     for (const Descriptor& entry : listing) {
-        const std::string name = path + Bytes(entry.name);
-        if (!entry.flags.IsDirectory()) {
-            found[name] = ReadMember(directory, Bytes(entry.name).c_str());
-            continue;
-        }
-        found[name + "/"] = "";
-        Walk(*OpenDirectory(directory, entry.name, false), name + "/", found);
+        const std::string name = path + Bytes(entry.name) + (entry.flags.IsDirectory() ? "/" : "");
+        found[name] = entry.flags.IsDirectory() ? "" : ReadMember(directory, Bytes(entry.name).c_str());
+        if (entry.flags.IsDirectory()) Walk(*OpenDirectory(directory, entry.name, false), name, found);
     }
-}
-
-ArchiveMember Member(const char* name, bool deflated, ArchiveMember::Sums sums) {
-    ArchiveMember member;
-    member.name = name;
-    member.contents = name + std::string(30000, 't');
-    member.deflated = deflated;
-    member.sums = sums;
-    return member;
-}
-
-std::string ExtraField(const std::string& text) {
-    return std::string("\xFE\xCA") + static_cast<char>(text.size()) + '\0' + text;
 }
 
 // Members f, g, h and the folder p, in many forms.
 ArchiveBuilder Shape(int number) {
-    const auto sums = number == 6 ? ArchiveMember::Sums::Behind : ArchiveMember::Sums::InHeader;
-    ArchiveMember members[] = {Member("f", true, sums), Member("g", false, sums), Member("h", true, sums)};
-    for (ArchiveMember& member : members) {
-        if (number == 3 || number == 5) member.localExtra = ExtraField("local extra");
-        if (number == 3 || number == 4) member.centralExtra = ExtraField("extra");
-        if (number == 3 || number == 5) member.comment = "a comment";
-        if (number == 7) member.gapBefore = "left over";
-    }
     ArchiveBuilder archive;
     if (number == 0) return archive;
-    archive.Add(members[0]).Add(members[1]).Folder("p/").Add(members[2]);
+    for (const std::string name : {"f", "g", "p/", "h"}) {
+        ArchiveMember member{.name = name, .contents = name == "p/" ? "" : name + kText, .deflated = name > "g"};
+        if (number == 3 || number == 5) member.localExtra = std::string("\xFE\xCA\5\0local", 9);
+        if (number == 3 || number == 4) member.centralExtra = std::string("\xFE\xCA\5\0extra", 9);
+        if (number == 3 || number == 5) member.comment = "a comment";
+        if (number == 6) member.sums = ArchiveMember::Sums::Behind;
+        if (number == 7) member.gapBefore = "left over";
+        archive.Add(member);
+    }
     if (number == 4) archive.DirectoryOrder({2, 3, 0, 1});
     if (number == 5) archive.DirectoryOrder({3, 2, 1, 0});
     if (number == 2 || number == 5) archive.Comment("the archive's comment");
@@ -226,6 +191,7 @@ TEST_P(ZipModelTest, HoldsWhatItShould) {
     const TemporaryFolder folder;
     const std::string path = folder.Write("a.zip", Archive());
     EXPECT_EQ(ToolsThatRefuse(path, editor.Expected().empty()), std::vector<std::string>());
+    ZEMA_TELLS_MISSING_TOOLS();
 }
 
 TEST_P(ZipModelTest, AndSoDoesALocalFolder) {

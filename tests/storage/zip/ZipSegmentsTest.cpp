@@ -43,11 +43,10 @@ TEST(ZipSegments, AreHalvedUntilTheyFit) {
         {"exactly", 16384, 16384, {16384}},
         {"one block is always tried first", 8193, 1 << 20, {16384}},
         {"two halves", 8193, 16383, {8192, 8192}},
-        {"halves are rounded up to 1024", 24576 * 3, 40000, {36864, 36864}},
-        {"halves of halves", 24576 * 3, 36863, {18432, 18432, 18432, 18432}},
-        {"a half is rounded up", 24576 * 3, 18431, {9216, 9216, 9216, 9216, 9216, 9216, 9216, 9216}},
+        {"halves of halves", 73728, 36863, {18432, 18432, 18432, 18432}},
+        {"a half is rounded up to 1024", 139264, 9216, std::vector<std::uint32_t>(16, 9216)},
         {"no block below 16383 is split", 8192, 8191, {}},
-        {"what was had is given back", 24576 * 3, 9215, {}},
+        {"what was had is given back", 73728, 9215, {}},
         {"no further than 2^32", 0x100000000, ~std::size_t{0}, {}},
     };
     for (const auto& row : rows) {

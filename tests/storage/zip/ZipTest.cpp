@@ -38,11 +38,6 @@ MemoryNode& ZipTest::Put(const char* name, const std::string& bytes) {
     return node;
 }
 
-RefPointer<Directory> ZipTest::Mount(const std::string& bytes) {
-    Put("a.wqf", bytes);
-    return Remount();
-}
-
 namespace {
 
 // All that a volume knows of where things are.
@@ -77,10 +72,6 @@ void ZipTest::ExpectSound(Directory& top, const std::map<std::string, std::strin
     ASSERT_TRUE(VolumeOf(top).FindAppendPosition(here) && fresh->FindAppendPosition(there));
     EXPECT_GE(here, there) << "behind the last member, or where a later one was";
     EXPECT_LE(here, fresh->EndRecord().directoryOffset);
-}
-
-RefPointer<Directory> ZipTest::Remount() {
-    return Open("mem/a.wqf");
 }
 
 }  // namespace ZEMA::testing
