@@ -106,6 +106,9 @@ TEST_F(DirectoryCopy, MovesByCopyingAndRemoving) {
     EXPECT_TRUE(mem->Move("x.wqf", dst.Get(), "y.wqf", false, false));
     EXPECT_EQ(volume.log.back(), "remove with force x.wqf");
     EXPECT_EQ(BytesAt("dst/y.wqf") + BytesAt("x.wqf"), "archivenothing");
+    volume.refused = "remove with force";
+    EXPECT_FALSE(dst->Rename("y.wqf", "w.wqf"));
+    volume.refused.clear();
     EXPECT_FALSE(dst->Rename("y.wqf", "old"));
     EXPECT_TRUE(dst->Rename("y.wqf", "z.wqf"));
     EXPECT_EQ(BytesAt("dst/z.wqf") + BytesAt("dst/old"), "archiveold contents");
