@@ -44,18 +44,14 @@ TEST_F(ZipTest, ReadsAndEditsWhatOtherProgramsPack) {
         EXPECT_EQ(NamesOf(*top), "IMAGE100.WQFML,tex/");
         EXPECT_EQ(ReadMember(*top, "image100.wqfml"), row.opens ? model : kNotOpened);
         EXPECT_EQ(ReadMember(*top, "TEX/noise.bin"), row.opens ? noise : kNotOpened);
-        const std::map<std::string, std::string> edited = {
-            {"tex/noise.bin", model},  // the last member loses a descriptor
-            {"tex/new/inner.txt", noise},
-            {"image100.wqfml", "short"}};
-        EXPECT_TRUE(row.opens || top->Remove("IMAGE100.WQFML", false));
-        for (const auto& [name, bytes] : edited) EXPECT_TRUE(!row.opens || WriteMember(*top, name.c_str(), bytes));
+        // The last member may lose a descriptor.
+        EXPECT_TRUE(row.opens ? WriteMember(*top, "tex/noise.bin", model) : top->Remove("IMAGE100.WQFML", false));
         top.Reset();
         EXPECT_EQ(ToolsThatRefuse(folder.Write("edited.zip", Archive())), std::vector<std::string>());
         top = Remount();
         ASSERT_TRUE(top);
         EXPECT_EQ(NamesOf(*top), row.opens ? "IMAGE100.WQFML,tex/" : "tex/");
-        for (const auto& [name, bytes] : edited) EXPECT_TRUE(!row.opens || ReadMember(*top, name.c_str()) == bytes);
+        EXPECT_EQ(ReadMember(*top, "tex/Noise.bin"), row.opens ? model : kNotOpened);
     }
     ZEMA_TELLS_MISSING_TOOLS();
 }
