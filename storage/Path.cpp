@@ -35,6 +35,7 @@ void Path::Append(const BasicArray<String>& components) {
     }
     RefPointer<Directory> reached = parent_ ? parent_ : GetRootDirectory();
     if (reached && !all.Empty()) reached = ZEMA::OpenDirectory(*reached, all, false);
+    // What ends in ".." has no name of its own: the directory it climbs to gives its own, and the root has none.
     if (climbs && reached && reached->Parent() != nullptr) {
         name = reached->Name();
         reached = GetParent(*reached);

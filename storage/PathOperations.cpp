@@ -61,13 +61,13 @@ RefPointer<File> OpenFile(Directory& directory, const String& path, const Access
 
 RefPointer<File> OpenFile(Directory& directory, const BasicArray<String>& components, const AccessStyle* style,
                           bool create, const std::uint64_t* truncateTo) {
-    if (truncateTo != nullptr && !style->write) return nullptr;
+    if (truncateTo != nullptr && !style->write) return nullptr;  // before a directory on the way is made for it
     const StorageLock lock;
     String name;
     const RefPointer<Directory> parent = OpenParent(directory, components, create, name);
     if (!parent) return nullptr;
     RefPointer<File> file(parent->OpenFile(name, style, create, truncateTo));
-    if (file && create) Resolution::NoteCreated();
+    if (file && create) Resolution::NoteCreated();  // it may become an archive that a factory was asked for before
     return file;
 }
 

@@ -103,6 +103,7 @@ File* MacOSXDirectory::OpenFile(const String& name, const AccessStyle* style, bo
 bool MacOSXDirectory::Remove(const String& name, bool force) {
     const CFStringPointer path = ChildPath(name);
     if (OpenPathRegistry::Count(String(path.Get())) != 0) return false;
+    // Nothing is taken out of a folder that its owner may not change: not of the child itself, nor of one below it.
     if (force) {
         ElementFlags flags;
         if (!GetChildFlags(name, &flags)) return false;

@@ -79,7 +79,7 @@ std::uint64_t MacOSXFile::GetSize() {
 bool MacOSXFile::SetSize(std::uint64_t size) {
     const std::uint64_t position = handle_->offsetInFile();
     try {
-        handle_->truncateFileAtOffset(size);
+        handle_->truncateFileAtOffset(size);  // which leaves the position at the new end
         if (position < size) handle_->seekToFileOffset(position);
         return true;
     } catch (const NSException&) {

@@ -50,6 +50,7 @@ File* ZipStorageDirectory::OpenFile(const String& name, const AccessStyle* style
 bool ZipStorageDirectory::Remove(const String& name, bool force) {
     ZipTreeNode* child = node_->FindChild(name);
     if (child == nullptr || !volume_->IsWritable()) return false;
+    // All are asked before one is removed: a refusal leaves the archive as it was.
     BasicArray<RefPointer<ZipTreeNode>> subtree;
     child->CollectSubtree(subtree);
     BasicArray<RefPointer<ZipFileHeader>> members;
