@@ -1,22 +1,15 @@
 #include <CoreFoundation/CFArray.h>
 
 #include <algorithm>
-#include <span>
 #include <vector>
 
 #include "platform/CoreFoundation/CFRuntime.h"
 
+// The list itself stays open to changes by whoever holds it as a mutable one; there are no others.
 struct __CFArray : ZEMA::CF::Object {
-    __CFArray(bool isMutable, const CFArrayCallBacks* arrayCallBacks)
-        : Object(ZEMA::CF::Type::Array, isMutable ? kMutable : 0),
-          callBacks(arrayCallBacks ? *arrayCallBacks : CFArrayCallBacks{}) {}
+    explicit __CFArray(const CFArrayCallBacks* arrayCallBacks)
+        : Object(ZEMA::CF::Type::Array, 0), callBacks(arrayCallBacks ? *arrayCallBacks : CFArrayCallBacks{}) {}
 
-    static constexpr std::uint8_t kMutable = 1;
-
-    void Append(const void* value) {
-        values.push_back(value);
-        if (callBacks.retain) values.back() = callBacks.retain(kCFAllocatorDefault, value);
-    }
     bool AreEqual(const void* value1, const void* value2) const {
         return value1 == value2 || (callBacks.equal && callBacks.equal(value1, value2));
     }
@@ -55,19 +48,6 @@ CFHashCode Hash(const Object* object) {
     return static_cast<const __CFArray*>(object)->values.size();
 }
 
-std::span<const void* const> Values(const __CFArray& array, CFRange range) {
-    const auto count = static_cast<CFIndex>(array.values.size());
-    Require(range.location >= 0 && range.location <= count);
-    Require(range.length >= 0 && range.length <= count - range.location);
-    return std::span(array.values)
-        .subspan(static_cast<std::size_t>(range.location), static_cast<std::size_t>(range.length));
-}
-
-__CFArray& Changing(CFMutableArrayRef array) {
-    Require(Checked(array, Type::Array).form == __CFArray::kMutable);
-    return *array;
-}
-
 }  // namespace
 
 const Class kArrayClass = {Destroy, Equal, Hash};
@@ -82,17 +62,8 @@ CFTypeID CFArrayGetTypeID() {
     return static_cast<CFTypeID>(Type::Array);
 }
 
-CFArrayRef CFArrayCreate(CFAllocatorRef, const void** values, CFIndex count, const CFArrayCallBacks* callBacks) {
-    Require(count >= 0);
-    Owned<__CFArray> owner(new __CFArray(false, callBacks));
-    auto& array = const_cast<__CFArray&>(*owner);
-    array.values.reserve(static_cast<std::size_t>(count));
-    for (const void* value : std::span(values, static_cast<std::size_t>(count))) array.Append(value);
-    return owner.release();
-}
-
 CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef, CFIndex, const CFArrayCallBacks* callBacks) {
-    return new __CFArray(true, callBacks);
+    return new __CFArray(callBacks);
 }
 
 CFIndex CFArrayGetCount(CFArrayRef array) {
@@ -100,24 +71,12 @@ CFIndex CFArrayGetCount(CFArrayRef array) {
 }
 
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
-    return Values(Checked(array, Type::Array), {index, 1})[0];
-}
-
-Boolean CFArrayContainsValue(CFArrayRef array, CFRange range, const void* value) {
-    const __CFArray& checked = Checked(array, Type::Array);
-    return std::ranges::any_of(Values(checked, range),
-                               [&](const void* element) { return checked.AreEqual(element, value); });
+    Require(index >= 0 && index < CFArrayGetCount(array));
+    return array->values[static_cast<std::size_t>(index)];
 }
 
 void CFArrayAppendValue(CFMutableArrayRef array, const void* value) {
-    Changing(array).Append(value);
-}
-
-void CFArraySortValues(CFMutableArrayRef array, CFRange range, CFComparatorFunction comparator, void* context) {
-    __CFArray& changing = Changing(array);
-    const std::size_t count = Values(changing, range).size();
-    const auto first = changing.values.begin() + range.location;
-    std::stable_sort(first, first + static_cast<std::ptrdiff_t>(count), [&](const void* value1, const void* value2) {
-        return comparator(value1, value2, context) == kCFCompareLessThan;
-    });
+    const __CFArray& list = Checked(array, Type::Array);
+    array->values.push_back(value);
+    if (list.callBacks.retain) array->values.back() = list.callBacks.retain(kCFAllocatorDefault, value);
 }

@@ -26,19 +26,11 @@ CF_EXPORT const CFArrayCallBacks kCFTypeArrayCallBacks;
 CF_EXPORT CFTypeID CFArrayGetTypeID();
 
 // `callBacks` may be null: a list of plain addresses. The capacity is a hint.
-CF_EXPORT CFArrayRef CFArrayCreate(CFAllocatorRef allocator, const void** values, CFIndex count,
-                                   const CFArrayCallBacks* callBacks);
 CF_EXPORT CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
                                                  const CFArrayCallBacks* callBacks);
 
 CF_EXPORT CFIndex CFArrayGetCount(CFArrayRef array);
 CF_EXPORT const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
-CF_EXPORT Boolean CFArrayContainsValue(CFArrayRef array, CFRange range, const void* value);
-
 CF_EXPORT void CFArrayAppendValue(CFMutableArrayRef array, const void* value);
-
-// Values that compare equal keep their order.
-CF_EXPORT void CFArraySortValues(CFMutableArrayRef array, CFRange range, CFComparatorFunction comparator,
-                                 void* context);
 
 CF_EXTERN_C_END

@@ -56,8 +56,6 @@ inline constexpr CFIndex kCFNotFound = -1;
 
 enum CFComparisonResult : CFIndex { kCFCompareLessThan = -1, kCFCompareEqualTo = 0, kCFCompareGreaterThan = 1 };
 
-using CFComparatorFunction = CFComparisonResult (*)(const void* value1, const void* value2, void* context);
-
 // A null object ends the process in these calls. Constants (the empty string, CFSTR texts, the booleans) have a fixed
 // huge count that retaining and releasing leave alone.
 CF_EXPORT CFTypeRef CFRetain(CFTypeRef object);

@@ -33,16 +33,8 @@ const Class kCharacterSetClass = {Destroy, nullptr, nullptr};
 
 using namespace ZEMA::CF;
 
-CFTypeID CFCharacterSetGetTypeID() {
-    return static_cast<CFTypeID>(Type::CharacterSet);
-}
-
 CFCharacterSetRef CFCharacterSetCreateWithCharactersInString(CFAllocatorRef, CFStringRef members) {
     auto set = std::make_unique<__CFCharacterSet>();
     AddMembers(ViewOf(members), *set);
     return set.release();
-}
-
-Boolean CFCharacterSetIsCharacterMember(CFCharacterSetRef set, UniChar unit) {
-    return Checked(set, Type::CharacterSet).Contains(unit);
 }

@@ -5,10 +5,7 @@
 
 CF_EXTERN_C_BEGIN
 
-CF_EXPORT CFTypeID CFCharacterSetGetTypeID();
-
 // Members are whole characters: the two halves of a pair in `members` stand for one, a lone half for none.
 CF_EXPORT CFCharacterSetRef CFCharacterSetCreateWithCharactersInString(CFAllocatorRef allocator, CFStringRef members);
-CF_EXPORT Boolean CFCharacterSetIsCharacterMember(CFCharacterSetRef set, UniChar unit);
 
 CF_EXTERN_C_END

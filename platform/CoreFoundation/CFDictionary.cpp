@@ -1,5 +1,4 @@
 #include <CoreFoundation/CFDictionary.h>
-#include <CoreFoundation/CFString.h>
 
 #include <algorithm>
 #include <bit>
@@ -122,9 +121,6 @@ const void* RetainObject(CFAllocatorRef, const void* object) {
 void ReleaseObject(CFAllocatorRef, const void* object) {
     CFRelease(object);
 }
-const void* CopyString(CFAllocatorRef allocator, const void* text) {
-    return CFStringCreateCopy(allocator, static_cast<CFStringRef>(text));
-}
 
 void Destroy(const Object* object) noexcept {
     const auto* dictionary = static_cast<const __CFDictionary*>(object);
@@ -158,8 +154,6 @@ using namespace ZEMA::CF;
 
 const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {0,       RetainObject, ReleaseObject,
                                                                 nullptr, CFEqual,      CFHash};
-const CFDictionaryKeyCallBacks kCFCopyStringDictionaryKeyCallBacks = {0,       CopyString, ReleaseObject,
-                                                                      nullptr, CFEqual,    CFHash};
 const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, RetainObject, ReleaseObject, nullptr, CFEqual};
 
 CFTypeID CFDictionaryGetTypeID() {
@@ -175,19 +169,9 @@ CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
     return static_cast<CFIndex>(Checked(dictionary, Type::Dictionary).entries.size());
 }
 
-Boolean CFDictionaryContainsKey(CFDictionaryRef dictionary, const void* key) {
-    return Checked(dictionary, Type::Dictionary).Find(key) != nullptr;
-}
-
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
     const auto* entry = Checked(dictionary, Type::Dictionary).Find(key);
     return entry ? entry->value : nullptr;
-}
-
-Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, const void* key, const void** value) {
-    const auto* entry = Checked(dictionary, Type::Dictionary).Find(key);
-    if (entry && value) *value = entry->value;
-    return entry != nullptr;
 }
 
 void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys, const void** values) {
@@ -195,10 +179,6 @@ void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys,
         if (keys) *keys++ = entry.key;
         if (values) *values++ = entry.value;
     }
-}
-
-void CFDictionaryApplyFunction(CFDictionaryRef dictionary, CFDictionaryApplierFunction applier, void* context) {
-    for (const auto& entry : Checked(dictionary, Type::Dictionary).entries) applier(entry.key, entry.value, context);
 }
 
 void CFDictionaryAddValue(CFMutableDictionaryRef reference, const void* key, const void* value) {

@@ -11,7 +11,6 @@ using CFDictionaryReleaseCallBack = void (*)(CFAllocatorRef allocator, const voi
 using CFDictionaryCopyDescriptionCallBack = CFStringRef (*)(const void* value);
 using CFDictionaryEqualCallBack = Boolean (*)(const void* value1, const void* value2);
 using CFDictionaryHashCallBack = CFHashCode (*)(const void* value);
-using CFDictionaryApplierFunction = void (*)(const void* key, const void* value, void* context);
 
 // A null callback: nothing is kept alive, compared by address, hashed by address. Descriptions are never asked for.
 struct CFDictionaryKeyCallBacks {
@@ -30,7 +29,6 @@ struct CFDictionaryValueCallBacks {
     CFDictionaryEqualCallBack equal;
 };
 CF_EXPORT const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
-CF_EXPORT const CFDictionaryKeyCallBacks kCFCopyStringDictionaryKeyCallBacks;  // keys are copied, not retained
 CF_EXPORT const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
 
 CF_EXPORT CFTypeID CFDictionaryGetTypeID();
@@ -41,20 +39,12 @@ CF_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef alloca
                                                            const CFDictionaryValueCallBacks* valueCallBacks);
 
 CF_EXPORT CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary);
-CF_EXPORT Boolean CFDictionaryContainsKey(CFDictionaryRef dictionary, const void* key);
 
 // Null when the key is absent.
 CF_EXPORT const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
 
-// `value` may be null, and stays as it is when the key is absent.
-CF_EXPORT Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, const void* key, const void** value);
-
 // Each array has room for all entries, or is null.
 CF_EXPORT void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys, const void** values);
-
-// `applier` must not change the dictionary.
-CF_EXPORT void CFDictionaryApplyFunction(CFDictionaryRef dictionary, CFDictionaryApplierFunction applier,
-                                         void* context);
 
 // Adds unless the key is there; then nothing is changed or retained.
 CF_EXPORT void CFDictionaryAddValue(CFMutableDictionaryRef dictionary, const void* key, const void* value);

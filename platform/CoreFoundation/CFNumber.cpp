@@ -12,14 +12,13 @@ struct __CFBoolean : ZEMA::CF::Object {
 };
 
 struct __CFNumber : ZEMA::CF::Object {
-    __CFNumber(CFNumberType storedType, SInt64 number)
-        : Object(ZEMA::CF::Type::Number, 0), kept(storedType), integer(number) {}
-    __CFNumber(CFNumberType storedType, double number)
-        : Object(ZEMA::CF::Type::Number, 0), kept(storedType), real(number) {}
+    static constexpr std::uint8_t kReal = 1;
 
-    bool IsReal() const { return kept == kCFNumberFloat32Type || kept == kCFNumberFloat64Type; }
+    explicit __CFNumber(SInt64 number) : Object(ZEMA::CF::Type::Number, 0), integer(number) {}
+    explicit __CFNumber(double number) : Object(ZEMA::CF::Type::Number, kReal), real(number) {}
 
-    const CFNumberType kept;  // kCFNumberSInt32Type, kCFNumberSInt64Type or one of the two above
+    bool IsReal() const { return form == kReal; }
+
     union {
         SInt64 integer;
         double real;
@@ -32,37 +31,11 @@ namespace {
 constinit const __CFBoolean trueObject;
 constinit const __CFBoolean falseObject;
 
-// The type of fixed size behind a type that is named after one of C.
-CFNumberType WithFixedSize(CFNumberType type) {
-    switch (type) {
-        case kCFNumberCharType:
-            return kCFNumberSInt8Type;
-        case kCFNumberShortType:
-            return kCFNumberSInt16Type;
-        case kCFNumberIntType:
-            return kCFNumberSInt32Type;
-        case kCFNumberLongType:
-        case kCFNumberLongLongType:
-        case kCFNumberCFIndexType:
-            return kCFNumberSInt64Type;
-        case kCFNumberFloatType:
-            return kCFNumberFloat32Type;
-        case kCFNumberDoubleType:
-            return kCFNumberFloat64Type;
-        default:
-            return type;
-    }
-}
-
 template <class T>
 T ReadAs(const void* value) {
     T number;
     std::memcpy(&number, value, sizeof(number));
     return number;
-}
-
-CFNumberRef NewInteger(SInt64 number) {
-    return new __CFNumber(static_cast<SInt32>(number) == number ? kCFNumberSInt32Type : kCFNumberSInt64Type, number);
 }
 
 // Large enough for every value of both kinds without rounding, where it is wider than a double.
@@ -94,29 +67,18 @@ bool WriteInteger(const __CFNumber& number, void* value) {
     return static_cast<Wide>(written) == ValueOf(number);
 }
 
-CFComparisonResult Compare(const __CFNumber& left, const __CFNumber& right) {
-    if (!left.IsReal() && !right.IsReal()) {
-        return left.integer < right.integer   ? kCFCompareLessThan
-               : left.integer > right.integer ? kCFCompareGreaterThan
-                                              : kCFCompareEqualTo;
-    }
-    const Wide leftValue = ValueOf(left);
-    const Wide rightValue = ValueOf(right);
-    // What is no number comes before all numbers, so that there is an order.
-    if (std::isnan(leftValue)) return std::isnan(rightValue) ? kCFCompareEqualTo : kCFCompareLessThan;
-    if (std::isnan(rightValue)) return kCFCompareGreaterThan;
-    return leftValue < rightValue   ? kCFCompareLessThan
-           : leftValue > rightValue ? kCFCompareGreaterThan
-                                    : kCFCompareEqualTo;
-}
-
 void Destroy(const Object* object) noexcept {
     delete static_cast<const __CFNumber*>(object);
 }
 
+// All that is no number is equal, so that a key can be found again.
 bool Equal(const Object* object1, const Object* object2) {
-    return Compare(*static_cast<const __CFNumber*>(object1), *static_cast<const __CFNumber*>(object2)) ==
-           kCFCompareEqualTo;
+    const auto& left = *static_cast<const __CFNumber*>(object1);
+    const auto& right = *static_cast<const __CFNumber*>(object2);
+    if (!left.IsReal() && !right.IsReal()) return left.integer == right.integer;
+    const Wide leftValue = ValueOf(left);
+    const Wide rightValue = ValueOf(right);
+    return leftValue == rightValue || (std::isnan(leftValue) && std::isnan(rightValue));
 }
 
 // The nearest double is the same for equal numbers of any type; adding 0 makes one zero of both.
@@ -151,26 +113,17 @@ CFTypeID CFNumberGetTypeID() {
 }
 
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void* value) {
-    switch (WithFixedSize(type)) {
-        case kCFNumberSInt8Type:
-            return NewInteger(ReadAs<SInt8>(value));
-        case kCFNumberSInt16Type:
-            return NewInteger(ReadAs<SInt16>(value));
+    switch (type) {
         case kCFNumberSInt32Type:
-            return NewInteger(ReadAs<SInt32>(value));
+            return new __CFNumber(SInt64{ReadAs<SInt32>(value)});
         case kCFNumberSInt64Type:
-            return NewInteger(ReadAs<SInt64>(value));
+            return new __CFNumber(ReadAs<SInt64>(value));
         case kCFNumberFloat32Type:
-            return new __CFNumber(kCFNumberFloat32Type, double{ReadAs<float>(value)});
+            return new __CFNumber(double{ReadAs<float>(value)});
         case kCFNumberFloat64Type:
-            return new __CFNumber(kCFNumberFloat64Type, ReadAs<double>(value));
-        default:
-            std::abort();
+            return new __CFNumber(ReadAs<double>(value));
     }
-}
-
-CFNumberType CFNumberGetType(CFNumberRef number) {
-    return Checked(number, Type::Number).kept;
+    std::abort();
 }
 
 Boolean CFNumberIsFloatType(CFNumberRef number) {
@@ -179,11 +132,7 @@ Boolean CFNumberIsFloatType(CFNumberRef number) {
 
 Boolean CFNumberGetValue(CFNumberRef reference, CFNumberType type, void* value) {
     const __CFNumber& number = Checked(reference, Type::Number);
-    switch (WithFixedSize(type)) {
-        case kCFNumberSInt8Type:
-            return WriteInteger<SInt8>(number, value);
-        case kCFNumberSInt16Type:
-            return WriteInteger<SInt16>(number, value);
+    switch (type) {
         case kCFNumberSInt32Type:
             return WriteInteger<SInt32>(number, value);
         case kCFNumberSInt64Type:
@@ -192,11 +141,6 @@ Boolean CFNumberGetValue(CFNumberRef reference, CFNumberType type, void* value) 
             return WriteReal<float>(number, value);
         case kCFNumberFloat64Type:
             return WriteReal<double>(number, value);
-        default:
-            std::abort();
     }
-}
-
-CFComparisonResult CFNumberCompare(CFNumberRef number1, CFNumberRef number2, void*) {
-    return Compare(Checked(number1, Type::Number), Checked(number2, Type::Number));
+    std::abort();
 }

@@ -150,10 +150,6 @@ std::optional<float> ValueOf(std::span<const Unit> units, const Number& number) 
 
 using namespace ZEMA::CF;
 
-CFTypeID CFNumberFormatterGetTypeID() {
-    return static_cast<CFTypeID>(Type::NumberFormatter);
-}
-
 CFNumberFormatterRef CFNumberFormatterCreate(CFAllocatorRef, CFLocaleRef, CFNumberFormatterStyle) {
     return &theFormatter;
 }

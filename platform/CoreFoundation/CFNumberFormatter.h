@@ -11,8 +11,6 @@ using CFNumberFormatterRef = struct __CFNumberFormatter*;
 
 enum CFNumberFormatterStyle : CFIndex { kCFNumberFormatterNoStyle = 0 };
 
-CF_EXPORT CFTypeID CFNumberFormatterGetTypeID();
-
 // A null locale is the root locale, the only one there is here: '.' is the decimal point, digits are 0 to 9.
 CF_EXPORT CFNumberFormatterRef CFNumberFormatterCreate(CFAllocatorRef allocator, CFLocaleRef locale,
                                                        CFNumberFormatterStyle style);

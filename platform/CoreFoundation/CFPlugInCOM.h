@@ -11,7 +11,6 @@ using REFIID = CFUUIDBytes;
 #define S_OK static_cast<HRESULT>(0x00000000)
 #define E_NOINTERFACE static_cast<HRESULT>(0x80000004)
 #define SUCCEEDED(status) (static_cast<HRESULT>(status) >= 0)
-#define FAILED(status) (static_cast<HRESULT>(status) < 0)
 
 #define STDMETHODCALLTYPE
 

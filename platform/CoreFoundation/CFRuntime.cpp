@@ -16,8 +16,6 @@ const Class& ClassOf(const Object& object) {
             return kArrayClass;
         case Type::Dictionary:
             return kDictionaryClass;
-        case Type::Data:
-            return kDataClass;
         case Type::Number:
             return kNumberClass;
         case Type::UUID:

@@ -14,7 +14,6 @@ enum class Type : std::uint8_t {
     String = 1,
     Array,
     Dictionary,
-    Data,
     Number,
     Boolean,
     UUID,
@@ -50,7 +49,6 @@ struct Class {
 extern const Class kStringClass;
 extern const Class kArrayClass;
 extern const Class kDictionaryClass;
-extern const Class kDataClass;
 extern const Class kNumberClass;
 extern const Class kUUIDClass;
 extern const Class kCharacterSetClass;

@@ -15,9 +15,9 @@ namespace {
 constinit ConstantText emptyText("");
 
 template <class Unit>
-NewUnits<Unit> Allocate(std::uint8_t form, std::size_t length, std::size_t unitCount) {
+NewUnits<Unit> Allocate(std::uint8_t form, std::size_t length) {
     if (length > kMaximumLength) throw std::bad_alloc();
-    void* block = ::operator new(sizeof(__CFString) + unitCount * sizeof(Unit));
+    void* block = ::operator new(sizeof(__CFString) + length * sizeof(Unit));
     const auto* text = new (block) __CFString(form, static_cast<std::uint32_t>(length));
     void* units = static_cast<std::byte*>(block) + sizeof(__CFString);
     return {text, static_cast<Unit*>(units)};
@@ -110,13 +110,11 @@ CFStringRef EmptyText() {
 }
 
 NewUnits<char> NewNarrowText(std::size_t length) {
-    const NewUnits<char> made = Allocate<char>(0, length, length + 1);
-    made.units[length] = '\0';
-    return made;
+    return Allocate<char>(0, length);
 }
 
 NewUnits<UniChar> NewWideText(std::size_t length) {
-    return Allocate<UniChar>(__CFString::kWide, length, length);
+    return Allocate<UniChar>(__CFString::kWide, length);
 }
 
 CFStringRef NewText(TextView text) {
@@ -207,15 +205,4 @@ void CFStringGetCharacters(CFStringRef text, CFRange range, UniChar* buffer) {
     ViewOf(text, range).Visit([&](auto units) {
         std::transform(units.begin(), units.end(), buffer, [](auto unit) { return static_cast<UniChar>(unit); });
     });
-}
-
-const UniChar* CFStringGetCharactersPtr(CFStringRef text) {
-    const TextView view = ViewOf(text);
-    return view.IsWide() ? view.Wide().data() : nullptr;
-}
-
-const char* CFStringGetCStringPtr(CFStringRef text, CFStringEncoding encoding) {
-    const TextView view = ViewOf(text);
-    const bool isKept = encoding == kCFStringEncodingASCII || encoding == kCFStringEncodingUTF8;
-    return isKept && !view.IsWide() ? view.Narrow().data() : nullptr;
 }

@@ -3,13 +3,10 @@
 
 #include <CoreFoundation/CFBase.h>
 
-#include <cstdarg>
-
 CF_EXTERN_C_BEGIN
 
 using CFArrayRef = const struct __CFArray*;
 using CFCharacterSetRef = const struct __CFCharacterSet*;
-using CFDataRef = const struct __CFData*;
 
 using CFStringEncoding = UInt32;
 enum : CFStringEncoding {
@@ -56,15 +53,12 @@ CF_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator,
 // --- Changing ---
 
 CF_EXPORT void CFStringAppend(CFMutableStringRef text, CFStringRef appended);
-CF_EXPORT void CFStringAppendCharacters(CFMutableStringRef text, const UniChar* units, CFIndex count);
 
 // Decodes as CFStringCreateWithBytes does; bytes that cannot be decoded append nothing.
 CF_EXPORT void CFStringAppendCString(CFMutableStringRef text, const char* bytes, CFStringEncoding encoding);
 
-// Knows "%u" (32 bits), "%lu", "%@" (a string) and "%%"; anything else is copied as it stands.
+// The one format is "%u": an unsigned number of 32 bits in decimal.
 CF_EXPORT void CFStringAppendFormat(CFMutableStringRef text, CFDictionaryRef options, CFStringRef format, ...);
-CF_EXPORT void CFStringAppendFormatAndArguments(CFMutableStringRef text, CFDictionaryRef options, CFStringRef format,
-                                                std::va_list arguments);
 CF_EXPORT void CFStringDelete(CFMutableStringRef text, CFRange range);
 
 // --- Looking at units ---
@@ -72,10 +66,6 @@ CF_EXPORT void CFStringDelete(CFMutableStringRef text, CFRange range);
 CF_EXPORT CFIndex CFStringGetLength(CFStringRef text);
 CF_EXPORT UniChar CFStringGetCharacterAtIndex(CFStringRef text, CFIndex index);
 CF_EXPORT void CFStringGetCharacters(CFStringRef text, CFRange range, UniChar* buffer);
-
-// The characters where they lie, or null when they are not kept in that form. Valid until the text changes or goes.
-CF_EXPORT const UniChar* CFStringGetCharactersPtr(CFStringRef text);
-CF_EXPORT const char* CFStringGetCStringPtr(CFStringRef text, CFStringEncoding encoding);
 
 // --- Comparing and searching ---
 
@@ -91,15 +81,12 @@ CF_EXPORT CFComparisonResult CFStringCompareWithOptions(CFStringRef text1, CFStr
 // needle's when case is ignored. `result` may be null, and stays as it is when nothing is found.
 CF_EXPORT Boolean CFStringFindWithOptions(CFStringRef text, CFStringRef needle, CFRange range,
                                           CFStringCompareFlags options, CFRange* result);
-CF_EXPORT CFRange CFStringFind(CFStringRef text, CFStringRef needle, CFStringCompareFlags options);
 CF_EXPORT Boolean CFStringFindCharacterFromSet(CFStringRef text, CFCharacterSetRef set, CFRange range,
                                                CFStringCompareFlags options, CFRange* result);
 
 // n separators give n + 1 pieces, empty ones included.
 CF_EXPORT CFArrayRef CFStringCreateArrayBySeparatingStrings(CFAllocatorRef allocator, CFStringRef text,
                                                             CFStringRef separator);
-CF_EXPORT CFStringRef CFStringCreateByCombiningStrings(CFAllocatorRef allocator, CFArrayRef texts,
-                                                       CFStringRef separator);
 
 // --- To bytes ---
 
@@ -111,12 +98,5 @@ CF_EXPORT Boolean CFStringGetCString(CFStringRef text, char* buffer, CFIndex buf
 CF_EXPORT CFIndex CFStringGetBytes(CFStringRef text, CFRange range, CFStringEncoding encoding, UInt8 lossByte,
                                    Boolean isExternalRepresentation, UInt8* buffer, CFIndex bufferSize,
                                    CFIndex* usedSize);
-
-// A size that is enough for any text of that many units, without the terminating zero.
-CF_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
-
-// Null when a unit cannot be written.
-CF_EXPORT CFDataRef CFStringCreateExternalRepresentation(CFAllocatorRef allocator, CFStringRef text,
-                                                         CFStringEncoding encoding, UInt8 lossByte);
 
 CF_EXTERN_C_END

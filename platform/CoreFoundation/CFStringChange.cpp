@@ -2,7 +2,7 @@
 #include <CoreFoundation/CFString.h>
 
 #include <charconv>
-#include <cstring>
+#include <cstdarg>
 #include <limits>
 #include <memory>
 #include <new>
@@ -21,8 +21,8 @@ void AppendUnits(MutableText& text, TextView appended) {
     appended.Visit([&](auto units) { text.Append(units); });
 }
 
-void AppendNumber(MutableText& text, unsigned long number) {
-    char digits[std::numeric_limits<unsigned long>::digits10 + 1];
+void AppendNumber(MutableText& text, unsigned number) {
+    char digits[std::numeric_limits<unsigned>::digits10 + 1];
     const char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
     text.Append(std::span<const char>(digits, end));
 }
@@ -92,45 +92,19 @@ void CFStringAppend(CFMutableStringRef text, CFStringRef appended) {
     AppendUnits(target, ViewOf(copy.get()));
 }
 
-void CFStringAppendCharacters(CFMutableStringRef text, const UniChar* units, CFIndex count) {
-    Require(count >= 0);
-    Changing(text).Append({units, static_cast<std::size_t>(count)});
-}
-
 void CFStringAppendCString(CFMutableStringRef text, const char* bytes, CFStringEncoding encoding) {
     MutableText& target = Changing(text);
     const Owned<__CFString> appended(CFStringCreateWithCString(kCFAllocatorDefault, bytes, encoding));
     if (appended) AppendUnits(target, ViewOf(appended.get()));
 }
 
-void CFStringAppendFormat(CFMutableStringRef text, CFDictionaryRef options, CFStringRef format, ...) {
+void CFStringAppendFormat(CFMutableStringRef text, CFDictionaryRef, CFStringRef format, ...) {
+    Require(CFEqual(format, CFSTR("%u")));
     std::va_list arguments;
     va_start(arguments, format);
-    CFStringAppendFormatAndArguments(text, options, format, arguments);
+    const unsigned number = va_arg(arguments, unsigned);
     va_end(arguments);
-}
-
-void CFStringAppendFormatAndArguments(CFMutableStringRef text, CFDictionaryRef, CFStringRef format,
-                                      std::va_list arguments) {
-    MutableText& target = Changing(text);
-    const TextView pattern = ViewOf(format);
-    const auto unitAt = [&](std::size_t index) { return index < pattern.Length() ? pattern[index] : UniChar{0}; };
-    for (std::size_t position = 0; position < pattern.Length();) {
-        const UniChar next = unitAt(position) == '%' ? unitAt(position + 1) : UniChar{0};
-        std::size_t used = 2;
-        if (next == 'u') {
-            AppendNumber(target, va_arg(arguments, unsigned));
-        } else if (next == 'l' && unitAt(position + 2) == 'u') {
-            AppendNumber(target, va_arg(arguments, unsigned long));
-            used = 3;
-        } else if (next == '@') {
-            CFStringAppend(text, va_arg(arguments, CFStringRef));
-        } else {
-            AppendUnits(target, pattern.Part(position, 1));
-            used = next == '%' ? 2 : 1;
-        }
-        position += used;
-    }
+    AppendNumber(Changing(text), number);
 }
 
 void CFStringDelete(CFMutableStringRef text, CFRange range) {

@@ -173,12 +173,6 @@ Boolean CFStringFindWithOptions(CFStringRef text, CFStringRef needle, CFRange ra
     return Report(isFolded ? FindFolded(part, wanted) : FindExactly(part, wanted), range, result);
 }
 
-CFRange CFStringFind(CFStringRef text, CFStringRef needle, CFStringCompareFlags options) {
-    CFRange found = {kCFNotFound, 0};
-    CFStringFindWithOptions(text, needle, {0, CFStringGetLength(text)}, options, &found);
-    return found;
-}
-
 Boolean CFStringFindCharacterFromSet(CFStringRef text, CFCharacterSetRef set, CFRange range, CFStringCompareFlags,
                                      CFRange* result) {
     return Report(FindMember(ViewOf(text, range), Checked(set, Type::CharacterSet)), range, result);

@@ -1,4 +1,4 @@
-// Cutting texts into pieces and putting pieces together.
+// Cutting texts into pieces.
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFString.h>
 
@@ -22,15 +22,4 @@ CFArrayRef CFStringCreateArrayBySeparatingStrings(CFAllocatorRef allocator, CFSt
     }
     append({start, length - start});
     return owner.release();
-}
-
-CFStringRef CFStringCreateByCombiningStrings(CFAllocatorRef allocator, CFArrayRef texts, CFStringRef separator) {
-    const CFIndex count = CFArrayGetCount(texts);
-    CFMutableStringRef whole = CFStringCreateMutable(allocator, 0);
-    const Owned<__CFString> owner(whole);
-    for (CFIndex index = 0; index < count; ++index) {
-        if (index > 0) CFStringAppend(whole, separator);
-        CFStringAppend(whole, static_cast<CFStringRef>(CFArrayGetValueAtIndex(texts, index)));
-    }
-    return CFStringCreateCopy(allocator, whole);
 }

@@ -120,10 +120,6 @@ void ReleaseUUID(const Object* object) {
 
 using namespace ZEMA::CF;
 
-CFTypeID CFUUIDGetTypeID() {
-    return static_cast<CFTypeID>(Type::UUID);
-}
-
 CFUUIDRef CFUUIDCreateFromUUIDBytes(CFAllocatorRef, CFUUIDBytes bytes) {
     return Unique(std::bit_cast<UUIDBytes>(bytes), kOneReference);
 }
@@ -131,21 +127,6 @@ CFUUIDRef CFUUIDCreateFromUUIDBytes(CFAllocatorRef, CFUUIDBytes bytes) {
 CFUUIDRef CFUUIDCreateFromString(CFAllocatorRef, CFStringRef text) {
     const TextView view = ViewOf(text);
     return view.Length() == 0 ? nullptr : Unique(Parse(view), kOneReference);
-}
-
-CFStringRef CFUUIDCreateString(CFAllocatorRef, CFUUIDRef uuid) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string written;
-    std::size_t index = 0;
-    for (const std::size_t byteCount : kGroups) {
-        if (index > 0) written += '-';
-        for (std::size_t i = 0; i < byteCount; ++i, ++index) {
-            const UInt8 byte = Checked(uuid, Type::UUID).bytes[index];
-            written += kDigits[byte >> 4];
-            written += kDigits[byte & 15];
-        }
-    }
-    return NewText({written.data(), written.size()});
 }
 
 CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) {

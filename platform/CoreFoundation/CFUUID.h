@@ -14,13 +14,11 @@ struct CFUUIDBytes {
     UInt8 byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15;
 };
 
-CF_EXPORT CFTypeID CFUUIDGetTypeID();
 CF_EXPORT CFUUIDRef CFUUIDCreateFromUUIDBytes(CFAllocatorRef allocator, CFUUIDBytes bytes);
 
 // Lenient as the framework is: digits of either case, any one unit between the groups, anything in front and behind;
 // what is missing or not hexadecimal is zero. Null only for the empty text.
 CF_EXPORT CFUUIDRef CFUUIDCreateFromString(CFAllocatorRef allocator, CFStringRef text);
-CF_EXPORT CFStringRef CFUUIDCreateString(CFAllocatorRef allocator, CFUUIDRef uuid);  // upper case
 CF_EXPORT CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid);
 
 // Never freed; the caller owns no reference.

@@ -1,6 +1,4 @@
 // From units to bytes.
-#include <CoreFoundation/CFData.h>
-
 #include <algorithm>
 #include <cstring>
 
@@ -92,28 +90,4 @@ CFIndex CFStringGetBytes(CFStringRef text, CFRange range, CFStringEncoding encod
     const Encoded done = Encode(ViewOf(text, range), encoding, lossByte, buffer, static_cast<std::size_t>(bufferSize));
     if (usedSize) *usedSize = static_cast<CFIndex>(done.byteCount);
     return static_cast<CFIndex>(done.unitCount);
-}
-
-CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
-    switch (encoding) {
-        case kCFStringEncodingASCII:
-            return length;
-        case kCFStringEncodingUTF8:
-            return length * 3;
-        case kCFStringEncodingUTF16BE:
-        case kCFStringEncodingUTF16LE:
-            return length * 2;
-        default:
-            return kCFNotFound;
-    }
-}
-
-CFDataRef CFStringCreateExternalRepresentation(CFAllocatorRef allocator, CFStringRef text, CFStringEncoding encoding,
-                                               UInt8 lossByte) {
-    const TextView view = ViewOf(text);
-    const Encoded needed = Encode(view, encoding, lossByte, nullptr, 0);
-    if (needed.unitCount != view.Length()) return nullptr;
-    std::vector<UInt8> bytes(needed.byteCount);
-    Encode(view, encoding, lossByte, bytes.data(), bytes.size());
-    return CFDataCreate(allocator, bytes.data(), static_cast<CFIndex>(bytes.size()));
 }

@@ -1,8 +1,8 @@
 // How texts lie in memory. Not for use outside of this library.
 //
-// A text that cannot change is one block: this header, then its units, 8 bits each while all are ASCII, else 16. The
-// 8-bit form ends in a zero byte. A text that can change keeps its units in a growing buffer of either kind; once wide
-// it stays wide, so the same text can exist in both forms.
+// A text that cannot change is one block: this header, then its units, 8 bits each while all are ASCII, else 16. A
+// text that can change keeps its units in a growing buffer of either kind; once wide it stays wide, so the same text
+// can exist in both forms.
 #pragma once
 
 #include <CoreFoundation/CFString.h>

@@ -12,7 +12,6 @@
 namespace Foundation {
 
 using NSInteger = long;
-using NSUInteger = unsigned long;
 using NSTimeInterval = double;  // seconds
 
 }  // namespace Foundation

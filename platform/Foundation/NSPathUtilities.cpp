@@ -90,8 +90,8 @@ bool isAbsolutePath(CFStringRef path) {
 std::optional<std::string> FileSystemRepresentation(CFStringRef path) {
     if (path == nullptr || CFStringGetLength(path) == 0) return {};
     const CFRange all = CFRangeMake(0, CFStringGetLength(path));
-    std::string bytes(static_cast<std::size_t>(CFStringGetMaximumSizeForEncoding(all.length, kCFStringEncodingUTF8)),
-                      '\0');
+    constexpr std::size_t kRoomForUnit = 3;  // four bytes stand for two units
+    std::string bytes(kRoomForUnit * static_cast<std::size_t>(all.length), '\0');
     CFIndex used = 0;
     const CFIndex converted =
         CFStringGetBytes(path, all, kCFStringEncodingUTF8, 0, false, reinterpret_cast<UInt8*>(bytes.data()),

@@ -45,8 +45,7 @@ TEST(Bundle, DeclaresTheFactoryThatItHas) {
     const std::optional<BundleInfo> info = ReadBundleInfo(ZEMA_BUNDLE, problem);
     ASSERT_TRUE(info) << problem;
     ASSERT_EQ(info->factories.size(), 1u);
-    const Foundation::CFPointer<CFStringRef> type(CFUUIDCreateString(kCFAllocatorDefault, kMDImporterTypeID));
-    EXPECT_EQ(info->factories[0].type, Utf8Of(type.Get()));
+    EXPECT_EQ(info->factories[0].type, "8B08C4BF-415B-11D8-B3F9-0003936726FC");
     EXPECT_EQ(info->factories[0].factory, ZEMA_METADATA_IMPORTER_FACTORY_ID);
     EXPECT_EQ(info->contentType, "com.zema.wqf");
 }

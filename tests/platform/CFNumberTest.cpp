@@ -39,24 +39,22 @@ TEST(CFNumber, SaysWhenAValueDoesNotFit) {
         SInt64 wide = 77;
         EXPECT_EQ(CFNumberGetValue(row.number.get(), kCFNumberSInt32Type, &narrow), row.fits32);
         EXPECT_EQ(narrow, row.cut32);
-        EXPECT_EQ(CFNumberGetValue(row.number.get(), kCFNumberLongLongType, &wide), row.fits64);
+        EXPECT_EQ(CFNumberGetValue(row.number.get(), kCFNumberSInt64Type, &wide), row.fits64);
         EXPECT_EQ(wide, row.cut64);
     }
     float real = 0;
-    EXPECT_TRUE(CFNumberGetValue(Integer(1 << 24).get(), kCFNumberFloatType, &real));
-    EXPECT_FALSE(CFNumberGetValue(Integer((1 << 24) + 1).get(), kCFNumberFloatType, &real));
+    EXPECT_TRUE(CFNumberGetValue(Integer(1 << 24).get(), kCFNumberFloat32Type, &real));
+    EXPECT_FALSE(CFNumberGetValue(Integer((1 << 24) + 1).get(), kCFNumberFloat32Type, &real));
 }
 
-TEST(CFNumber, ComparesByValueOverAllTypes) {
+TEST(CFNumber, IsEqualByValueOverAllTypes) {
     constexpr SInt64 kLargest = std::numeric_limits<SInt64>::max();
-    const Number ascending[] = {Real(NAN),  Integer(-kLargest), Real(-0.5),        Integer(0),
-                                Real(0.25), Integer(5),         Integer(kLargest), Real(9223372036854775808.0)};
-    for (std::size_t i = 0; i < std::size(ascending); ++i) {
-        for (std::size_t j = 0; j < std::size(ascending); ++j) {
-            const int expected = i < j ? -1 : i > j ? 1 : 0;
-            EXPECT_EQ(CFNumberCompare(ascending[i].get(), ascending[j].get(), nullptr), expected) << i << " " << j;
-        }
+    // The last two are the same number as a double.
+    const Number different[] = {Real(NAN), Real(-0.5), Integer(0), Integer(kLargest), Real(9223372036854775808.0)};
+    for (const Number& one : different) {
+        for (const Number& other : different) EXPECT_EQ(CFEqual(one.get(), other.get()), one == other);
     }
+    EXPECT_TRUE(CFEqual(different[0].get(), Real(-NAN).get()));
     EXPECT_TRUE(CFEqual(Integer(5).get(), Real(5.0).get()));
     EXPECT_EQ(CFHash(Integer(5).get()), CFHash(Real(5.0).get()));
     EXPECT_EQ(CFHash(Real(0.0).get()), CFHash(Real(-0.0).get()));

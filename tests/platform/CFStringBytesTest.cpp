@@ -66,25 +66,14 @@ void CheckBytes(const Json& row, CFStringRef text) {
     EXPECT_EQ(buffer, expected);
 }
 
-void CheckExternalRepresentation(const Json& row, CFStringRef text) {
-    const Held<CFDataRef> data(
-        CFStringCreateExternalRepresentation(nullptr, text, EncodingOf(row), row["loss_byte"].get<UInt8>()));
-    ASSERT_EQ(data != nullptr, row["ok"].get<bool>());
-    if (!data) return;
-    const UInt8* bytes = CFDataGetBytePtr(data.get());
-    EXPECT_EQ(std::vector<UInt8>(bytes, bytes + CFDataGetLength(data.get())), BytesFromHex(row["bytes"]));
-}
-
 TEST(CFStringToBytes, EncodesAsMeasured) {
     for (const Json& row : VectorsOf("encode.json")) {
         SCOPED_TRACE(row.dump());
         const Text text = TextOf(row, "text");
         if (row["call"] == "get_c_string") {
             CheckCString(row, text.get());
-        } else if (row["call"] == "get_bytes") {
-            CheckBytes(row, text.get());
         } else {
-            CheckExternalRepresentation(row, text.get());
+            CheckBytes(row, text.get());
         }
     }
 }
@@ -103,7 +92,6 @@ TEST(CFStringToBytes, NeverWritesPartOfACharacter) {
     }
     EXPECT_EQ(CFStringGetBytes(text.get(), WholeOf(text.get()), kCFStringEncodingUTF8, 0, false, nullptr, 0, &size), 5);
     EXPECT_EQ(size, 10);
-    EXPECT_GE(CFStringGetMaximumSizeForEncoding(CFStringGetLength(text.get()), kCFStringEncodingUTF8), size);
 }
 
 }  // namespace

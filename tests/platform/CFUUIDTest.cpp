@@ -15,7 +15,7 @@ UUID FromText(const char* text) {
     return UUID(CFUUIDCreateFromString(nullptr, MakeText(text).get()));
 }
 
-TEST(CFUUID, ReadsAndWritesAsMeasured) {
+TEST(CFUUID, ReadsAsMeasured) {
     for (const Json& row : VectorsOf("misc.json")) {
         if (row["op"] != "uuid_from_string") continue;
         SCOPED_TRACE(row.dump());
@@ -24,8 +24,6 @@ TEST(CFUUID, ReadsAndWritesAsMeasured) {
         if (!uuid) continue;
         const auto bytes = std::bit_cast<std::array<UInt8, 16>>(CFUUIDGetUUIDBytes(uuid.get()));
         EXPECT_EQ(std::vector<UInt8>(bytes.begin(), bytes.end()), BytesFromHex(row["bytes"]));
-        const Text written(CFUUIDCreateString(nullptr, uuid.get()));
-        EXPECT_EQ(UnitsOf(written.get()), UnitsOf(row, "string"));
     }
 }
 
