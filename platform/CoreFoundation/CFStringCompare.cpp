@@ -1,18 +1,91 @@
-// Comparing and searching.
-#include <CoreFoundation/CFCharacterSet.h>
+// Comparing, searching and splitting.
+#include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFString.h>
+#include <utf8proc.h>
 
 #include <algorithm>
 #include <cstring>
 #include <optional>
 #include <string_view>
 
-#include "platform/CoreFoundation/CaseFolding.h"
-#include "platform/CoreFoundation/CharacterSetObject.h"
 #include "platform/CoreFoundation/StringObject.h"
 
 namespace ZEMA::CF {
 namespace {
+
+constexpr char32_t kEndOfText = 0xFFFFFFFF;
+
+char32_t FoldAscii(char32_t codePoint) {
+    return codePoint - U'A' < 26 ? codePoint + (U'a' - U'A') : codePoint;
+}
+
+// Hands out the full default case folding (statuses C and F) of a text, one code point after the other. An unpaired
+// surrogate stands for itself, and so does everything above U+FFFF: the framework folds nothing there.
+class FoldedReader {
+public:
+    explicit FoldedReader(TextView text) : text_(text) {}
+
+    char32_t Next();  // kEndOfText at the end
+
+    // Whether the code points of one character have all been handed out, and where the next character starts.
+    bool IsBetweenCharacters() const { return nextPending_ == pendingCount_; }
+    std::size_t Position() const { return position_; }
+
+private:
+    static constexpr std::size_t kMaximumExpansion = 3;  // of one code point
+
+    TextView text_;
+    std::size_t position_ = 0;
+    std::size_t pendingCount_ = 0;
+    std::size_t nextPending_ = 0;
+    char32_t pending_[kMaximumExpansion] = {};
+};
+
+// The framework's tables are older than utf8proc's: these it leaves alone.
+bool IsUnknownToTheFramework(char32_t codePoint) {
+    if (codePoint >= 0x1C80 && codePoint <= 0x1C88) return true;
+    return codePoint == 0x2C2F || codePoint == 0xA7C0 || codePoint == 0xA7D0 || codePoint == 0xA7D6 ||
+           codePoint == 0xA7D8;
+}
+
+// Unicode folds Cherokee to its capitals, the framework to its small letters; only the order against other letters
+// tells the difference. Gives 0 for other letters.
+char32_t FoldCherokee(char32_t codePoint) {
+    if (codePoint >= 0x13A0 && codePoint <= 0x13EF) return codePoint - 0x13A0 + 0xAB70;
+    if (codePoint >= 0x13F0 && codePoint <= 0x13F5) return codePoint + 8;
+    const bool isSmall = (codePoint >= 0xAB70 && codePoint <= 0xABBF) || (codePoint >= 0x13F8 && codePoint <= 0x13FD);
+    return isSmall ? codePoint : 0;
+}
+
+std::size_t Fold(char32_t codePoint, char32_t (&folded)[3]) {
+    folded[0] = codePoint;
+    if (IsUnknownToTheFramework(codePoint)) return 1;
+    if (const char32_t letter = FoldCherokee(codePoint)) {
+        folded[0] = letter;
+        return 1;
+    }
+    utf8proc_int32_t found[3];
+    int boundClass = 0;
+    const utf8proc_ssize_t count =
+        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(codePoint), found, 3, UTF8PROC_CASEFOLD, &boundClass);
+    if (count < 1 || count > 3) return 1;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) folded[i] = static_cast<char32_t>(found[i]);
+    return static_cast<std::size_t>(count);
+}
+
+char32_t FoldedReader::Next() {
+    if (nextPending_ < pendingCount_) return pending_[nextPending_++];
+    if (position_ == text_.Length()) return kEndOfText;
+    const UniChar unit = text_[position_++];
+    if (unit < 0x80) return FoldAscii(unit);
+    if (IsHighSurrogate(unit) && position_ < text_.Length() && IsLowSurrogate(text_[position_])) {
+        return PairToCodePoint(unit, text_[position_++]);
+    }
+    if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) return unit;
+    pendingCount_ = Fold(unit, pending_);
+    nextPending_ = 1;
+    return pending_[0];
+}
 
 template <class Number>
 CFComparisonResult Order(Number left, Number right) {
@@ -123,24 +196,6 @@ Match FindFolded(TextView text, TextView needle) {
     return Match();
 }
 
-// A surrogate takes the next unit with it, whether the two are a pair or not, as the framework does; so a search that
-// starts inside a pair passes over the character behind it.
-Match FindMember(TextView text, const __CFCharacterSet& set) {
-    for (std::size_t position = 0; position < text.Length(); ++position) {
-        const UniChar unit = text[position];
-        if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) {
-            if (set.Contains(unit)) return MatchAt(position, 1);
-            continue;
-        }
-        if (position + 1 == text.Length()) break;
-        const UniChar next = text[position + 1];
-        const bool isPair = IsHighSurrogate(unit) && IsLowSurrogate(next);
-        if (isPair && set.Contains(PairToCodePoint(unit, next))) return MatchAt(position, 2);
-        ++position;
-    }
-    return Match();
-}
-
 Boolean Report(const Match& match, CFRange range, CFRange* result) {
     if (match && result) *result = {range.location + match->location, match->length};
     return match.has_value();
@@ -173,7 +228,20 @@ Boolean CFStringFindWithOptions(CFStringRef text, CFStringRef needle, CFRange ra
     return Report(isFolded ? FindFolded(part, wanted) : FindExactly(part, wanted), range, result);
 }
 
-Boolean CFStringFindCharacterFromSet(CFStringRef text, CFCharacterSetRef set, CFRange range, CFStringCompareFlags,
-                                     CFRange* result) {
-    return Report(FindMember(ViewOf(text, range), Checked(set, Type::CharacterSet)), range, result);
+CFArrayRef CFStringCreateArrayBySeparatingStrings(CFAllocatorRef allocator, CFStringRef text, CFStringRef separator) {
+    const CFIndex length = CFStringGetLength(text);
+    CFMutableArrayRef pieces = CFArrayCreateMutable(allocator, 0, &kCFTypeArrayCallBacks);
+    Owned<__CFArray> owner(pieces);
+    const auto append = [&](CFRange range) {
+        const Owned<__CFString> piece(CFStringCreateWithSubstring(allocator, text, range));
+        CFArrayAppendValue(pieces, piece.get());
+    };
+    CFIndex start = 0;
+    CFRange found;
+    while (CFStringFindWithOptions(text, separator, {start, length - start}, 0, &found)) {
+        append({start, found.location - start});
+        start = found.location + found.length;
+    }
+    append({start, length - start});
+    return owner.release();
 }

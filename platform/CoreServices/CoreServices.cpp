@@ -1,4 +1,4 @@
-#include <CoreServices/MDItem.h>
+#include <CoreServices/CoreServices.h>
 
 #include "platform/CoreFoundation/StringObject.h"
 
