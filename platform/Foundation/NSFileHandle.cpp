@@ -10,8 +10,8 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
-#include "platform/Foundation/NSException.h"
 #include "platform/Foundation/NSPathUtilities.h"
 #include "platform/Foundation/Uninterrupted.h"
 
@@ -34,6 +34,11 @@ off_t ToOffset(const char* operation, std::uint64_t offset) {
 }
 
 }  // namespace
+
+NSException::NSException(const char* name, std::string reason) : name_(name), reason_(std::move(reason)) {}
+
+// Out of line, so that the type information stands once, in this library.
+NSException::~NSException() = default;
 
 std::unique_ptr<NSFileHandle> NSFileHandle::fileHandleForReadingAtPath(CFStringRef path) {
     return Open(path, O_RDONLY);

@@ -20,7 +20,18 @@
 #endif
 
 namespace Foundation {
+namespace fs = std::filesystem;
 namespace {
+
+NSFileType TypeOf(mode_t mode) {
+    if (S_ISREG(mode)) return NSFileTypeRegular;
+    if (S_ISDIR(mode)) return NSFileTypeDirectory;
+    if (S_ISLNK(mode)) return NSFileTypeSymbolicLink;
+    if (S_ISSOCK(mode)) return NSFileTypeSocket;
+    if (S_ISCHR(mode)) return NSFileTypeCharacterSpecial;
+    if (S_ISBLK(mode)) return NSFileTypeBlockSpecial;
+    return NSFileTypeUnknown;
+}
 
 // The path as the system takes it; where it has no such form the name is empty, which names nothing.
 std::string SystemPath(CFStringRef path) {
@@ -105,6 +116,52 @@ bool IsSelfOrParent(const std::string& name) {
 
 }  // namespace
 
+NSFileAttributes FileAttributesOf(const struct stat& status) {
+#ifdef __APPLE__
+    const std::timespec& created = status.st_birthtimespec;
+    const std::timespec& modified = status.st_mtimespec;
+#else
+    const std::timespec& created = status.st_ctim;
+    const std::timespec& modified = status.st_mtim;
+#endif
+    NSFileAttributes attributes;
+    attributes.fileType = TypeOf(status.st_mode);
+    attributes.filePosixPermissions = status.st_mode & 07777u;
+    attributes.fileCreationDate = NSDate::dateWithTimespec(created);
+    attributes.fileModificationDate = NSDate::dateWithTimespec(modified);
+    attributes.fileSize = static_cast<std::uint64_t>(status.st_size);
+    return attributes;
+}
+
+NSDirectoryEnumerator::NSDirectoryEnumerator(CFStringRef path) {
+    const std::optional<std::string> start = FileSystemRepresentation(path);
+    if (!start) return;
+    start_ = *start;
+    // The library would enter a start that is a link.
+    std::error_code error;
+    if (!fs::is_directory(fs::symlink_status(start_, error))) return;
+    walk_ = fs::recursive_directory_iterator(start_, fs::directory_options::skip_permission_denied, error);
+}
+
+CFPointer<CFStringRef> NSDirectoryEnumerator::nextObject() {
+    for (; walk_ != fs::recursive_directory_iterator();) {
+        std::error_code error;  // an error ends the walk
+        if (begun_) walk_.increment(error);
+        begun_ = true;
+        if (walk_ == fs::recursive_directory_iterator()) break;
+        const fs::path below = walk_->path().lexically_relative(start_);
+        if (auto name = StringWithFileSystemRepresentation(below.native())) return name;
+        walk_.disable_recursion_pending();
+    }
+    return {};
+}
+
+std::optional<NSFileAttributes> NSDirectoryEnumerator::fileAttributes() const {
+    struct stat status = {};
+    if (walk_ == fs::recursive_directory_iterator() || lstat(walk_->path().c_str(), &status) != 0) return {};
+    return FileAttributesOf(status);
+}
+
 NSFileManager& NSFileManager::defaultManager() {
     static NSFileManager manager;
     return manager;
@@ -145,7 +202,7 @@ bool NSFileManager::createFileAtPath(CFStringRef path) const {
 
 bool NSFileManager::removeItemAtPath(CFStringRef path) const {
     std::error_code error;
-    const std::uintmax_t removed = std::filesystem::remove_all(SystemPath(path), error);
+    const std::uintmax_t removed = fs::remove_all(SystemPath(path), error);
     if (error) return Fail(error.value());
     return removed != 0 || Fail(ENOENT);
 }
@@ -176,14 +233,14 @@ NSDirectoryEnumerator NSFileManager::enumeratorAtPath(CFStringRef path) const {
 
 CFPointer<CFStringRef> NSFileManager::destinationOfSymbolicLinkAtPath(CFStringRef path) const {
     std::error_code error;
-    const std::filesystem::path destination = std::filesystem::read_symlink(SystemPath(path), error);
+    const fs::path destination = fs::read_symlink(SystemPath(path), error);
     if (error) return {};
     return StringWithFileSystemRepresentation(destination.native());
 }
 
 CFPointer<CFStringRef> NSFileManager::currentDirectoryPath() const {
     std::error_code error;
-    const std::filesystem::path directory = std::filesystem::current_path(error);
+    const fs::path directory = fs::current_path(error);
     if (error) return {};
     return StringWithFileSystemRepresentation(directory.native());
 }

@@ -2,15 +2,62 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 
 #include "platform/Foundation/CFPointer.h"
 #include "platform/Foundation/NSDate.h"
-#include "platform/Foundation/NSDirectoryEnumerator.h"
-#include "platform/Foundation/NSFileAttributes.h"
 #include "platform/Foundation/NSObjCRuntime.h"
 
+struct stat;
+
 namespace Foundation {
+
+enum class NSFileType {
+    NSFileTypeRegular,
+    NSFileTypeDirectory,
+    NSFileTypeSymbolicLink,
+    NSFileTypeSocket,
+    NSFileTypeCharacterSpecial,
+    NSFileTypeBlockSpecial,
+    NSFileTypeUnknown,
+};
+using enum NSFileType;
+
+// The dictionary of attributes, with the keys in use as fields. Read ones are all present; to set some, fill in those.
+struct NSFileAttributes {
+    std::optional<NSFileType> fileType;
+    std::optional<std::uint32_t> filePosixPermissions;  // the low bits of the mode, 07777
+    std::optional<NSDate> fileCreationDate;             // of the last change of status where none is kept
+    std::optional<NSDate> fileModificationDate;
+    std::optional<std::uint64_t> fileSize;  // bytes
+};
+
+// The attributes that a stat structure holds.
+FOUNDATION_EXPORT NSFileAttributes FileAttributesOf(const struct stat& status);
+
+// Depth first, a directory before its contents. Links are listed and not entered; a directory that may not be read is
+// listed and passed over, and so is whatever cannot be named.
+//
+//     for (auto item = enumerator.nextObject(); item; item = enumerator.nextObject()) ...
+//
+// A directory is read only when the walk goes on behind it, so its permissions may be changed before.
+class FOUNDATION_EXPORT NSDirectoryEnumerator {
+public:
+    // The next path, relative to the start; null at the end.
+    CFPointer<CFStringRef> nextObject();
+
+    // Of the present item itself; empty when it has gone meanwhile.
+    std::optional<NSFileAttributes> fileAttributes() const;
+
+private:
+    friend class NSFileManager;
+    explicit NSDirectoryEnumerator(CFStringRef path);
+
+    std::filesystem::path start_;
+    std::filesystem::recursive_directory_iterator walk_;
+    bool begun_ = false;
+};
 
 // The calls of the shared file manager that are in use.
 //

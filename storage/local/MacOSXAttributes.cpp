@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-#include "platform/Foundation/NSCalendar.h"
+#include "platform/Foundation/NSDate.h"
 #include "platform/Foundation/NSFileManager.h"
 #include "platform/Foundation/NSPathUtilities.h"
 

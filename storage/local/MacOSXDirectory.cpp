@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/Foundation/NSException.h"
+#include "platform/Foundation/NSFileHandle.h"
 #include "platform/Foundation/NSFileManager.h"
 #include "platform/Foundation/NSPathUtilities.h"
 #include "storage/PathOperations.h"

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "platform/Foundation/NSException.h"
+#include "platform/Foundation/NSFileHandle.h"
 #include "storage/local/MacOSXAttributes.h"
 
 namespace ZEMA {

@@ -7,7 +7,6 @@
 #include <functional>
 #include <string>
 
-#include "platform/Foundation/NSException.h"
 #include "tests/platform/Foundation/Text.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/Foundation/NSCalendar.h"
+#include "platform/Foundation/NSDate.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
