@@ -1,8 +1,5 @@
 #include "registry/ObjectRegistry.h"
 
-#include "registry/ObjectRegistryInstantiator.h"
-#include "registry/ObjectRegistryObserver.h"
-
 namespace ZEMA {
 
 ObjectRegistry::ObjectRegistry() = default;

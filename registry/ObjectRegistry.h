@@ -9,7 +9,30 @@
 
 namespace ZEMA {
 
-class ObjectRegistryInstantiator;
+class ObjectRegistry;
+
+// Makes an object on first request. Not an Object itself: it lives on the caller's stack, or is static.
+class ObjectRegistryInstantiator {
+public:
+    virtual ~ObjectRegistryInstantiator() = default;
+
+    // A new object, or null when it cannot be made. Called with the registry's lock held.
+    virtual RefPointer<Object> Instantiate() = 0;
+};
+
+// An object stored in the registry that is also one of these learns when it enters and leaves. Both are called with the
+// registry's lock held; neither may keep a reference to the registry, which may be on its way out.
+class ObjectRegistryObserver : public virtual Object {
+protected:
+    ~ObjectRegistryObserver() override = default;
+
+public:
+    // Before the entry is made; false refuses the registration.
+    virtual bool OnRegister(ObjectRegistry& registry, unsigned long key) = 0;
+
+    // After the entry is gone.
+    virtual void OnUnregister(ObjectRegistry& registry, unsigned long key) = 0;
+};
 
 // Holds one reference to each object under its key, and makes an object on first request, so that rooms find each
 // other's services without knowing each other's classes. Keys are 32 bits wide: big-endian four-character codes.

@@ -1,7 +1,7 @@
 // The root of the storage tree.
 #pragma once
 
-#include "registry/ObjectRegistryInstantiator.h"
+#include "registry/ObjectRegistry.h"
 #include "storage/Directory.h"
 
 namespace ZEMA {

@@ -8,7 +8,6 @@
 
 #include "registry/ObjectFactory.h"
 #include "registry/ObjectRegistry.h"
-#include "registry/ObjectRegistryObserver.h"
 #include "tests/support/EventLog.h"
 
 namespace ZEMA {
