@@ -3,11 +3,12 @@
 #include <utility>
 
 #include "core/NumberScan.h"
-#include "core/UnitWindow.h"
 #include "platform/Foundation/CFPointer.h"
 
 namespace ZEMA {
 namespace {
+
+using Foundation::CFPointer;
 
 // The platform's constant; retaining and releasing it change nothing.
 CFStringRef EmptyText() {
@@ -25,8 +26,8 @@ std::string_view ViewOf(const char* text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-std::uint32_t PositionOf(Boolean found, CFRange range) {
-    return found ? static_cast<std::uint32_t>(range.location) : npos;
+CFPointer<CFStringRef> TextOf(UniChar unit) {
+    return CFPointer<CFStringRef>(CFStringCreateWithCharacters(kCFAllocatorDefault, &unit, 1));
 }
 
 }  // namespace
@@ -126,7 +127,7 @@ bool String::LessNoCase(const String& other) const {
 
 int String::CompareNoCase(std::uint32_t p, std::uint32_t n, const String& other, std::uint32_t q,
                           std::uint32_t m) const {
-    const Foundation::CFPointer<CFStringRef> part(other.CreateCFString(q, m));
+    const CFPointer<CFStringRef> part(other.CreateCFString(q, m));
     return CompareRangeNoCase(Clamp(p, n), part.Get());
 }
 
@@ -141,40 +142,30 @@ bool String::CharAtIs(std::uint32_t index, UniChar unit) const {
 }
 
 std::uint32_t String::Find(UniChar unit, std::uint32_t start) const {
-    const std::uint32_t length = Length();
-    UnitWindow units(CFString());
-    for (std::uint32_t index = start; index < length; ++index) {
-        if (units[index] == unit) return index;
-    }
-    return npos;
+    return FindWith(TextOf(unit).Get(), start, 0);
 }
 
 std::uint32_t String::FindNoCase(const String& text, std::uint32_t start) const {
-    if (start >= Length()) return npos;
-    CFRange found = {};
-    return PositionOf(
-        CFStringFindWithOptions(CFString(), text.CFString(), Clamp(start, npos), kCFCompareCaseInsensitive, &found),
-        found);
+    return FindWith(text.CFString(), start, kCFCompareCaseInsensitive);
 }
 
 std::uint32_t String::FindFirstOf(const String& set, std::uint32_t start) const {
     if (start >= Length()) return npos;
-    const Foundation::CFPointer<CFCharacterSetRef> members(
+    const CFPointer<CFCharacterSetRef> members(
         CFCharacterSetCreateWithCharactersInString(kCFAllocatorDefault, set.CFString()));
     CFRange found = {};
-    return PositionOf(CFStringFindCharacterFromSet(CFString(), members.Get(), Clamp(start, npos), 0, &found), found);
+    if (!CFStringFindCharacterFromSet(CFString(), members.Get(), Clamp(start, npos), 0, &found)) return npos;
+    return static_cast<std::uint32_t>(found.location);
 }
 
 void String::Split(UniChar separator, BasicArray<String>& pieces) const {
-    String text;
-    text.Adopt(CFStringCreateWithCharacters(kCFAllocatorDefault, &separator, 1));
-    Split(text, pieces);
+    Split(String(TextOf(separator).Get()), pieces);
 }
 
 void String::Split(const String& separator, BasicArray<String>& pieces) const {
     // Made before `pieces` is emptied: this text or the separator may be one of them.
     const bool isSeparator = *this == separator;
-    const Foundation::CFPointer<CFArrayRef> parts(
+    const CFPointer<CFArrayRef> parts(
         IsEmpty() || isSeparator
             ? nullptr
             : CFStringCreateArrayBySeparatingStrings(kCFAllocatorDefault, CFString(), separator.CFString()));
@@ -199,6 +190,13 @@ CFRange String::Clamp(std::uint32_t p, std::uint32_t n) const {
     if (std::uint64_t{p} + n <= length) return CFRangeMake(p, n);
     if (p <= length) return CFRangeMake(p, static_cast<CFIndex>(length - p));
     return CFRangeMake(0, 0);
+}
+
+std::uint32_t String::FindWith(CFStringRef text, std::uint32_t start, CFStringCompareFlags options) const {
+    if (start >= Length()) return npos;
+    CFRange found = {};
+    if (!CFStringFindWithOptions(CFString(), text, Clamp(start, npos), options, &found)) return npos;
+    return static_cast<std::uint32_t>(found.location);
 }
 
 int String::CompareRangeNoCase(CFRange range, CFStringRef other) const {

@@ -98,6 +98,7 @@ public:
 private:
     int Compare(const String& other) const;
     int CompareRangeNoCase(CFRange range, CFStringRef other) const;
+    std::uint32_t FindWith(CFStringRef text, std::uint32_t start, CFStringCompareFlags options) const;
     CFRange Clamp(std::uint32_t p, std::uint32_t n) const;
     CFMutableStringRef MakeMutable();
     void Adopt(CFStringRef text);  // takes over the caller's reference; null is the empty text
