@@ -1,10 +1,12 @@
 #include "core/ByteText.h"
 
 #include <cerrno>
+#include <clocale>
 #include <cstdlib>
 #include <limits>
-
-#include "core/CLocale.h"
+#if defined(__APPLE__)
+#include <xlocale.h>
+#endif
 
 namespace ZEMA {
 namespace {
@@ -33,12 +35,13 @@ int ResolveBase(const char*& cursor, int base) {
     return base;
 }
 
-}  // namespace
-
+// For reading numbers whatever locale the host has set. Made on first use and never freed.
 locale_t CLocale() {
     static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
     return locale;
 }
+
+}  // namespace
 
 bool IsWhiteSpace(char byte) {
     return byte == ' ' || (byte >= '\t' && byte <= '\r');
