@@ -1,9 +1,7 @@
 // The growing array of the system.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <memory>
 #include <new>
 #include <utility>
 
@@ -26,7 +24,7 @@ public:
     }
     BasicArray(BasicArray&& other) noexcept { Swap(other); }
     virtual ~BasicArray() {
-        std::destroy(begin_, end_);
+        Destroy(begin_, end_);
         Free(begin_);
     }
 
@@ -56,10 +54,9 @@ public:
     // A full block grows to the larger of one and a half times its capacity and four more elements.
     void PushBack(const T& element) {
         if (end_ == endOfCapacity_) {
-            const std::size_t capacity = Capacity();
-            Grow(std::max(capacity + capacity / 2, Size() + 4), element);
+            Grow(Larger(Capacity() + Capacity() / 2, Size() + 4), element);
         } else {
-            std::construct_at(end_, element);
+            new (end_) T(element);
             ++end_;
         }
     }
@@ -76,21 +73,21 @@ public:
     // stays linear.
     void Resize(std::size_t size, T filler = T()) {
         while (Size() > size) PopBack();
-        if (size > Capacity()) Reserve(std::max(size, Capacity() + Capacity() / 2));
+        if (size > Capacity()) Reserve(Larger(size, Capacity() + Capacity() / 2));
         while (Size() < size) PushBack(filler);
     }
 
-    void PopBack() { std::destroy_at(--end_); }
+    void PopBack() { (--end_)->~T(); }
 
     // Removes one element; those behind it move down by one.
     void Erase(std::size_t index) {
-        std::move(begin_ + index + 1, end_, begin_ + index);
+        for (T* next = begin_ + index + 1; next != end_; ++next) next[-1] = std::move(*next);
         PopBack();
     }
 
     // Destroys the elements and keeps the block.
     void Clear() {
-        std::destroy(begin_, end_);
+        Destroy(begin_, end_);
         end_ = begin_;
     }
 
@@ -107,14 +104,14 @@ private:
         Block(const Block&) = delete;
         Block& operator=(const Block&) = delete;
         ~Block() {
-            std::destroy(begin, end);
+            Destroy(begin, end);
             Free(begin);
         }
         void CopyFrom(const T* first, const T* last) {
             for (; first != last; ++first) Append(*first);
         }
         void Append(const T& element) {
-            std::construct_at(end, element);
+            new (end) T(element);
             ++end;
         }
         T* begin;
@@ -128,6 +125,10 @@ private:
         return static_cast<T*>(::operator new[](capacity * sizeof(T)));
     }
     static void Free(T* block) { ::operator delete[](block); }
+    static void Destroy(T* first, T* last) {
+        for (; first != last; ++first) first->~T();
+    }
+    static std::size_t Larger(std::size_t a, std::size_t b) { return a < b ? b : a; }
 
     void Grow(std::size_t capacity, const T& element) {
         Block block(capacity);
@@ -150,7 +151,11 @@ private:
 
 template <class T>
 bool operator==(const BasicArray<T>& a, const BasicArray<T>& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end());
+    if (a.Size() != b.Size()) return false;
+    for (std::size_t index = 0; index < a.Size(); ++index) {
+        if (!(a[index] == b[index])) return false;
+    }
+    return true;
 }
 
 }  // namespace ZEMA

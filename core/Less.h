@@ -1,15 +1,23 @@
 // The orders that the ordered containers use.
 #pragma once
 
-#include <functional>
+#include <compare>
+#include <type_traits>
 #include <typeinfo>
 
 namespace ZEMA {
 
-// `operator<` of T, which for pointers is made total; for String that is the exact order of UTF-16 units.
+// `operator<` of T; for String that is the exact order of UTF-16 units. Pointers are ordered even where `<` promises
+// nothing, because they point into different objects.
 template <class T>
 struct Less {
-    bool operator()(const T& a, const T& b) const { return std::less<T>()(a, b); }
+    bool operator()(const T& a, const T& b) const {
+        if constexpr (std::is_pointer_v<T>) {
+            return std::compare_three_way()(a, b) < 0;
+        } else {
+            return a < b;
+        }
+    }
 };
 
 // String::LessNoCase: texts that differ only in case are one key.

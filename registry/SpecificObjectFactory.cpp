@@ -1,5 +1,7 @@
 #include "registry/SpecificObjectFactory.h"
 
+#include "registry/SharedMutex.h"
+
 namespace ZEMA {
 
 SpecificObjectFactory::~SpecificObjectFactory() {

@@ -5,9 +5,10 @@
 
 #include "core/Object.h"
 #include "registry/ObjectFactoryArgs.h"
-#include "registry/SharedMutex.h"
 
 namespace ZEMA {
+
+class SharedMutex;
 
 // Which factories of an abstract type are asked first: those that answer only for what they recognise (an archive)
 // before those that answer for anything of a general kind (whatever the file system holds). A property of the factory,
