@@ -6,6 +6,7 @@ Exception::~Exception() = default;
 RangeException::~RangeException() = default;
 
 void RangeException::Throw() {
+    // Never freed: whoever catches the pointer may look at it until the very end.
     static RangeException* const instance = new RangeException;
     throw instance;
 }

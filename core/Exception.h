@@ -5,6 +5,7 @@
 
 namespace ZEMA {
 
+// The root of what this system throws besides allocation failure. Thrown as a pointer, never by value.
 class Exception {
 public:
     virtual ~Exception();

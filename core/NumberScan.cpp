@@ -14,6 +14,7 @@ namespace {
 
 using Foundation::CFPointer;
 
+// A text that stands for a boolean.
 struct BoolLiteral {
     const char* text;  // lower case, ASCII
     bool value;

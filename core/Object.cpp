@@ -10,6 +10,7 @@ void Object::AddRef() {
 
 void Object::Release() {
     if (referenceCount.fetch_sub(1) > 1) return;
+    // Before the destructor, since there the object is no longer of the class that knows what to detach.
     OnLastRelease();
     delete this;
 }

@@ -3,6 +3,7 @@
 
 namespace ZEMA {
 
+// A name with its value, a start handler with its end handler. No order and no equality: nobody compares them.
 template <class A, class B>
 struct Pair {
     A first;

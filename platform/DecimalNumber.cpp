@@ -18,6 +18,7 @@
 namespace ZEMA {
 namespace {
 
+// A number taken apart, before anything is converted.
 struct Decimal {
     bool isNumber = false;  // false: only `end` means anything
     bool isNegative = false;

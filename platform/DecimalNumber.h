@@ -11,6 +11,7 @@ namespace ZEMA {
 
 inline constexpr std::size_t kLongestDecimal = 1024;  // bytes; what follows is not looked at
 
+// What was read, and how far.
 struct DecimalNumber {
     std::size_t end;             // behind what is used up, number or not
     std::optional<float> value;  // none where there is no number, or one out of range

@@ -52,6 +52,7 @@ bool ObjectFactory::Register(const std::type_info* concrete, SpecificObjectFacto
     const auto position = abstractFactories_.Find(abstract);
     const RefPointer<AbstractObjectFactory> family =
         position != abstractFactories_.end() ? position->second : New<AbstractObjectFactory>();
+    // Under both, so that a concrete type is known from now on and can be asked for by itself.
     abstractFactories_.Insert(abstract, family);
     abstractFactories_.Insert(concrete, family);
     return family->Add(concrete, factory);

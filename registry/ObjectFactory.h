@@ -91,6 +91,7 @@ private:
     BasicMap<const std::type_info*, RefPointer<SpecificObjectFactory>, TypeInfoLess> directFactories_;
 };
 
+// Makes the object factory when the registry has none.
 class ObjectFactoryInstantiator : public ObjectRegistryInstantiator {
 public:
     RefPointer<Object> Instantiate() override;

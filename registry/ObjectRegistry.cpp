@@ -34,13 +34,14 @@ bool ObjectRegistry::Register(unsigned long key, Object* object) {
 
 void ObjectRegistry::RemoveAll() {
     const std::lock_guard lock(mutex_);
+    // One at a time: an observer may enter or remove others meanwhile.
     while (!entries_.Empty()) RemoveFirstLocked();
 }
 
 void ObjectRegistry::RemoveFirstLocked() {
     const auto first = entries_.begin();
     const unsigned long key = first->first;
-    const RefPointer<Object> object = first->second;
+    const RefPointer<Object> object = first->second;  // an observer is told after its entry is gone, and must be alive
     entries_.Erase(first);
     auto* const observer = dynamic_cast<ObjectRegistryObserver*>(object.Get());
     if (observer != nullptr) observer->OnUnregister(*this, key);

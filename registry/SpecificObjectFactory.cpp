@@ -16,6 +16,7 @@ void SpecificObjectFactory::Detach() {}
 
 bool SpecificObjectFactory::BeginRegistration(SharedMutex& mutex) {
     if (registrationCount_ == 0) {
+        // Shared first: Attach may use what this mutex guards.
         ShareMutex(&mutex);
         if (!Attach()) {
             ShareMutex(nullptr);
@@ -27,6 +28,7 @@ bool SpecificObjectFactory::BeginRegistration(SharedMutex& mutex) {
 }
 
 void SpecificObjectFactory::ShareMutex(SharedMutex* mutex) {
+    // The new share first: both may be of one mutex, whose last share must not go in between.
     if (mutex != nullptr) mutex->AddShare();
     if (mutex_ != nullptr) mutex_->DropShare();
     mutex_ = mutex;

@@ -43,6 +43,7 @@ using CFAllocatorRef = const struct __CFAllocator*;
 inline constexpr CFAllocatorRef kCFAllocatorDefault = nullptr;
 inline constexpr CFAllocatorRef kCFAllocatorSystemDefault = nullptr;
 
+// `length` things from `location` on; for texts these are units.
 struct CFRange {
     CFIndex location;
     CFIndex length;
@@ -54,6 +55,7 @@ inline CFRange CFRangeMake(CFIndex location, CFIndex length) {
 
 inline constexpr CFIndex kCFNotFound = -1;
 
+// How the first of two compares to the second.
 enum CFComparisonResult : CFIndex { kCFCompareLessThan = -1, kCFCompareEqualTo = 0, kCFCompareGreaterThan = 1 };
 
 // A null object ends the process in these calls. Constants (the empty string, CFSTR texts, the booleans) have a fixed

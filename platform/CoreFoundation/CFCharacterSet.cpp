@@ -8,6 +8,7 @@
 
 #include "platform/CoreFoundation/StringObject.h"
 
+// Nearly all sets are a few ASCII characters, which are then found without a search.
 struct __CFCharacterSet : ZEMA::CF::Object {
     __CFCharacterSet() : Object(ZEMA::CF::Type::CharacterSet, 0) {}
 

@@ -12,7 +12,8 @@ using CFDictionaryCopyDescriptionCallBack = CFStringRef (*)(const void* value);
 using CFDictionaryEqualCallBack = Boolean (*)(const void* value1, const void* value2);
 using CFDictionaryHashCallBack = CFHashCode (*)(const void* value);
 
-// A null callback: nothing is kept alive, compared by address, hashed by address. Descriptions are never asked for.
+// What is done with keys. A null callback: nothing is kept alive, compared by address, hashed by address. Descriptions
+// are never asked for.
 struct CFDictionaryKeyCallBacks {
     CFIndex version;
     CFDictionaryRetainCallBack retain;
@@ -21,6 +22,7 @@ struct CFDictionaryKeyCallBacks {
     CFDictionaryEqualCallBack equal;
     CFDictionaryHashCallBack hash;
 };
+// The same for values, which are compared only where two dictionaries are.
 struct CFDictionaryValueCallBacks {
     CFIndex version;
     CFDictionaryRetainCallBack retain;

@@ -7,10 +7,13 @@
 
 #include "platform/CoreFoundation/CFRuntime.h"
 
+// One of two constants, told apart by their address.
 struct __CFBoolean : ZEMA::CF::Object {
     constexpr __CFBoolean() : Object(ZEMA::CF::Type::Boolean, 0, ZEMA::CF::kConstantBit) {}
 };
 
+// A whole number of up to 64 bits or a double; the type that it was made from is forgotten, since a float is a double
+// and equality does not ask for it.
 struct __CFNumber : ZEMA::CF::Object {
     static constexpr std::uint8_t kReal = 1;
 

@@ -3,6 +3,7 @@
 #include "platform/CoreFoundation/StringObject.h"
 #include "platform/DecimalNumber.h"
 
+// Has no state: what is read depends on no locale.
 struct __CFNumberFormatter : ZEMA::CF::Object {
     constexpr __CFNumberFormatter() : Object(ZEMA::CF::Type::NumberFormatter, 0, ZEMA::CF::kConstantBit) {}
 };

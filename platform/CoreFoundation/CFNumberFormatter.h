@@ -9,6 +9,7 @@ CF_EXTERN_C_BEGIN
 using CFLocaleRef = const struct __CFLocale*;
 using CFNumberFormatterRef = struct __CFNumberFormatter*;
 
+// How numbers would be written; reading does not ask for it.
 enum CFNumberFormatterStyle : CFIndex { kCFNumberFormatterNoStyle = 0 };
 
 // A null locale is the root locale, the only one there is here: '.' is the decimal point, digits are 0 to 9.

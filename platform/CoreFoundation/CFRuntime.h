@@ -10,6 +10,7 @@
 
 namespace ZEMA::CF {
 
+// The types of objects; what CFGetTypeID answers.
 enum class Type : std::uint8_t {
     String = 1,
     Array,
@@ -73,6 +74,7 @@ T& Checked(T* object, Type type) {
     return *object;
 }
 
+// Gives one reference back.
 struct Releaser {
     void operator()(CFTypeRef object) const { CFRelease(object); }
 };

@@ -9,6 +9,7 @@ using CFArrayRef = const struct __CFArray*;
 using CFCharacterSetRef = const struct __CFCharacterSet*;
 
 using CFStringEncoding = UInt32;
+// The encodings that are known; for any other, nothing can be decoded or encoded.
 enum : CFStringEncoding {
     kCFStringEncodingASCII = 0x0600,
     kCFStringEncodingUTF8 = 0x08000100,
@@ -18,6 +19,7 @@ enum : CFStringEncoding {
 };
 
 using CFStringCompareFlags = CFOptionFlags;
+// No flag, or this one.
 enum : CFStringCompareFlags { kCFCompareCaseInsensitive = 1 };
 
 CF_EXPORT CFTypeID CFStringGetTypeID();

@@ -14,6 +14,7 @@ using UUIDBytes = std::array<UInt8, 16>;
 
 }  // namespace ZEMA::CF
 
+// Sixteen bytes in the order in which they are written.
 struct __CFUUID : ZEMA::CF::Object {
     explicit __CFUUID(const ZEMA::CF::UUIDBytes& value) : Object(ZEMA::CF::Type::UUID, 0), bytes(value) {}
     const ZEMA::CF::UUIDBytes bytes;

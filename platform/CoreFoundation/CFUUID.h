@@ -9,6 +9,7 @@ CF_EXTERN_C_BEGIN
 
 using CFUUIDRef = const struct __CFUUID*;
 
+// The bytes in the order in which they are written, whatever the byte order of the machine.
 struct CFUUIDBytes {
     UInt8 byte0, byte1, byte2, byte3, byte4, byte5, byte6, byte7;
     UInt8 byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15;

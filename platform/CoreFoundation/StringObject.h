@@ -14,6 +14,7 @@
 
 #include "platform/CoreFoundation/CFRuntime.h"
 
+// The head of every text; its form says which kind of units follow, or that it is a MutableText.
 struct __CFString : ZEMA::CF::Object {
     static constexpr std::uint8_t kWide = 1;
     static constexpr std::uint8_t kMutable = 2;
@@ -38,6 +39,7 @@ struct ConstantText {
     char text[N] = {};
 };
 
+// A text that can change. Never goes back from wide units to narrow ones, unless it has become empty.
 struct MutableText : __CFString {
     MutableText() : __CFString(kMutable, 0) {}
     bool IsWide() const { return !wide.empty(); }

@@ -49,6 +49,7 @@ private:
     NSInteger year_ = 1;
 };
 
+// The calendars that there are.
 enum class NSCalendarIdentifier { NSGregorianCalendar };
 using enum NSCalendarIdentifier;
 

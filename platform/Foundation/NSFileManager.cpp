@@ -106,6 +106,7 @@ bool RenameToFreeName(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
+// Closes a directory that is being read.
 struct CloseDirectory {
     void operator()(DIR* directory) const { closedir(directory); }
 };

@@ -13,6 +13,7 @@ struct stat;
 
 namespace Foundation {
 
+// What an item is. A pipe is none of these: the framework calls it unknown.
 enum class NSFileType {
     NSFileTypeRegular,
     NSFileTypeDirectory,
