@@ -8,6 +8,7 @@
 
 #include "registry/ObjectFactory.h"
 #include "registry/ObjectRegistry.h"
+#include "registry/SharedMutex.h"
 #include "tests/support/EventLog.h"
 
 namespace ZEMA {
@@ -91,14 +92,22 @@ struct Circle {};
 struct Square {};
 struct Triangle {};
 
-// Notes what it is asked, and answers with an object or with nothing.
+// A type whose name lies where the test puts it.
+struct NamedType : std::type_info {
+    explicit NamedType(const char* name) : std::type_info(name) {}
+};
+
+// Notes what it is asked and when it goes, and answers with an object or with nothing.
 struct Factory : SpecificObjectFactory {
     Factory(EventLog& events, const char* label, FactoryRank rank)
         : SpecificObjectFactory(rank), log(events), name(label) {}
+    ~Factory() override { log.push_back("end of " + name); }
     Object* Create(ObjectFactoryArgs*) override {
-        log.push_back(name);
-        if (whenAsked) whenAsked();
-        return answers ? new LoggedObject(log, "object") : nullptr;
+        EventLog& events = log;  // what is done when it is asked may drop the last reference but the caller's
+        const bool isAnswering = answers;
+        events.push_back(name);
+        if (const auto act = whenAsked) act();
+        return isAnswering ? new LoggedObject(events, "object") : nullptr;
     }
     bool Attach() override {
         log.push_back("attach " + name);
@@ -124,7 +133,7 @@ protected:
     EventLog Asked(const std::type_info& type) {
         log.clear();
         const RefPointer<Object> object = factory->Create(&type, nullptr);
-        if (object) log.push_back("answer");
+        log.push_back(object ? "answer" : "none");
         return log;
     }
 
@@ -132,21 +141,49 @@ protected:
     RefPointer<ObjectFactory> factory = ObjectFactory::Instance();
 };
 
-// The two orders agree neither with each other nor with those of registration, as an order by addresses would.
 TEST_F(ObjectFactoryTest, AsksForAConcreteTypeAloneAndForAnAbstractOneByRankAndName) {
-    Add(typeid(Triangle), "triangles")->answers = true;
-    Add(typeid(Square), "squares")->answers = true;
-    Add(typeid(Circle), "circles");
+    // Their addresses order them neither as their names do nor as they are registered.
+    static const char names[] = "triangle\0square\0circle";
+    const NamedType triangle(names), square(names + 9), circle(names + 16);
+    Add(square, "squares")->answers = true;
+    const auto circles = Add(circle, "circles");
+    Add(triangle, "triangles");
     EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "squares", "answer"}));
-    EXPECT_EQ(Asked(typeid(Circle)), (EventLog{"circles"}));
+    EXPECT_EQ(Asked(circle), (EventLog{"circles", "none"}));
+    Add(typeid(Triangle), "chosen", FactoryRank::Selective);
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"chosen", "circles", "squares", "answer"}));
 
     ObjectRegistry::Instance()->RemoveAll();
+    EXPECT_NE(ObjectFactory::Instance(), factory);
     factory = ObjectFactory::Instance();  // a new one, that knows nothing
-    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{}));
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"none"}));
+
+    ObjectRegistry::Instance()->RemoveAll();
+    EXPECT_TRUE(ObjectRegistry::Instance()->Register(kObjectFactoryKey, New<LoggedObject>(log, "stranger").Get()));
+    EXPECT_EQ(ObjectFactory::Instance(), nullptr);
+}
+
+// An object factory that knows a type directly, as a subclass may.
+struct DirectFactory : ObjectFactory {
+    using ObjectFactory::AddDirect;
+};
+
+TEST_F(ObjectFactoryTest, ADirectFactoryIsAskedFirstAndKeepsItsTypeForItself) {
+    const auto direct = New<DirectFactory>();
+    factory = direct;
     Add(typeid(Square), "squares");
-    Add(typeid(Circle), "circles");
-    Add(typeid(Triangle), "triangles", FactoryRank::Selective);
-    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"triangles", "circles", "squares"}));
+    const auto first = New<Factory>(log, "first", FactoryRank::General);
+    for (const auto* type : {&typeid(Circle), &typeid(Square), &typeid(Triangle)}) {
+        EXPECT_TRUE(direct->AddDirect(type, first.Get()));
+        EXPECT_FALSE(direct->AddDirect(type, New<Factory>(log, "second", FactoryRank::General).Get()));
+    }
+    EXPECT_EQ(Asked(typeid(Circle)), (EventLog{"first", "none"}));
+    EXPECT_EQ(Asked(typeid(Square)), (EventLog{"first", "none"}));  // though it is registered too
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"squares", "none"}));
+    const auto late = New<Factory>(log, "late", FactoryRank::General);
+    EXPECT_FALSE(factory->Register(&typeid(Circle), late.Get(), &typeid(Shape)));
+    EXPECT_FALSE(factory->Register(&typeid(Object), late.Get(), &typeid(Triangle)));
+    EXPECT_EQ(late->RegistrationCount(), 0U);
 }
 
 TEST_F(ObjectFactoryTest, AttachesOnceAndSharesItsMutexOverItsOwnEnd) {
@@ -156,6 +193,7 @@ TEST_F(ObjectFactoryTest, AttachesOnceAndSharesItsMutexOverItsOwnEnd) {
     EXPECT_EQ(log, (EventLog{"attach shapes"}));
     factory = nullptr;
     ObjectRegistry::Instance()->RemoveAll();
+    ASSERT_NE(shapes->Mutex(), nullptr);
     EXPECT_EQ(shapes->Mutex()->ShareCount(), 1);
 }
 
@@ -181,21 +219,35 @@ TEST_F(ObjectFactoryTest, RefusesWithoutChangingAnything) {
         EXPECT_EQ(late->ReferenceCount(), 1);
         EXPECT_EQ(late->RegistrationCount(), 0U);
         EXPECT_EQ(late->Mutex(), nullptr);
-        EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles"}));
-        EXPECT_EQ(Asked(typeid(Square)), (EventLog{}));
+        EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "none"}));
+        EXPECT_EQ(Asked(typeid(Square)), (EventLog{"none"}));
     }
 }
 
 TEST_F(ObjectFactoryTest, AFactoryMayChangeTheObjectFactoryWhileItIsAsked) {
-    auto circles = Add(typeid(Circle), "circles");
+    const auto circles = Add(typeid(Circle), "circles");
     circles->whenAsked = [&] { Add(typeid(Square), "squares")->answers = true; };
     EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "attach squares", "squares", "answer"}));
 
-    circles->whenAsked = [] { ObjectRegistry::Instance()->RemoveAll(); };
-    ObjectFactory* const last = factory.Get();  // the registry's reference keeps it alive up to the call
+    // Whoever is asked lives until it has answered, even when nobody else keeps it.
     factory = nullptr;
-    circles = nullptr;
-    EXPECT_EQ(last->Create(&typeid(Circle), nullptr), nullptr);
+    for (const bool isDirect : {false, true}) {
+        ObjectRegistry::Instance()->RemoveAll();
+        auto* const last = new DirectFactory;
+        EXPECT_TRUE(ObjectRegistry::Instance()->Register(kObjectFactoryKey, last));
+        const auto add = [&](const RefPointer<Factory>& asked) {
+            asked->whenAsked = [this] {
+                ObjectRegistry::Instance()->RemoveAll();
+                log.push_back("emptied");
+            };
+            return isDirect ? last->AddDirect(&typeid(Circle), asked.Get())
+                            : last->Register(&typeid(Circle), asked.Get(), &typeid(Shape));
+        };
+        EXPECT_TRUE(add(New<Factory>(log, "asked", FactoryRank::General)));
+        log.clear();
+        EXPECT_EQ(last->Create(&typeid(Circle), nullptr), nullptr);
+        EXPECT_EQ(log, (EventLog{"asked", "emptied", "end of asked"}));
+    }
 }
 
 TEST_F(ObjectFactoryTest, LocksOrderTheWorkOfAllThreads) {
