@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
-#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -94,6 +92,23 @@ TEST(NumberScan, ReadsUnsignedNumbers) {
                                {{"4294967295", 0, true, 0xFFFFFFFF, 10}, {"4294967296 7", 0, false, 77, 10}});
 }
 
+// White space and line ends between a sign and its digits, as the platform's scanner steps over them.
+TEST(NumberScan, SkipsBlanksBehindASignAsMeasured) {
+    for (const Json& row : VectorsOf("scanner.json")) {
+        SCOPED_TRACE(row.dump());
+        Units units = UnitsOf(row, "text");
+        const std::uint32_t location = row["location"].get<std::uint32_t>();
+        units.insert(units.begin() + location, '+');
+        std::uint64_t value = 77;
+        std::uint32_t position = location;
+        const std::string scanned = row.value("scanned", "");
+        const bool fits = !scanned.empty() && scanned.size() < 20;
+        EXPECT_EQ(String(MakeText(units).get()).ScanUInt64(value, position), fits);
+        EXPECT_EQ(position, row["new_location"].get<std::uint32_t>() + 1);
+        EXPECT_EQ(value, fits ? std::stoull(scanned) : 77);
+    }
+}
+
 TEST(NumberScan, ReadsBytesAsStringDoesInMeasuredAndGeneratedTexts) {
     for (const Json& row : VectorsOf("number_format.json")) {
         std::string bytes;
@@ -101,24 +116,12 @@ TEST(NumberScan, ReadsBytesAsStringDoesInMeasuredAndGeneratedTexts) {
         bytes.resize(row["start"].get<std::size_t>() + row["range_length"].get<std::size_t>());
         ExpectAllAlike(bytes, row["start"].get<std::uint32_t>());
     }
-    for (const char* exponent : {"2147483647", "2147483648", "-2147483647", "-2147483648"}) {
-        for (const char* digits : {"1e", "-1e", "0e"}) ExpectAllAlike(std::string(digits) + exponent);
-    }
-    for (std::size_t digits = 1019; digits <= 1026; ++digits) {  // at most 1024 units are read
-        ExpectAllAlike("  " + std::string(digits, '0') + "1e5");
-        ExpectAllAlike("-" + std::string(digits, '0') + ".5e-1");
-    }
-
     static constexpr char kUnits[] = "0123456789012345..--+eE ,\t\n\0naNxyestrufl";
     std::mt19937 random(20240817);
     for (int turn = 0; turn < 10000 && !HasFailure(); ++turn) {
         std::string text(random() % 24, ' ');
         for (char& byte : text) byte = kUnits[random() % (sizeof(kUnits) - 1)];
         ExpectAllAlike(text, static_cast<std::uint32_t>(random() % (text.size() + 2)));
-        char number[64];
-        const double value = std::bit_cast<float>(static_cast<std::uint32_t>(random()) & 0xBFFFFFFF);
-        std::snprintf(number, sizeof(number), turn % 2 == 0 ? "%.17g" : "%.6f", value);
-        ExpectAllAlike(number);
     }
 }
 
