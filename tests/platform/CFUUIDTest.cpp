@@ -4,6 +4,7 @@
 
 #include <bit>
 
+#include "platform/PlugInInstances.h"
 #include "tests/platform/Vectors.h"
 
 namespace ZEMA {
@@ -45,6 +46,23 @@ TEST(CFUUID, ThePlatformsOwnHaveTheirValues) {
     EXPECT_EQ(FromText("6EBC27C4-899C-11D8-84AE-0003936726FC").get(), kMDImporterInterfaceID);
     EXPECT_EQ(FromText("00000000-0000-0000-C000-000000000046").get(), IUnknownUUID);
     EXPECT_TRUE(CFEqual(kMDItemKeywords, CFSTR("kMDItemKeywords")));
+}
+
+TEST(CFPlugIn, CountsTheInstancesOfEachFactory) {
+    const UUID factory = FromText("A0000000-0000-0000-0000-000000000001");
+    const UUID other = FromText("A0000000-0000-0000-0000-000000000002");
+    CFPlugInAddInstanceForFactory(factory.get());
+    CFPlugInAddInstanceForFactory(factory.get());
+    CFPlugInAddInstanceForFactory(other.get());
+    EXPECT_EQ(PlugInInstanceCount(factory.get()), 2);
+    EXPECT_EQ(CFGetRetainCount(factory.get()), 2) << "while it has instances the identifier lives";
+    for (const CFIndex left : {1, 0, 0}) {  // the last time one too many
+        CFPlugInRemoveInstanceForFactory(factory.get());
+        EXPECT_EQ(PlugInInstanceCount(factory.get()), left);
+        EXPECT_EQ(CFGetRetainCount(factory.get()), left + 1);
+    }
+    EXPECT_EQ(PlugInInstanceCount(other.get()), 1);
+    CFPlugInRemoveInstanceForFactory(other.get());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <memory>
@@ -31,23 +32,10 @@ using Text = Held<CFStringRef>;
 
 using Units = std::vector<UniChar>;
 
-// Knows valid UTF-8 only; it does not rest on the decoder that it helps to test.
+// By the standard library, so that it does not rest on the decoder that it helps to test.
 inline Units UnitsFromUtf8(const std::string& bytes) {
-    Units units;
-    for (std::size_t i = 0; i < bytes.size();) {
-        const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(bytes[index]); };
-        const unsigned first = byteAt(i);
-        const std::size_t size = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-        unsigned codePoint = size == 1 ? first : first & (0xFFu >> (size + 1));
-        for (std::size_t k = 1; k < size; ++k) codePoint = (codePoint << 6) | (byteAt(i + k) & 0x3Fu);
-        if (codePoint > 0xFFFF) {
-            units.push_back(static_cast<UniChar>(0xD7C0 + (codePoint >> 10)));
-            codePoint = 0xDC00 + (codePoint & 0x3FF);
-        }
-        units.push_back(static_cast<UniChar>(codePoint));
-        i += size;
-    }
-    return units;
+    const std::u16string units = std::filesystem::path(bytes).u16string();
+    return Units(units.begin(), units.end());
 }
 
 inline Text MakeText(const Units& units) {

@@ -3,6 +3,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#ifdef __linux__
+#include <sys/inotify.h>
+#endif
+#include <unistd.h>
 
 #include <functional>
 #include <string>
@@ -42,18 +46,30 @@ TEST(NSFileHandle, OpensRegularFilesOnlyAndNeverWaits) {
     fs::create_symlink("pipe", folder / "link-to-pipe");
     fs::create_symlink("nowhere", folder / "dangling");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0666), 0);
+#ifdef __linux__
+    const int opened = inotify_init1(IN_NONBLOCK);
+    ASSERT_NE(inotify_add_watch(opened, (folder / "pipe").c_str(), IN_OPEN), -1);
+#endif
     for (const char* name : {"folder", "link-to-folder", "pipe", "link-to-pipe", "dangling", "missing", ""}) {
         SCOPED_TRACE(name);
         const Text path = MakeText(*name == '\0' ? "" : folder / name);
         for (const auto open : {Reading, Writing, Updating}) EXPECT_EQ(open(path.get()), nullptr);
     }
+#ifdef __linux__
+    inotify_event event;
+    EXPECT_EQ(read(opened, &event, sizeof event), -1) << "whoever is at the other end notices nothing";
+    close(opened);
+#endif
     EXPECT_EQ(Reading(CFSTR("/dev/null")), nullptr);
     EXPECT_FALSE(fs::exists(folder / "nowhere")) << "opening makes nothing";
 
     fs::create_symlink(folder.Write("file", "text"), folder / "link");
-    const Handle handle = Reading(MakeText(folder / "link").get());
+    Handle handle = Reading(MakeText(folder / "link").get());
     ASSERT_NE(handle, nullptr);
-    EXPECT_NE(fcntl(handle->fileDescriptor(), F_GETFD) & FD_CLOEXEC, 0);
+    const int descriptor = handle->fileDescriptor();
+    EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+    handle.reset();
+    EXPECT_EQ(fcntl(descriptor, F_GETFD), -1) << "closed with its handle";
 }
 
 TEST(NSFileHandle, ReadsAndWritesAtThePosition) {
@@ -87,7 +103,9 @@ TEST(NSFileHandle, RaisesWhatTheSystemRefuses) {
     const Handle reading = Reading(path.get());
     const Handle writing = Writing(path.get());
     const Handle closed = Updating(path.get());
+    const int descriptor = closed->fileDescriptor();
     closed->closeFile();
+    EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
     EXPECT_EQ(closed->fileDescriptor(), -1);
     EXPECT_TRUE(Raises([&] { reading->writeData("x", 1); }));
     EXPECT_TRUE(Raises([&] { reading->truncateFileAtOffset(0); }));
