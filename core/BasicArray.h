@@ -79,12 +79,6 @@ public:
 
     void PopBack() { (--end_)->~T(); }
 
-    // Removes one element; those behind it move down by one.
-    void Erase(std::size_t index) {
-        for (T* next = begin_ + index + 1; next != end_; ++next) next[-1] = std::move(*next);
-        PopBack();
-    }
-
     // Destroys the elements and keeps the block.
     void Clear() {
         Destroy(begin_, end_);
