@@ -201,7 +201,6 @@ std::uint32_t String::FindNoCase(const String& text, std::uint32_t start) const 
 }
 
 std::uint32_t String::FindFirstOf(const String& set, std::uint32_t start) const {
-    if (start >= Length()) return npos;
     const CFPointer<CFCharacterSetRef> members(
         CFCharacterSetCreateWithCharactersInString(kCFAllocatorDefault, set.CFString()));
     CFRange found = {};
@@ -274,7 +273,6 @@ CFRange String::Clamp(std::uint32_t p, std::uint32_t n) const {
 }
 
 std::uint32_t String::FindWith(CFStringRef text, std::uint32_t start, CFStringCompareFlags options) const {
-    if (start >= Length()) return npos;
     CFRange found = {};
     if (!CFStringFindWithOptions(CFString(), text, Clamp(start, npos), options, &found)) return npos;
     return static_cast<std::uint32_t>(found.location);
