@@ -61,6 +61,17 @@ TEST(BasicArray, CopiesAllBeforeItDestroysAnyAndStaysWholeWhenThatFails) {
     EXPECT_EQ(log, (EventLog{"copy a", "copy b", "copy a", "end a", "end b"}));
 }
 
+TEST(BasicArray, EqualsAnotherOfTheSameElementsAndLength) {
+    BasicArray<int> array;
+    array.Resize(3, 7);
+    BasicArray<int> other(array);
+    EXPECT_TRUE(array == other);
+    other.PopBack();
+    EXPECT_FALSE(array == other || other == array);
+    other.PushBack(8);
+    EXPECT_FALSE(array == other);
+}
+
 TEST(BasicSet, TellsWhichKeysAreNew) {
     BasicSet<String, StringCaseInsensitiveLess<String>> set;
     std::vector<bool> isNew;

@@ -143,15 +143,15 @@ protected:
 
 TEST_F(ObjectFactoryTest, AsksForAConcreteTypeAloneAndForAnAbstractOneByRankAndName) {
     // Their addresses order them neither as their names do nor as they are registered.
-    static const char names[] = "triangle\0square\0circle";
-    const NamedType triangle(names), square(names + 9), circle(names + 16);
+    static const char names[] = "triangle\0square\0circle\0zigzag";
+    const NamedType triangle(names), square(names + 9), circle(names + 16), zigzag(names + 23);
     Add(square, "squares")->answers = true;
     const auto circles = Add(circle, "circles");
     Add(triangle, "triangles");
     EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "squares", "answer"}));
     EXPECT_EQ(Asked(circle), (EventLog{"circles", "none"}));
-    Add(typeid(Triangle), "chosen", FactoryRank::Selective);
-    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"chosen", "circles", "squares", "answer"}));
+    Add(zigzag, "selective", FactoryRank::Selective);
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"selective", "circles", "squares", "answer"}));
 
     ObjectRegistry::Instance()->RemoveAll();
     EXPECT_NE(ObjectFactory::Instance(), factory);
