@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <random>
@@ -131,7 +132,15 @@ TEST(CFNumberFormatter, RoundsAsTheCLibraryDoes) {
     for (int i = 0; i < 20'000; ++i) {
         std::string digits = std::to_string(random() >> (random() % 64));
         digits.insert(random() % (digits.size() + 1), ".");
-        const std::string text = digits + "e" + std::to_string(static_cast<int>(random() % 60) - 40);
+        std::string text = digits + "e" + std::to_string(static_cast<int>(random() % 60) - 40);
+        if (i % 2 == 0) {
+            // Beside the middle between two floats, where the last bit of the double decides.
+            const float below = std::ldexp(static_cast<float>(random() >> 40), static_cast<int>(random() % 40) - 40);
+            const double middle = (double{below} + double{std::nextafter(below, 1e30F)}) / 2;
+            char beside[32];
+            std::snprintf(beside, sizeof beside, "%.17g", std::nextafter(middle, i % 4 == 0 ? 0 : 1e30));
+            text = beside;
+        }
         SCOPED_TRACE(text);
         float value = 77;
         const bool isRead = CFNumberFormatterGetValueFromString(Formatter(), MakeText(text).get(), nullptr,

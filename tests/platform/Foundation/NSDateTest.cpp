@@ -19,16 +19,17 @@ double StartOf(NSInteger year, NSInteger month, NSInteger day) {
 }
 
 TEST(NSCalendar, StartsADayInTheDefaultTimeZone) {
-    // 1601 by the zone's local mean time, 10 January 2024 by its standard time.
-    const std::tuple<const char*, double, double> rows[] = {
-        {"Europe/Berlin", -11644476808, 1704841200},
-        {"America/Los_Angeles", -11644445222, 1704873600},
-        {"UTC", -11644473600, 1704844800},
+    // 1601 by the zone's local mean time, 10 January 2024 by its standard time, 10 July by summer time.
+    const std::tuple<const char*, double, double, double> rows[] = {
+        {"Europe/Berlin", -11644476808, 1704841200, 1720562400},
+        {"America/Los_Angeles", -11644445222, 1704873600, 1720594800},
+        {"UTC", -11644473600, 1704844800, 1720569600},
     };
-    for (const auto& [zone, start1601, start2024] : rows) {
+    for (const auto& [zone, start1601, start2024, summer2024] : rows) {
         setenv("TZ", zone, 1);
         EXPECT_EQ(StartOf(1601, 1, 1), start1601) << zone;
         EXPECT_EQ(StartOf(2024, 1, 10), start2024) << zone;
+        EXPECT_EQ(StartOf(2024, 7, 10), summer2024) << zone;
     }
     EXPECT_EQ(StartOf(1970, 1, 1) - StartOf(1969, 12, 31), 86400) << "one of them is the system's word for failure";
     unsetenv("TZ");
