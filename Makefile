@@ -1,6 +1,6 @@
 # The few commands that people type; what they build is described in CMakeLists.txt and CMakePresets.json.
 
-.PHONY: run test bench clang asan tsan clean
+.PHONY: run test bench clang tsan format tidy clean
 
 # Prints the attributes of the samples, or of DOC=path.
 run:
@@ -10,14 +10,14 @@ run:
 	build/release/bin/wqf import $(if $(DOC),"$(DOC)",build/release/samples)
 
 test:
-	scripts/install-dependencies
+	scripts/install-dependencies test
 	cmake --preset dev
 	cmake --build --preset dev
 	ctest --preset dev --parallel 2
 
-# The same tests with another compiler and under sanitizers.
-clang asan tsan:
-	scripts/install-dependencies $(filter clang,$@)
+# The same tests with another compiler, and under the thread sanitizer.
+clang tsan:
+	scripts/install-dependencies test $(filter clang,$@)
 	cmake --preset $@
 	cmake --build --preset $@
 	ctest --preset $@ --parallel 2
@@ -27,6 +27,17 @@ bench:
 	cmake --preset bench
 	cmake --build --preset bench
 	bench/run build/bench
+
+# Fails where clang-format would change something.
+format:
+	scripts/install-dependencies format
+	git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
+
+# Looks for the habits that .clang-tidy names, in the product's sources.
+tidy:
+	scripts/install-dependencies tidy
+	cmake --preset clang -DZEMA_TESTS=OFF -B build/tidy
+	git ls-files -z '*.cpp' ':!tests' ':!bench' | xargs -0 -n 8 -P 2 clang-tidy -p build/tidy --quiet
 
 clean:
 	rm -rf build
