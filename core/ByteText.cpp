@@ -64,10 +64,7 @@ std::uint32_t ParseUInt32(const char* text, const char** end, int base) {
     bool fits = !negative;
     for (; DigitValue(*cursor) < base; ++cursor) {
         value = value * static_cast<unsigned>(base) + static_cast<unsigned>(DigitValue(*cursor));
-        if (value > kLargest) {
-            fits = false;
-            value = 0;  // only the end of the digits is looked for now
-        }
+        if (value > kLargest) fits = false;  // whatever it wraps to later: only the end of the digits is looked for now
     }
     if (cursor == digits) return 0;
     if (end != nullptr) *end = cursor;
