@@ -59,6 +59,11 @@ TEST(CFDictionary, AddingLeavesWhatIsThereAndSettingReplacesIt) {
     CFDictionarySetValue(dictionary.get(), otherKey.get(), otherValue.get());
     CFDictionarySetValue(dictionary.get(), otherKey.get(), otherValue.get());  // the same objects once more
     EXPECT_EQ(counts(), (std::vector<CFIndex>{1, 1, 2, 2}));
+    // What nobody else keeps survives being set over itself.
+    CFDictionarySetValue(dictionary.get(), key.get(), MakeText("kept by the dictionary alone").get());
+    CFDictionarySetValue(dictionary.get(), key.get(), CFDictionaryGetValue(dictionary.get(), key.get()));
+    EXPECT_TRUE(
+        CFEqual(CFDictionaryGetValue(dictionary.get(), key.get()), MakeText("kept by the dictionary alone").get()));
 }
 
 TEST(CFDictionary, FindsEveryKeyAtEverySize) {

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #ifdef __linux__
 #include <sys/inotify.h>
@@ -95,6 +96,19 @@ TEST(NSFileHandle, ReadsAndWritesAtThePosition) {
     EXPECT_EQ(fs::file_size(folder / "file"), kFar + 3);
     handle->seekToFileOffset(kFar);
     EXPECT_EQ(ReadText(*handle, 10), "far");
+}
+
+TEST(NSFileHandle, TellsWhatItReadBeforeItRaised) {
+    const TemporaryFolder folder;
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* const memory = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    ASSERT_EQ(mprotect(static_cast<char*>(memory) + page, page, PROT_NONE), 0);  // where nothing can be put
+    const Handle handle = Reading(MakeText(folder.Write("file", std::string(2 * page, 'x'))).get());
+    std::uint64_t done = 77;
+    EXPECT_TRUE(Raises([&] { handle->readBytes(memory, 2 * page, &done); }));
+    EXPECT_EQ(done, page);
+    munmap(memory, 2 * page);
 }
 
 TEST(NSFileHandle, RaisesWhatTheSystemRefuses) {
