@@ -5,7 +5,7 @@
 
 #include "platform/CoreFoundation/CFRuntime.h"
 
-// The list itself stays open to changes by whoever holds it as a mutable one; there are no others.
+// Any of these may be changed by whoever holds it as a mutable list: nobody makes others.
 struct __CFArray : ZEMA::CF::Object {
     explicit __CFArray(const CFArrayCallBacks* arrayCallBacks)
         : Object(ZEMA::CF::Type::Array, 0), callBacks(arrayCallBacks ? *arrayCallBacks : CFArrayCallBacks{}) {}
