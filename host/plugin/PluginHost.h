@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "host/plugin/BundleInfo.h"
+#include "host/plugin/Bundle.h"
 #include "platform/Foundation/CFPointer.h"
 
 namespace ZEMA {

@@ -7,7 +7,7 @@
 #include <set>
 #include <sstream>
 
-#include "host/plugin/BundleInfo.h"
+#include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
 #include "host/system/FileDescriptor.h"
 #include "host/system/Utf8Text.h"

@@ -9,7 +9,7 @@
 #include "host/documents/DocumentFinder.h"
 #include "host/documents/DocumentRecord.h"
 #include "host/documents/RecordWriter.h"
-#include "host/plugin/BundleLocation.h"
+#include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
 #include "host/system/Output.h"
 #include "tools/wqf/Commands.h"

@@ -1,4 +1,4 @@
-// What a plug-in bundle says of itself in its Info.plist.
+// A plug-in bundle: where it lies, and what it says of itself in its Info.plist.
 #pragma once
 
 #include <optional>
@@ -6,6 +6,10 @@
 #include <vector>
 
 namespace ZEMA {
+
+// The folder `given`, unless it is empty. Otherwise the one in lib/wqf beside the folder of this program. Null, with a
+// `problem`, when no such folder exists.
+std::optional<std::string> FindBundle(const std::string& given, std::string& problem);
 
 // One factory that a bundle offers for one plug-in type. Both UUIDs are texts of the form 8-4-4-4-12.
 struct PlugInFactory {

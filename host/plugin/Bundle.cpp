@@ -1,15 +1,41 @@
-#include "host/plugin/BundleInfo.h"
+#include "host/plugin/Bundle.h"
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include "host/print/PropertyList.h"
 #include "host/system/FileDescriptor.h"
 
+#ifdef __APPLE__
+#include <mach-o/dyld.h>
+
+#include <climits>
+#endif
+
 namespace ZEMA {
 
 namespace {
+
+// The folder of the running program, links followed; empty when the system cannot tell.
+std::filesystem::path ProgramFolder() {
+    std::error_code error;
+#ifdef __APPLE__
+    char path[PATH_MAX];
+    std::uint32_t size = sizeof(path);
+    if (_NSGetExecutablePath(path, &size) != 0) return {};
+    return std::filesystem::canonical(path, error).parent_path();
+#else
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+#endif
+}
+
+bool IsFolder(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+}
 
 #ifdef __APPLE__
 constexpr const char* kModuleFolder = "/Contents/MacOS/";
@@ -127,6 +153,23 @@ bool ReadInfo(const std::string& bundle, const std::string& text, BundleInfo& in
 }
 
 }  // namespace
+
+std::optional<std::string> FindBundle(const std::string& given, std::string& problem) {
+    if (!given.empty()) {
+        if (IsFolder(given)) return given;
+        problem = given + ": there is no such bundle";
+        return std::nullopt;
+    }
+    const std::filesystem::path prefix = ProgramFolder().parent_path();
+    if (prefix.empty()) {  // never looks in the current folder: whoever can write there would run code here
+        problem = "the system does not tell where this program lies; name a bundle with --bundle";
+        return std::nullopt;
+    }
+    const std::filesystem::path bundle = prefix / "lib/wqf/WQFImporter.mdimporter";
+    if (IsFolder(bundle)) return bundle.string();
+    problem = "there is no bundle " + bundle.string() + "; name one with --bundle";
+    return std::nullopt;
+}
 
 std::optional<BundleInfo> ReadBundleInfo(const std::string& bundle, std::string& problem) {
     const std::string path = bundle + "/Contents/Info.plist";
