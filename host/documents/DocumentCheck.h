@@ -1,10 +1,11 @@
-// What the importer finds in a document, with the reasons that it keeps to itself.
+// What the importer finds in a document, with the reasons that it keeps to itself, and that in words.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "host/print/JsonWriter.h"
 #include "importer/DocumentLoad.h"
 
 namespace ZEMA {
@@ -31,5 +32,15 @@ std::vector<std::string> ReasonsOf(const DocumentCheck& check);
 
 // Why the importer did not import the document, in one line.
 std::string FailureReasonOf(const std::string& path);
+
+// Each takes the path as the user gave it, any bytes.
+
+// One object: {"path", "loaded", "version", "attempts": [{"format", "loaded", "errorMask", "errors"}, ...]}. An attempt
+// that a limit or the memory ended has a "reason" too, and so has the document where no loader was asked.
+void WriteCheck(const std::string& path, const DocumentCheck& check, JsonWriter& json);
+
+// A line, and below it, indented, a line for everything that is wrong. Of a document that loaded these are the errors
+// of the loader that read it; that another gave up on its version is no news.
+std::string CheckText(const std::string& path, const DocumentCheck& check);
 
 }  // namespace ZEMA

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "host/system/FileDescriptor.h"
 #include "host/system/Paths.h"
 
 namespace ZEMA {
@@ -43,6 +44,18 @@ void SearchFolder(const std::string& folder, std::vector<std::string>& folders, 
 }
 
 }  // namespace
+
+Result<std::vector<std::string>> ReadPathList(const std::string& file) {
+    const Result<std::string> bytes = ReadStream(file);
+    if (!bytes) return bytes.Why();
+    std::vector<std::string> paths;
+    for (std::size_t start = 0; start < bytes->size();) {
+        const std::size_t end = std::min(bytes->find('\0', start), bytes->size());
+        paths.push_back(bytes->substr(start, end - start));
+        start = end + 1;
+    }
+    return paths;
+}
 
 bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents) {
     std::error_code error;

@@ -1,4 +1,4 @@
-// From the paths that a user names to the documents to import.
+// From the paths that a user names, or a list of them, to the documents.
 #pragma once
 
 #include <string>
@@ -7,6 +7,9 @@
 #include "host/system/Failure.h"
 
 namespace ZEMA {
+
+// The paths in `file`, or on standard input for "-", with a zero byte between each two; one at the end adds no path.
+Result<std::vector<std::string>> ReadPathList(const std::string& file);
 
 // One document, or one thing that was named as one.
 struct FoundDocument {

@@ -1,6 +1,7 @@
-// What came of importing one document.
+// What came of importing a document, and such records in the forms that users and programs read.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "host/documents/DocumentFinder.h"
@@ -22,5 +23,21 @@ DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& docum
 // The record as a user reads it in an object: {"path", "imported", "attributes", and "error" where it was not
 // imported}. The path is UTF-8, with U+FFFD where its bytes are not.
 Value::Dictionary ObjectOf(const DocumentRecord& record);
+
+enum class RecordFormat { Text, Json, Ndjson, PropertyList };
+
+// Puts records into words as they come: what stands before them all, each record, what stands behind them all. A result
+// is to be written at once and whole, so that several programs may write into one pipe.
+class RecordWriter {
+public:
+    virtual ~RecordWriter() = default;
+
+    virtual std::string Head() = 0;
+    virtual std::string Record(const DocumentRecord& record) = 0;  // may be empty
+    virtual std::string Tail() = 0;
+};
+
+// Text has, of `several` documents, the path above each.
+std::unique_ptr<RecordWriter> NewRecordWriter(RecordFormat format, bool several);
 
 }  // namespace ZEMA

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "host/documents/CheckRecord.h"
 #include "host/documents/DocumentCheck.h"
 #include "host/print/JsonText.h"
 #include "host/system/Output.h"

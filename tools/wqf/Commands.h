@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/documents/RecordWriter.h"
+#include "host/documents/DocumentRecord.h"
 #include "host/system/Output.h"
 #include "importer/DocumentLoad.h"
 

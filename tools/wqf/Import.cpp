@@ -8,7 +8,6 @@
 
 #include "host/documents/DocumentFinder.h"
 #include "host/documents/DocumentRecord.h"
-#include "host/documents/RecordWriter.h"
 #include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
 #include "host/system/Output.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/documents/PathList.h"
+#include "host/documents/DocumentFinder.h"
 
 namespace ZEMA {
 

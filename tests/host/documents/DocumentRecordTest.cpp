@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/documents/RecordWriter.h"
+#include "host/documents/DocumentRecord.h"
 
 namespace ZEMA::testing {
 
