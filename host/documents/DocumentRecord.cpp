@@ -6,7 +6,7 @@
 
 #include "host/documents/DocumentCheck.h"
 #include "host/print/AttributeText.h"
-#include "host/print/JsonText.h"
+#include "host/print/JsonWriter.h"
 #include "host/print/PropertyList.h"
 #include "host/system/Utf8Text.h"
 #include "importer/AttributeSet.h"

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "host/print/Value.h"
+
 namespace ZEMA {
 
 // Puts values into words on one line, commas included, and hands them on in pieces; nothing is kept of what has gone.
@@ -65,5 +67,23 @@ std::string JsonOf(Write write) {
     text.pop_back();
     return text;
 }
+
+// The value on one line, without a line end. Always valid JSON, in UTF-8.
+std::string JsonText(const Value& value);
+
+// Objects one after the other: as one array, or as one line each.
+class JsonSequence {
+public:
+    explicit JsonSequence(bool asArray) : asArray_(asArray) {}
+
+    std::string Head() const { return asArray_ ? "[" : ""; }
+    std::string Item(const Value& value);
+    std::string Item(const std::string& json);  // of an object
+    std::string Tail() const { return !asArray_ ? "" : empty_ ? "]\n" : "\n]\n"; }
+
+private:
+    bool asArray_;
+    bool empty_ = true;
+};
 
 }  // namespace ZEMA

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "host/print/JsonText.h"
+#include "host/print/JsonWriter.h"
 #include "host/print/Value.h"
 #include "platform/Foundation/CFPointer.h"
 #include "platform/Foundation/NSPathUtilities.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "host/documents/DocumentCheck.h"
-#include "host/print/JsonText.h"
+#include "host/print/JsonWriter.h"
 #include "host/system/Output.h"
 #include "host/system/Paths.h"
 #include "tools/wqf/Commands.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/print/JsonText.h"
+#include "host/print/JsonWriter.h"
 
 namespace ZEMA::testing {
 
