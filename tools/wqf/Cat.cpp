@@ -6,7 +6,7 @@
 #include "host/archive/StorageReader.h"
 #include "host/archive/StorageTree.h"
 #include "host/system/Output.h"
-#include "tools/wqf/Commands.h"
+#include "tools/wqf/ExitStatus.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {

@@ -15,7 +15,8 @@
 #include <utility>
 
 #include "host/system/Output.h"
-#include "tools/wqf/Commands.h"
+#include "tools/wqf/DocumentCommands.h"
+#include "tools/wqf/ExitStatus.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {

@@ -14,7 +14,7 @@
 #include "host/system/Paths.h"
 #include "host/system/Utf8Text.h"
 #include "storage/PathComponents.h"
-#include "tools/wqf/Commands.h"
+#include "tools/wqf/ExitStatus.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {

@@ -3,7 +3,7 @@
 #include "tools/wqf/StorageCommands.h"
 
 #include "host/system/Output.h"
-#include "tools/wqf/Commands.h"
+#include "tools/wqf/ExitStatus.h"
 
 namespace ZEMA {
 

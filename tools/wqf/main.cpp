@@ -11,7 +11,7 @@
 #include "core/Exception.h"
 #include "host/system/Output.h"
 #include "tools/wqf/CommandLine.h"
-#include "tools/wqf/Commands.h"
+#include "tools/wqf/ExitStatus.h"
 
 namespace {
 

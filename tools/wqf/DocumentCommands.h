@@ -1,4 +1,4 @@
-// What each command is asked for, and the function that does it. Every one returns the program's exit status.
+// The commands over documents: what each is asked for, and the function that does it and returns the exit status.
 #pragma once
 
 #include <cstdint>
@@ -6,18 +6,9 @@
 #include <vector>
 
 #include "host/documents/DocumentRecord.h"
-#include "host/system/Output.h"
 #include "importer/DocumentLoad.h"
 
 namespace ZEMA {
-
-inline constexpr int kExitDone = 0;
-inline constexpr int kExitSomeFailed = 1;
-inline constexpr int kExitWrongUse = 2;
-
-// After output that could not be written: says why, and returns the exit status. A reader that has gone is no fault to
-// speak of; the program ends as others do then, by SIGPIPE. Called last, when everything is released.
-int ExitStatusOf(const Output& output);
 
 // The paths themselves or a file that lists them, never both.
 struct DocumentPaths {

@@ -1,4 +1,4 @@
-#include "tools/wqf/Commands.h"
+#include "tools/wqf/ExitStatus.h"
 
 #include <cerrno>
 #include <csignal>
