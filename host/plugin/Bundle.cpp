@@ -59,33 +59,40 @@ bool IsFileName(const std::string& text) {
     return !text.empty() && text != "." && text != ".." && text.find('/') == std::string::npos;
 }
 
-// What a host needs of a property list. Each step answers false after it has put into words what is wrong.
+Failure Fault(const std::string& text) {
+    return {FailureKind::Damaged, text};
+}
+
+// What a host needs of a property list.
 class InfoReader {
 public:
-    InfoReader(const Value::Dictionary& list, std::string& problem) : list_(list), problem_(problem) {}
+    explicit InfoReader(const Value::Dictionary& list) : list_(list) {}
 
-    bool ReadExecutable(std::string& executable) {
+    Result<std::string> Executable() const {
         const Value* const value = Find(list_, "CFBundleExecutable");
         if (value == nullptr) return Fault("CFBundleExecutable is missing");
-        if (value->AsText() == nullptr || !IsFileName(*value->AsText())) {
-            return Fault("CFBundleExecutable is no file name");
-        }
-        executable = *value->AsText();
-        return true;
+        const std::string* const name = value->AsText();
+        if (name == nullptr || !IsFileName(*name)) return Fault("CFBundleExecutable is no file name");
+        return *name;
     }
 
-    bool ReadFactories(std::vector<PlugInFactory>& factories) {
-        const Value::Dictionary* const functions = GetDictionary("CFPlugInFactories");
-        const Value::Dictionary* const types = functions == nullptr ? nullptr : GetDictionary("CFPlugInTypes");
-        if (types == nullptr) return false;
-        for (const auto& [type, value] : *types) {
+    Result<std::vector<PlugInFactory>> Factories() const {
+        const auto functions = Dictionary("CFPlugInFactories");
+        if (!functions) return functions.Why();
+        const auto types = Dictionary("CFPlugInTypes");
+        if (!types) return types.Why();
+        std::vector<PlugInFactory> factories;
+        for (const auto& [type, value] : **types) {
             if (!IsUUID(type)) return Fault("CFPlugInTypes: '" + type + "' is no UUID");
             if (value.AsList() == nullptr) return Fault("CFPlugInTypes: the value of " + type + " is no array");
-            for (const Value& factory : *value.AsList()) {
-                if (!AddFactory(type, factory.AsText(), *functions, factories)) return false;
+            for (const Value& each : *value.AsList()) {
+                const Result<PlugInFactory> factory = Factory(type, each.AsText(), **functions);
+                if (!factory) return factory.Why();
+                factories.push_back(*factory);
             }
         }
-        return !factories.empty() || Fault("CFPlugInTypes names no factory");
+        if (factories.empty()) return Fault("CFPlugInTypes names no factory");
+        return factories;
     }
 
     // Nothing can be wrong here: no host needs a document type to import.
@@ -100,23 +107,15 @@ public:
     }
 
 private:
-    bool Fault(const std::string& problem) {
-        problem_ = problem;
-        return false;
-    }
-
-    const Value::Dictionary* GetDictionary(const char* key) {
+    Result<const Value::Dictionary*> Dictionary(const char* key) const {
         const Value* const value = Find(list_, key);
-        if (value == nullptr) {
-            Fault(std::string(key) + " is missing");
-        } else if (value->AsDictionary() == nullptr) {
-            Fault(std::string(key) + " is no dictionary");
-        }
-        return value == nullptr ? nullptr : value->AsDictionary();
+        if (value == nullptr) return Fault(std::string(key) + " is missing");
+        if (value->AsDictionary() == nullptr) return Fault(std::string(key) + " is no dictionary");
+        return value->AsDictionary();
     }
 
-    bool AddFactory(const std::string& type, const std::string* factory, const Value::Dictionary& functions,
-                    std::vector<PlugInFactory>& factories) {
+    static Result<PlugInFactory> Factory(const std::string& type, const std::string* factory,
+                                         const Value::Dictionary& functions) {
         if (factory == nullptr || !IsUUID(*factory)) {
             return Fault("CFPlugInTypes: a factory of " + type + " is no UUID");
         }
@@ -125,8 +124,7 @@ private:
         if (function->AsText() == nullptr || function->AsText()->empty()) {
             return Fault("CFPlugInFactories: the factory " + *factory + " has no function");
         }
-        factories.push_back({type, *factory, *function->AsText()});
-        return true;
+        return PlugInFactory{type, *factory, *function->AsText()};
     }
 
     static const Value* First(const Value& value) {
@@ -134,54 +132,44 @@ private:
     }
 
     const Value::Dictionary& list_;
-    std::string& problem_;
 };
 
-bool ReadInfo(const std::string& bundle, const std::string& text, BundleInfo& info, std::string& problem) {
-    const std::optional<Value> list = ReadPropertyList(text, problem);
-    if (!list) return false;
-    if (list->AsDictionary() == nullptr) {
-        problem = "it is no dictionary";
-        return false;
-    }
-    InfoReader reader(*list->AsDictionary(), problem);
-    std::string executable;
-    if (!reader.ReadExecutable(executable) || !reader.ReadFactories(info.factories)) return false;
-    info.module = bundle + kModuleFolder + executable;
-    info.contentType = reader.ContentType();
-    return true;
+Result<BundleInfo> InfoOf(const std::string& bundle, const std::string& propertyList) {
+    const Result<Value> list = ReadPropertyList(propertyList);
+    if (!list) return list.Why();
+    if (list->AsDictionary() == nullptr) return Fault("it is no dictionary");
+    const InfoReader reader(*list->AsDictionary());
+    const Result<std::string> executable = reader.Executable();
+    if (!executable) return executable.Why();
+    const Result<std::vector<PlugInFactory>> factories = reader.Factories();
+    if (!factories) return factories.Why();
+    return BundleInfo{bundle + kModuleFolder + *executable, *factories, reader.ContentType()};
 }
 
 }  // namespace
 
-std::optional<std::string> FindBundle(const std::string& given, std::string& problem) {
+Result<std::string> FindBundle(const std::string& given) {
     if (!given.empty()) {
         if (IsFolder(given)) return given;
-        problem = given + ": there is no such bundle";
-        return std::nullopt;
+        return Failure{FailureKind::Missing, given + ": there is no such bundle"};
     }
     const std::filesystem::path prefix = ProgramFolder().parent_path();
     if (prefix.empty()) {  // never looks in the current folder: whoever can write there would run code here
-        problem = "the system does not tell where this program lies; name a bundle with --bundle";
-        return std::nullopt;
+        return Failure{FailureKind::Missing,
+                       "the system does not tell where this program lies; name a bundle with --bundle"};
     }
     const std::filesystem::path bundle = prefix / "lib/wqf/WQFImporter.mdimporter";
     if (IsFolder(bundle)) return bundle.string();
-    problem = "there is no bundle " + bundle.string() + "; name one with --bundle";
-    return std::nullopt;
+    return Failure{FailureKind::Missing, "there is no bundle " + bundle.string() + "; name one with --bundle"};
 }
 
-std::optional<BundleInfo> ReadBundleInfo(const std::string& bundle, std::string& problem) {
+Result<BundleInfo> ReadBundleInfo(const std::string& bundle) {
     const std::string path = bundle + "/Contents/Info.plist";
     const Result<std::string> text = ReadRegularFile(path, kLargestPropertyList);
-    BundleInfo info;
-    if (!text) {
-        problem = text.Why().text;
-    } else if (ReadInfo(bundle, *text, info, problem)) {
-        return info;
-    }
-    problem = path + ": " + problem;
-    return std::nullopt;
+    if (!text) return text.Why().In(path);
+    Result<BundleInfo> info = InfoOf(bundle, *text);
+    if (!info) return info.Why().In(path);
+    return info;
 }
 
 }  // namespace ZEMA

@@ -23,84 +23,81 @@ CFPointer<CFUUIDRef> UUIDOf(const std::string& text) {
     return CFPointer<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, StringOf(text).Get()));
 }
 
-// The importer interface of a new instance, or null. The factory's own reference is dropped either way.
-MDImporterInterfaceStruct** ImporterOf(void* instance) {
-    auto** const unknown = static_cast<MDImporterInterfaceStruct**>(instance);
-    void* importer = nullptr;
-    const HRESULT result = (*unknown)->QueryInterface(unknown, CFUUIDGetUUIDBytes(kMDImporterInterfaceID), &importer);
-    (*unknown)->Release(unknown);
-    return SUCCEEDED(result) ? static_cast<MDImporterInterfaceStruct**>(importer) : nullptr;
-}
-
 }  // namespace
 
 void PluginHost::ModuleCloser::operator()(void* module) const {
     dlclose(module);
 }
 
-std::unique_ptr<PluginHost> PluginHost::Load(const std::string& bundle, std::string& problem) {
-    std::optional<BundleInfo> info = ReadBundleInfo(bundle, problem);
-    if (!info) return nullptr;
-    std::unique_ptr<PluginHost> host(new PluginHost);
-    host->info_ = std::move(*info);
-    host->contentType_ = StringOf(host->info_.contentType);
-    if (!host->OpenModule(problem) || !host->FindImporter(problem)) return nullptr;
+void PluginHost::ImporterReleaser::operator()(MDImporterInterfaceStruct** importer) const {
+    (*importer)->Release(importer);
+}
+
+Result<PluginHost> PluginHost::Load(const std::string& bundle) {
+    Result<BundleInfo> info = ReadBundleInfo(bundle);
+    if (!info) return info.Why();
+    PluginHost host;
+    host.info_ = std::move(*info);
+    host.contentType_ = StringOf(host.info_.contentType);
+    if (Failure failure = host.OpenModule()) return failure;
+    if (Failure failure = host.FindImporter()) return failure;
     return host;
 }
 
-PluginHost::~PluginHost() {
-    if (importer_ != nullptr) (*importer_)->Release(importer_);
-}
-
-bool PluginHost::OpenModule(std::string& problem) {
-    if (const auto file = OpenRegularFile(info_.module); !file) {
-        problem = file.Why().In(info_.module).text;
-        return false;
-    }
+// Opening a pipe would wait, and the dynamic linker does not look first.
+Failure PluginHost::OpenModule() {
+    if (const auto file = OpenRegularFile(info_.module); !file) return file.Why().In(info_.module);
     module_.reset(dlopen(info_.module.c_str(), RTLD_NOW | RTLD_LOCAL));
-    if (!module_) problem = dlerror();
-    return module_ != nullptr;
+    if (!module_) return {FailureKind::Damaged, dlerror()};
+    return {};
 }
 
-bool PluginHost::FindImporter(std::string& problem) {
+// The first factory that makes an importer counts; if none does, what was wrong with the last.
+Failure PluginHost::FindImporter() {
+    Failure failure;
     for (const PlugInFactory& factory : info_.factories) {
-        if (AskFactory(factory, problem)) return true;
+        failure = AskFactory(factory);
+        if (!failure) break;
     }
-    return false;
+    return failure;
 }
 
-bool PluginHost::AskFactory(const PlugInFactory& factory, std::string& problem) {
+Failure PluginHost::AskFactory(const PlugInFactory& factory) {
     auto* const function = reinterpret_cast<FactoryFunction>(dlsym(module_.get(), factory.function.c_str()));
-    if (function == nullptr) {
-        problem = info_.module + ": exports no function " + factory.function;
-        return false;
-    }
-    void* const instance = function(kCFAllocatorDefault, UUIDOf(factory.type).Get());
-    importer_ = instance == nullptr ? nullptr : ImporterOf(instance);
-    if (importer_ == nullptr) {
-        problem = info_.module + ": the factory makes no importer of the type " + factory.type;
-        return false;
+    if (function == nullptr) return {FailureKind::Damaged, info_.module + ": exports no function " + factory.function};
+    importer_ = ImporterOf(function(kCFAllocatorDefault, UUIDOf(factory.type).Get()));
+    if (!importer_) {
+        return {FailureKind::Damaged, info_.module + ": the factory makes no importer of the type " + factory.type};
     }
     factory_ = UUIDOf(factory.factory);
-    return true;
+    return {};
+}
+
+// The factory's own reference to the instance is dropped either way.
+PluginHost::Importer PluginHost::ImporterOf(void* instance) {
+    if (instance == nullptr) return nullptr;
+    auto** const unknown = static_cast<MDImporterInterfaceStruct**>(instance);
+    void* importer = nullptr;
+    const HRESULT result = (*unknown)->QueryInterface(unknown, CFUUIDGetUUIDBytes(kMDImporterInterfaceID), &importer);
+    (*unknown)->Release(unknown);
+    return Importer(SUCCEEDED(result) ? static_cast<MDImporterInterfaceStruct**>(importer) : nullptr);
 }
 
 bool PluginHost::Import(CFStringRef path, CFMutableDictionaryRef attributes) const {
-    return (*importer_)->ImporterImportData(importer_, attributes, contentType_.Get(), path) != 0;
+    return (*importer_)->ImporterImportData(importer_.get(), attributes, contentType_.Get(), path) != 0;
 }
 
-bool PluginHost::Close(std::string& problem) {
-    (*importer_)->Release(importer_);
-    importer_ = nullptr;
+Failure PluginHost::Close() {
+    importer_.reset();
     const std::optional<CFIndex> left = PlugInInstanceCount(factory_.Get());
     // The code of an instance that is still alive must stay.
     if (left.value_or(0) != 0) {
-        problem = info_.module + ": the plug-in left " + std::to_string(*left) + " instances behind";
         (void)module_.release();
-        return false;
+        return {FailureKind::Damaged,
+                info_.module + ": the plug-in left " + std::to_string(*left) + " instances behind"};
     }
     module_.reset();
-    return true;
+    return {};
 }
 
 }  // namespace ZEMA

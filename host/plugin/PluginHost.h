@@ -21,18 +21,16 @@ namespace ZEMA {
 class PluginHost {
 public:
     // Loads the bundle in the folder `bundle`, asks its factories for an instance and that for the importer interface.
-    // Null, with a `problem`, when any of that fails.
-    static std::unique_ptr<PluginHost> Load(const std::string& bundle, std::string& problem);
+    static Result<PluginHost> Load(const std::string& bundle);
 
-    PluginHost(const PluginHost&) = delete;
-    PluginHost& operator=(const PluginHost&) = delete;
-    ~PluginHost();
+    PluginHost(PluginHost&&) = default;
 
     // What the importer answers for the document at an absolute path.
     bool Import(CFStringRef path, CFMutableDictionaryRef attributes) const;
 
-    // Releases the instance and unloads the module. False, with a `problem`, when the plug-in still counts instances.
-    [[nodiscard]] bool Close(std::string& problem);
+    // Releases the instance and unloads the module. Called last. It fails, and the module stays, when the plug-in still
+    // counts instances.
+    Failure Close();
 
     const BundleInfo& Info() const { return info_; }
 
@@ -40,17 +38,22 @@ private:
     struct ModuleCloser {
         void operator()(void* module) const;
     };
+    struct ImporterReleaser {
+        void operator()(MDImporterInterfaceStruct** importer) const;
+    };
     using Module = std::unique_ptr<void, ModuleCloser>;
+    using Importer = std::unique_ptr<MDImporterInterfaceStruct*, ImporterReleaser>;
 
     PluginHost() = default;
-    bool OpenModule(std::string& problem);
-    bool FindImporter(std::string& problem);
-    bool AskFactory(const PlugInFactory& factory, std::string& problem);
+    Failure OpenModule();
+    Failure FindImporter();
+    Failure AskFactory(const PlugInFactory& factory);
+    static Importer ImporterOf(void* instance);  // null where it is null or offers no such interface
 
     BundleInfo info_;
-    Module module_;
-    MDImporterInterfaceStruct** importer_ = nullptr;  // one reference
-    Foundation::CFPointer<CFUUIDRef> factory_;        // whose instance the importer is
+    Module module_;                             // before the importer, whose release runs its code
+    Importer importer_;                         // one reference
+    Foundation::CFPointer<CFUUIDRef> factory_;  // whose instance the importer is
     Foundation::CFPointer<CFStringRef> contentType_;
 };
 

@@ -17,60 +17,55 @@ std::string TextOf(const XMLDOMNodeAString& node) {
     return std::string(node.GetText().View());
 }
 
-std::optional<Value> Read(const XMLDOMNodeAString& node, int depth, std::string& problem);
+Failure Fault(const std::string& text) {
+    return {FailureKind::Damaged, text};
+}
 
-std::optional<Value> ReadArray(const XMLDOMNodeAString& node, int depth, std::string& problem) {
+Result<Value> Read(const XMLDOMNodeAString& node, int depth);
+
+Result<Value> ReadArray(const XMLDOMNodeAString& node, int depth) {
     Value::List list;
     for (const RefPointer<XMLDOMNodeAString>& child : node.children) {
-        std::optional<Value> value = Read(*child, depth, problem);
-        if (!value) return std::nullopt;
+        Result<Value> value = Read(*child, depth);
+        if (!value) return value;
         list.push_back(std::move(*value));
     }
     return Value{std::move(list)};
 }
 
 // Elements in pairs: a key, and the value behind it.
-std::optional<Value> ReadDictionary(const XMLDOMNodeAString& node, int depth, std::string& problem) {
+Result<Value> ReadDictionary(const XMLDOMNodeAString& node, int depth) {
     Value::Dictionary dictionary;
     for (std::size_t i = 0; i < node.children.Size(); i += 2) {
-        if (!(node.children[i]->name == "key")) {
-            problem = "a dictionary holds a value without a key";
-            return std::nullopt;
-        }
+        if (!(node.children[i]->name == "key")) return Fault("a dictionary holds a value without a key");
         std::string key = TextOf(*node.children[i]);
         if (i + 1 == node.children.Size() || node.children[i + 1]->name == "key") {
-            problem = "the key '" + key + "' has no value";
-            return std::nullopt;
+            return Fault("the key '" + key + "' has no value");
         }
-        std::optional<Value> value = Read(*node.children[i + 1], depth, problem);
-        if (!value) return std::nullopt;
+        Result<Value> value = Read(*node.children[i + 1], depth);
+        if (!value) return value;
         dictionary.push_back({std::move(key), std::move(*value)});
     }
     return Value{std::move(dictionary)};
 }
 
-std::optional<Value> ReadInteger(const XMLDOMNodeAString& node, std::string& problem) {
+Result<Value> ReadInteger(const XMLDOMNodeAString& node) {
     const std::string text = TextOf(node);
     std::int64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error == std::errc() && end == text.data() + text.size()) return Value{number};
-    problem = "'" + text + "' is no integer";
-    return std::nullopt;
+    if (error != std::errc() || end != text.data() + text.size()) return Fault("'" + text + "' is no integer");
+    return Value{number};
 }
 
-std::optional<Value> Read(const XMLDOMNodeAString& node, int depth, std::string& problem) {
+Result<Value> Read(const XMLDOMNodeAString& node, int depth) {
     if (node.name == "string") return Value{TextOf(node)};
-    if (node.name == "integer") return ReadInteger(node, problem);
+    if (node.name == "integer") return ReadInteger(node);
     if (node.name == "true") return Value{true};
     if (node.name == "false") return Value{false};
-    if (depth == kDeepestList) {
-        problem = "it is nested too deeply";
-        return std::nullopt;
-    }
-    if (node.name == "array") return ReadArray(node, depth + 1, problem);
-    if (node.name == "dict") return ReadDictionary(node, depth + 1, problem);
-    problem = "it holds an element <" + std::string(node.name.View()) + ">, which is not understood";
-    return std::nullopt;
+    if (depth == kDeepestList) return Fault("it is nested too deeply");
+    if (node.name == "array") return ReadArray(node, depth + 1);
+    if (node.name == "dict") return ReadDictionary(node, depth + 1);
+    return Fault("it holds an element <" + std::string(node.name.View()) + ">, which is not understood");
 }
 
 // Whether XML 1.0 can hold the character that starts at `utf8[i]` (its production 2): no control characters but tab,
@@ -152,18 +147,14 @@ struct ValueWriter {
 
 }  // namespace
 
-std::optional<Value> ReadPropertyList(std::string_view text, std::string& problem) {
+Result<Value> ReadPropertyList(std::string_view text) {
     const RefPointer<XMLDOMAString> document = New<XMLDOMAString>();
     if (text.size() >= npos ||
         !document->Parse(AString(text.data(), static_cast<std::uint32_t>(text.size())), nullptr)) {
-        problem = "it is not well-formed XML";
-        return std::nullopt;
+        return Fault("it is not well-formed XML");
     }
-    if (!(document->name == "plist") || document->children.Size() != 1) {
-        problem = "it is no property list";
-        return std::nullopt;
-    }
-    return Read(*document->children[0], 0, problem);
+    if (!(document->name == "plist") || document->children.Size() != 1) return Fault("it is no property list");
+    return Read(*document->children[0], 0);
 }
 
 std::string PropertyListHead() {

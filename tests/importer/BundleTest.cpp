@@ -41,9 +41,8 @@ TEST(Bundle, ExportsItsFiveFunctionsAndNothingElse) {
 }
 
 TEST(Bundle, DeclaresTheFactoryThatItHas) {
-    std::string problem;
-    const std::optional<BundleInfo> info = ReadBundleInfo(ZEMA_BUNDLE, problem);
-    ASSERT_TRUE(info) << problem;
+    const Result<BundleInfo> info = ReadBundleInfo(ZEMA_BUNDLE);
+    ASSERT_TRUE(info) << info.Why().text;
     ASSERT_EQ(info->factories.size(), 1u);
     EXPECT_EQ(info->factories[0].type, "8B08C4BF-415B-11D8-B3F9-0003936726FC");
     EXPECT_EQ(info->factories[0].factory, ZEMA_METADATA_IMPORTER_FACTORY_ID);
@@ -65,11 +64,10 @@ TEST(Bundle, DescribesItsAttributesInTheSchema) {
 TEST(Bundle, CountsItsInstanceWhileAHostHoldsIt) {
     const Foundation::CFPointer<CFUUIDRef> factory(
         CFUUIDCreateFromString(kCFAllocatorDefault, CFSTR(ZEMA_METADATA_IMPORTER_FACTORY_ID)));
-    std::string problem;
-    const std::unique_ptr<PluginHost> host = PluginHost::Load(ZEMA_BUNDLE, problem);
-    ASSERT_TRUE(host) << problem;
+    Result<PluginHost> host = PluginHost::Load(ZEMA_BUNDLE);
+    ASSERT_TRUE(host) << host.Why().text;
     EXPECT_EQ(PlugInInstanceCount(factory.Get()), 1);
-    EXPECT_TRUE(host->Close(problem)) << problem;
+    EXPECT_EQ(host->Close().text, "");
     EXPECT_EQ(PlugInInstanceCount(factory.Get()), 0);
 }
 

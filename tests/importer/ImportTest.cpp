@@ -28,7 +28,7 @@ constexpr const char* kModel4Text =
 
 class ImportTest : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_TRUE(host_) << problem_; }
+    void SetUp() override { ASSERT_TRUE(host_) << host_.Why().text; }
 
     // The attributes as text, or nothing; then there must be none.
     std::string Imported(const std::string& path) const {
@@ -54,8 +54,7 @@ protected:
         return text + "|";
     }
 
-    std::string problem_;
-    const std::unique_ptr<PluginHost> host_ = PluginHost::Load(ZEMA_BUNDLE, problem_);
+    const Result<PluginHost> host_ = PluginHost::Load(ZEMA_BUNDLE);
     const TemporaryFolder folder_;
 };
 

@@ -42,12 +42,10 @@ std::optional<std::vector<FoundDocument>> FindNamedDocuments(const DocumentPaths
 
 namespace {
 
-std::unique_ptr<PluginHost> LoadPlugin(const std::string& given) {
-    std::string problem;
-    const std::optional<std::string> bundle = FindBundle(given, problem);
-    std::unique_ptr<PluginHost> host = bundle ? PluginHost::Load(*bundle, problem) : nullptr;
-    if (!host) PrintMessage(problem);
-    return host;
+Result<PluginHost> LoadPlugin(const std::string& given) {
+    const Result<std::string> bundle = FindBundle(given);
+    if (!bundle) return bundle.Why();
+    return PluginHost::Load(*bundle);
 }
 
 // Returns how many documents were not imported. Ends early when nobody takes the output any more.
@@ -72,8 +70,11 @@ std::size_t ImportAll(const PluginHost& host, const std::vector<FoundDocument>& 
 int RunImport(const ImportOptions& options) {
     const std::optional<std::vector<FoundDocument>> documents = FindNamedDocuments(options.documents);
     if (!documents) return kExitWrongUse;
-    const std::unique_ptr<PluginHost> host = LoadPlugin(options.bundle);
-    if (!host) return kExitWrongUse;
+    Result<PluginHost> host = LoadPlugin(options.bundle);
+    if (!host) {
+        PrintMessage(host.Why().text);
+        return kExitWrongUse;
+    }
 
     const std::unique_ptr<RecordWriter> writer = NewRecordWriter(options.format, documents->size() > 1);
     Output output;
@@ -81,9 +82,8 @@ int RunImport(const ImportOptions& options) {
     const std::size_t failed = ImportAll(*host, *documents, *writer, output);
     output.Write(writer->Tail());
 
-    std::string problem;
-    if (!host->Close(problem)) {
-        PrintMessage(problem);
+    if (const Failure failure = host->Close()) {
+        PrintMessage(failure.text);
         return kExitSomeFailed;
     }
     if (output.Failed()) return ExitStatusOf(output);

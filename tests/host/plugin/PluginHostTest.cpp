@@ -35,8 +35,9 @@ public:
 
     // What a host says of it, without the path in front; empty when it loads.
     std::string Problem() const {
-        std::string problem;
-        if (PluginHost::Load(path_, problem) != nullptr) return "";
+        const Result<PluginHost> host = PluginHost::Load(path_);
+        if (host) return "";
+        const std::string& problem = host.Why().text;
         EXPECT_TRUE(problem.starts_with(path_ + "/Contents/")) << problem;
         return problem.substr(problem.find(": ") + 2);
     }
@@ -101,11 +102,9 @@ TEST(PluginHost, SeesThroughStrangeFactories) {
     BrokenBundle bundle;
     fs::copy(ZEMA_STRANGE_MODULE, bundle.Module(), fs::copy_options::overwrite_existing);
     bundle.Replace(kFunction, "<string>LeavesAnInstance</string>");
-    std::string problem;
-    const std::unique_ptr<PluginHost> host = PluginHost::Load(bundle.Path(), problem);
-    ASSERT_TRUE(host) << problem;
-    EXPECT_FALSE(host->Close(problem));
-    EXPECT_EQ(problem, bundle.Module() + ": the plug-in left 1 instances behind");
+    Result<PluginHost> host = PluginHost::Load(bundle.Path());
+    ASSERT_TRUE(host) << host.Why().text;
+    EXPECT_EQ(host->Close().text, bundle.Module() + ": the plug-in left 1 instances behind");
 }
 
 }  // namespace ZEMA::testing

@@ -9,9 +9,8 @@ namespace ZEMA::testing {
 namespace {
 
 std::string ReadBack(const std::string& text) {
-    std::string problem;
-    const std::optional<Value> value = ReadPropertyList(text, problem);
-    return value ? JsonText(*value) : problem;
+    const Result<Value> value = ReadPropertyList(text);
+    return value ? JsonText(*value) : value.Why().text;
 }
 
 std::string List(const std::string& content) {
