@@ -3,7 +3,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <nlohmann/json.hpp>
+
+#include "host/system/Utf8Text.h"
 
 namespace ZEMA {
 
@@ -11,7 +12,7 @@ namespace {
 
 constexpr std::size_t kPieceSize = 1 << 16;
 
-// Room for any number of 64 bits and any 32-bit float.
+// Room for any number of 64 bits.
 using Digits = std::array<char, 32>;
 
 template <class Number>
@@ -20,64 +21,109 @@ std::string_view Print(Number number, Digits& digits) {
     return {digits.data(), static_cast<std::size_t>(result.ptr - digits.data())};
 }
 
-using Json = nlohmann::ordered_json;
-
-Json JsonOf(const Value& value);
-
-struct JsonMaker {
-    template <class Scalar>
-    Json operator()(const Scalar& value) const {
-        return value;
+// The short escapes of JSON (RFC 8259, section 7), or null for a character that has none.
+const char* ShortEscape(char unit) {
+    switch (unit) {
+        case '"':
+            return "\\\"";
+        case '\\':
+            return "\\\\";
+        case '\b':
+            return "\\b";
+        case '\f':
+            return "\\f";
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        default:
+            return nullptr;
     }
-    Json operator()(const Value::List& values) const {
-        Json array = Json::array();
-        for (const Value& value : values) array.push_back(JsonOf(value));
-        return array;
+}
+
+// Only what must be escaped is, so that texts stay readable.
+void AppendQuoted(std::string_view utf8, std::string& json) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    json += '"';
+    for (const char unit : utf8) {
+        const auto byte = static_cast<unsigned char>(unit);
+        if (const char* const escape = ShortEscape(unit)) {
+            json += escape;
+        } else if (byte < 0x20) {
+            json.append("\\u00") += {kDigits[byte >> 4], kDigits[byte & 0xF]};
+        } else {
+            json += unit;
+        }
     }
-    Json operator()(const Value::Dictionary& values) const {
-        // An ordered object looks through all its keys for each new one; as a list of pairs it is as quick as it looks.
-        Json::object_t object;
-        object.reserve(values.size());
-        for (const auto& [key, value] : values) object.Container::emplace_back(key, JsonOf(value));
-        return object;
+    json += '"';
+}
+
+struct ValueWriter {
+    JsonWriter& json;
+
+    void operator()(const std::string& text) const { json.Text(text); }
+    void operator()(std::int64_t number) const { json.SignedNumber(number); }
+    void operator()(double number) const { json.Float(number); }
+    void operator()(bool value) const { json.Bool(value); }
+    void operator()(const Value::List& values) const {
+        json.BeginArray();
+        for (const Value& value : values) WriteValue(value, json);
+        json.EndArray();
+    }
+    void operator()(const Value::Dictionary& values) const {
+        json.BeginObject();
+        for (const auto& [key, value] : values) {
+            json.Key(key);
+            WriteValue(value, json);
+        }
+        json.EndObject();
     }
 };
 
-Json JsonOf(const Value& value) {
-    return std::visit(JsonMaker(), value.content);
-}
-
 }  // namespace
 
-void JsonWriter::Key(std::string_view name) {
-    Separate();
-    pending_ += '"';
-    pending_ += name;
-    pending_ += "\":";
+void JsonWriter::Key(std::string_view utf8) {
+    Quoted(utf8);
+    pending_ += ':';
     follows_ = false;
 }
 
 void JsonWriter::Text(std::string_view utf8) {
-    Value(utf8.empty() ? "\"\"" : JsonText({std::string(utf8)}));
+    Quoted(utf8);
+    follows_ = true;
+    HandOnWhenFull();
 }
 
 void JsonWriter::Number(std::uint64_t number) {
     Digits digits;
-    Value(Print(number, digits));
+    Word(Print(number, digits));
+}
+
+void JsonWriter::SignedNumber(std::int64_t number) {
+    Digits digits;
+    Word(Print(number, digits));
 }
 
 void JsonWriter::Float(float number) {
     if (!std::isfinite(number)) return Null();
     Digits digits;
-    Value(Print(number, digits));
+    Word(Print(number, digits));
+}
+
+void JsonWriter::Float(double number) {
+    if (!std::isfinite(number)) return Null();
+    Digits digits;
+    Word(Print(number, digits));
 }
 
 void JsonWriter::Bool(bool value) {
-    Value(value ? "true" : "false");
+    Word(value ? "true" : "false");
 }
 
 void JsonWriter::Null() {
-    Value("null");
+    Word("null");
 }
 
 bool JsonWriter::Finish() {
@@ -99,11 +145,20 @@ void JsonWriter::End(char bracket) {
     HandOnWhenFull();
 }
 
-void JsonWriter::Value(std::string_view words) {
+void JsonWriter::Word(std::string_view word) {
     Separate();
-    pending_ += words;
+    pending_ += word;
     follows_ = true;
     HandOnWhenFull();
+}
+
+void JsonWriter::Quoted(std::string_view utf8) {
+    Separate();
+    if (IsUtf8(utf8)) {
+        AppendQuoted(utf8, pending_);
+    } else {
+        AppendQuoted(ReplaceInvalidUtf8(utf8), pending_);
+    }
 }
 
 // Nothing has to be remembered of the levels above: behind a value or an end stands a comma unless an end does.
@@ -117,8 +172,12 @@ void JsonWriter::HandOnWhenFull() {
     pending_.clear();
 }
 
+void WriteValue(const Value& value, JsonWriter& json) {
+    std::visit(ValueWriter{json}, value.content);
+}
+
 std::string JsonText(const Value& value) {
-    return JsonOf(value).dump(-1, ' ', false, Json::error_handler_t::replace);
+    return JsonOf([&](JsonWriter& json) { WriteValue(value, json); });
 }
 
 std::string JsonSequence::Item(const Value& value) {

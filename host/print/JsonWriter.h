@@ -25,11 +25,14 @@ public:
     void EndObject() { End('}'); }
     void BeginArray() { Begin('['); }
     void EndArray() { End(']'); }
-    void Key(std::string_view name);  // ASCII that needs no escaping
-
-    void Text(std::string_view utf8);  // what is not UTF-8 becomes U+FFFD
+    // In keys and texts what is not UTF-8 becomes U+FFFD.
+    void Key(std::string_view utf8);
+    void Text(std::string_view utf8);
     void Number(std::uint64_t number);
-    void Float(float number);  // the shortest text that reads back as the same 32 bits; null where JSON has none
+    void SignedNumber(std::int64_t number);
+    // The shortest text that reads back as the same 32 or 64 bits; null where JSON has none.
+    void Float(float number);
+    void Float(double number);
     void Bool(bool value);
     void Null();
 
@@ -44,7 +47,8 @@ public:
 private:
     void Begin(char bracket);
     void End(char bracket);
-    void Value(std::string_view words);
+    void Word(std::string_view word);  // a whole value
+    void Quoted(std::string_view utf8);
     void Separate();
     void HandOnWhenFull();
 
@@ -68,7 +72,9 @@ std::string JsonOf(Write write) {
     return text;
 }
 
-// The value on one line, without a line end. Always valid JSON, in UTF-8.
+void WriteValue(const Value& value, JsonWriter& json);
+
+// The value on one line, without a line end.
 std::string JsonText(const Value& value);
 
 // Objects one after the other: as one array, or as one line each.

@@ -35,7 +35,6 @@ WALLS = {
     "zlib.h": (["storage/zip"], ".cpp"),
     "expat.h": (["xml"], ".cpp"),
     "utf8proc.h": (["platform"], ".cpp"),
-    "nlohmann/": (["host/print"], ".cpp"),
     "CLI/": (["tools/wqf"], ".cpp"),
 }
 
