@@ -26,22 +26,28 @@ std::vector<char> Bytes(Read read) {
 
 }  // namespace
 
-void CopyExtendedAttributes(const std::string& from, int to) {
+bool CopyExtendedAttributes(const std::string& from, int to) {
     const char* const path = from.c_str();
+    fremovexattr(to, "system.posix_acl_access");
     const std::vector<char> names =
         Bytes([path](char* buffer, std::size_t size) { return listxattr(path, buffer, size); });
+    bool complete = true;
     for (std::size_t begin = 0; begin < names.size();) {
         const std::string name(&names[begin]);  // each ends in a zero byte
         begin += name.size() + 1;
         const std::vector<char> value =
             Bytes([&](char* buffer, std::size_t size) { return getxattr(path, name.c_str(), buffer, size); });
-        fsetxattr(to, name.c_str(), value.data(), value.size(), 0);
+        const bool given = fsetxattr(to, name.c_str(), value.data(), value.size(), 0) == 0;
+        complete = complete && (given || name.starts_with("security."));
     }
+    return complete;
 }
 
 #else
 
-void CopyExtendedAttributes(const std::string&, int) {}
+bool CopyExtendedAttributes(const std::string&, int) {
+    return true;
+}
 
 #endif
 

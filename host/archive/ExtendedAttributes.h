@@ -5,8 +5,9 @@
 
 namespace ZEMA {
 
-// Copies the extended attributes, access lists among them, of the file at `from` to an open one, as far as both file
-// systems have them and let it. Before permissions are set, which some of them would change.
-void CopyExtendedAttributes(const std::string& from, int to);
+// Gives an open file the extended attributes, access lists among them, of the file at `from`, and takes away an access
+// list that it got from its folder. Before permissions are set, which some of them would change. False, after having
+// done all that can be, where some could not be given; labels that the system gives to files by itself do not count.
+bool CopyExtendedAttributes(const std::string& from, int to);
 
 }  // namespace ZEMA
