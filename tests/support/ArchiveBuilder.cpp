@@ -59,7 +59,12 @@ BuiltArchive ArchiveBuilder::Build() const {
         bytes += member.name + member.localExtra + data;
         if (member.sums == Sums::InHeader) continue;
         if (member.sums != Sums::Behind) Put(bytes, {{0x08074B50, 4}});
-        bytes += sums.back();
+        if (member.sums == Sums::BehindWide) {
+            bytes += sums.back().substr(0, 4);
+            Put(bytes, {{data.size(), 8}, {size, 8}});
+        } else {
+            bytes += sums.back();
+        }
     }
 
     std::vector<std::size_t> order = order_;

@@ -12,9 +12,9 @@ namespace ZEMA::testing {
 
 // One member and how it is written. The defaults are a stored file as made on Unix, mode 0644.
 struct ArchiveMember {
-    // How CRC and sizes are told: in the local header; or behind the data, with flag bit 3, as 12 bytes or with a
-    // signature before them; or in both places.
-    enum class Sums { InHeader, Behind, BehindSigned, Both };
+    // How CRC and sizes are told: in the local header; or behind the data, with flag bit 3, as 12 bytes, with a
+    // signature before them, or with sizes of 8 bytes as well; or in both places.
+    enum class Sums { InHeader, Behind, BehindSigned, BehindWide, Both };
 
     std::string name{};
     std::string contents{};
