@@ -26,6 +26,7 @@ public:
 
     int Get() const { return descriptor_; }
     bool IsOpen() const { return descriptor_ >= 0; }
+    int Release() { return std::exchange(descriptor_, -1); }  // the caller closes it
 
 private:
     int descriptor_;

@@ -1,0 +1,43 @@
+// The local header of an archive member, and where its bytes lie.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/archive/ArchiveRecords.h"
+
+namespace ZEMA {
+
+// What stands in front of a member's data, and behind them. Offsets are from the start of the file, sizes are bytes; a
+// size that ZIP64 keeps in the extra field is the one from there.
+struct LocalRecord {
+    std::string bytes;  // the header with its name and extra field, as they are
+    std::uint16_t flags = 0;
+    std::uint16_t method = 0;
+    std::uint32_t crc32 = 0;
+    std::uint64_t compressedSize = 0;
+    std::uint64_t uncompressedSize = 0;
+    std::uint64_t dataOffset = 0;
+    std::uint64_t dataSize = 0;        // as the directory has it, which is right
+    std::uint32_t descriptorSize = 0;  // of the descriptor behind the data; 0 where none fits
+
+    std::string_view Extra() const;
+    bool HasDescriptor() const;  // by its own word; the directory's may be another
+    bool LacksDescriptor() const { return HasDescriptor() && descriptorSize == 0; }
+    std::uint64_t End() const { return dataOffset + dataSize + descriptorSize; }
+};
+
+// Reads it. Fails, as Damaged, where there is no local header or the data leave the file.
+Result<LocalRecord> ReadLocalRecord(const ArchiveRecords& archive, const ArchiveEntry& entry);
+
+// Why a member cannot be written anew from its directory entry without a loss, if so: records that disagree, and forms
+// of encryption and ZIP64 that the entry alone does not describe.
+Failure CheckKept(const ArchiveEntry& entry, const LocalRecord& local);
+
+// Why the storage tree does not open a member, if its headers are the reason.
+Failure CheckReadable(const ArchiveEntry& entry, const LocalRecord& local);
+
+// "'NAME' in it: " in front of the failure's text.
+Failure OfMember(const ArchiveEntry& entry, const Failure& failure);
+
+}  // namespace ZEMA
