@@ -35,6 +35,8 @@ WALLS = {
     "zlib.h": (["storage/zip", "host/archive"], ".cpp"),
     "expat.h": (["xml"], ".cpp"),
     "utf8proc.h": (["platform"], ".cpp"),
+    "archive.h": (["host/archive"], ".cpp"),
+    "archive_entry.h": (["host/archive"], ".cpp"),
     "CLI/": (["tools/wqf"], ".cpp"),
 }
 

@@ -1,0 +1,129 @@
+#include "host/archive/ForeignMethods.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "host/archive/PackedData.h"
+#include "storage/zip/ZipFormat.h"
+
+namespace ZEMA {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 1 << 16;
+constexpr std::uint16_t kDeflate64 = 9;
+constexpr std::uint16_t kBzip2 = 12;
+constexpr std::uint16_t kLzma = 14;
+constexpr std::uint16_t kXz = 95;
+constexpr std::uint16_t kPpmd = 98;
+
+struct FreeReader {
+    void operator()(archive* reader) const { archive_read_free(reader); }
+};
+
+// Gives the library one member as an archive of its own, so that it only unpacks and finds nothing by itself: the
+// archives that come here are those whose records it may read in another way.
+class ForeignContents {
+public:
+    ForeignContents(File& file, const ArchiveEntry& entry, const LocalRecord& local)
+        : file_(file),
+          offset_(local.dataOffset),
+          left_(local.dataSize),
+          size_(entry.uncompressedSize),
+          crc32_(entry.crc32),
+          header_(kLocalHeaderSize + 1, '\0'),
+          reader_(archive_read_new()) {
+        StoreU32(&header_[0], kLocalHeaderSignature);
+        StoreU16(&header_[kLocalVersionNeeded], entry.versionNeeded);
+        StoreU16(&header_[kLocalFlags], entry.flags & kMethodFlags);
+        StoreU16(&header_[kLocalMethod], entry.method);
+        StoreU32(&header_[kLocalCrc32], entry.crc32);
+        StoreU32(&header_[kLocalCompressedSize], static_cast<std::uint32_t>(left_));
+        StoreU32(&header_[kLocalUncompressedSize], static_cast<std::uint32_t>(size_));
+        StoreU16(&header_[kLocalNameLength], 1);
+        header_[kLocalHeaderSize] = 'x';
+    }
+
+    Result<std::size_t> Read(void* buffer, std::size_t size) {
+        if (!isOpen_ && !Open()) return Damaged();
+        const la_ssize_t count = archive_read_data(reader_.get(), buffer, size);
+        if (count < 0) return Damaged();
+        sums_.Add(buffer, static_cast<std::size_t>(count));
+        const bool ended = count == 0;
+        if (sums_.Size() > size_ || (ended && (sums_.Size() != size_ || sums_.Crc32() != crc32_))) return Damaged();
+        return static_cast<std::size_t>(count);
+    }
+
+private:
+    static Failure Damaged() { return {FailureKind::Damaged, "it is damaged, and does not unpack"}; }
+
+    bool Open() {
+        isOpen_ = true;
+        archive_entry* entry = nullptr;
+        return reader_ != nullptr && archive_read_support_format_zip_streamable(reader_.get()) == ARCHIVE_OK &&
+               archive_read_open(reader_.get(), this, nullptr, &ForeignContents::Give, nullptr) == ARCHIVE_OK &&
+               archive_read_next_header(reader_.get(), &entry) == ARCHIVE_OK;
+    }
+
+    static la_ssize_t Give(archive*, void* self, const void** bytes) {
+        return static_cast<ForeignContents*>(self)->GiveNext(bytes);
+    }
+
+    // The header, then the packed bytes, then nothing.
+    la_ssize_t GiveNext(const void** bytes) {
+        piece_.swap(header_);
+        header_.clear();
+        if (piece_.empty()) {
+            piece_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(left_, kBufferSize)));
+            if (!ReadAt(file_, offset_, piece_.size(), piece_.data())) return -1;
+            offset_ += piece_.size();
+            left_ -= piece_.size();
+        }
+        *bytes = piece_.data();
+        return static_cast<la_ssize_t>(piece_.size());
+    }
+
+    File& file_;
+    std::uint64_t offset_;
+    std::uint64_t left_;
+    const std::uint64_t size_;
+    const std::uint32_t crc32_;
+    std::string header_;  // empty when it was given
+    std::string piece_;   // what the library is reading
+    const std::unique_ptr<archive, FreeReader> reader_;
+    bool isOpen_ = false;
+    ContentsSums sums_;
+};
+
+}  // namespace
+
+bool IsForeignMethod(std::uint16_t method) {
+    return method == kBzip2 || method == kLzma || method == kXz || method == kPpmd;
+}
+
+std::string NameOfMethod(std::uint16_t method) {
+    switch (method) {
+        case kDeflate64:
+            return "Deflate64";
+        case kBzip2:
+            return "bzip2";
+        case kLzma:
+            return "LZMA";
+        case kXz:
+            return "xz";
+        case kPpmd:
+            return "PPMd";
+        default:
+            return "method " + std::to_string(method);
+    }
+}
+
+ContentsReader UnpackForeign(const ArchiveRecords& archive, const ArchiveEntry& entry, const LocalRecord& local) {
+    const auto contents = std::make_shared<ForeignContents>(archive.Archive(), entry, local);
+    return [contents](void* buffer, std::size_t size) { return contents->Read(buffer, size); };
+}
+
+}  // namespace ZEMA
