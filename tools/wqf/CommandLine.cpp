@@ -248,6 +248,21 @@ Action DeclareNew(CLI::App& parser) {
     return [paths] { return paths->empty() ? WrongUse("new", "no ARCHIVE is given") : RunNew(*paths); };
 }
 
+Action DeclareMend(CLI::App& parser) {
+    const auto options = std::make_shared<MendOptions>();
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    parser.footer(
+        "Archives of some programs carry members, or records, that cannot be imported: packed by bzip2, LZMA, xz or\n"
+        "PPMd, ZIP64, sizes in a place where they must not be. One that is fine is left untouched.");
+    AddFlag(parser, "-n,--dry-run", options->dryRun, "Only tell what would be done");
+    AddFlag(parser, "--drop", options->drop,
+            "Leave out what stands in front of the archive or belongs to no member, and the archive's comment");
+    AddFlag(parser, "-f,--force", options->force, "Write-protected archives, and ones with several names, too");
+    AddPaths(parser, *paths, "Archives");
+    return
+        [options, paths] { return paths->empty() ? WrongUse("mend", "no PATH is given") : RunMend(*options, *paths); };
+}
+
 constexpr Command kCommands[] = {
     {"import", "Print the attributes that the plug-in imports from documents", DeclareImport},
     {"check", "Tell whether documents load, and what is wrong with them", DeclareCheck},
@@ -260,6 +275,7 @@ constexpr Command kCommands[] = {
     {"rm", "Remove files and folders in archives", DeclareRm},
     {"mkdir", "Make folders in archives", DeclareMkdir},
     {"new", "Make empty archives", DeclareNew},
+    {"mend", "Write archives anew so that they can be imported", DeclareMend},
 };
 
 const Command* FindCommand(const std::string& name) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/archive/ArchiveCommands.h"
+#include "host/archive/ArchiveMend.h"
 #include "host/archive/StorageReport.h"
 
 namespace ZEMA {
@@ -25,6 +26,7 @@ int RunMv(const CopyOptions& options, const std::vector<std::string>& paths);
 int RunRm(const RemoveOptions& options, const std::vector<std::string>& paths);
 int RunMkdir(bool parents, const std::vector<std::string>& paths);
 int RunNew(const std::vector<std::string>& paths);
+int RunMend(const MendOptions& options, const std::vector<std::string>& paths);
 
 // Failures go to standard error.
 StorageReport ReportOf(const char* verb);
