@@ -1,19 +1,16 @@
 // Making and removing: wqf mkdir, new and rm.
 #include "host/archive/ArchiveCommands.h"
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
-#include <cerrno>
+#include <ctime>
 #include <map>
 
-#include "core/BasicSet.h"
+#include "core/BasicMap.h"
 #include "host/archive/ArchiveEdits.h"
-#include "host/archive/OverlayFile.h"
+#include "host/archive/ExtendedAttributes.h"
 #include "host/archive/StorageTree.h"
 #include "host/system/FileDescriptor.h"
-#include "storage/zip/ZipFormat.h"
-#include "storage/zip/ZipRecords.h"
 
 namespace ZEMA {
 
@@ -21,6 +18,17 @@ namespace {
 
 Failure Refusal(const char* text) {
     return {FailureKind::Refused, text};
+}
+
+// Begins the edits of all archives that the paths lead into.
+void BeginEdits(const std::vector<std::string>& paths, bool force, ArchiveEdits& edits) {
+    std::set<std::string> archives;
+    for (const std::string& path : paths) {
+        const std::string file = StorageTree::FileOn(path);
+        if (file.size() < path.size()) archives.insert(file);
+    }
+    archives.erase("");
+    edits.Begin(archives, force);
 }
 
 // A folder to be made in an archive, found from the deepest thing on the way that is there.
@@ -39,56 +47,93 @@ Result<StorageItem> FindWithParents(StorageTree& tree, const std::string& path) 
     return item;
 }
 
-// The folders that a command is going to make in archives: what comes later on the line may lie in them.
-class PlannedFolders {
+// Makes folders in archives, each of which may lie in one that came earlier on the line.
+class FolderMaker {
 public:
-    bool Has(const StorageItem& item) const { return Holds(item, item.inner.Size()); }
-    bool HasParentOf(const StorageItem& item) const {
-        return item.archive && !item.inner.Empty() && Holds(item, item.inner.Size() - 1);
+    FolderMaker(bool parents, ArchiveEdits& edits, StorageReport& report)
+        : parents_(parents), edits_(edits), report_(report) {}
+
+    void Make(const std::string& path) {
+        const Result<StorageItem> item = FindPlace(path);
+        if (const Failure failure = item ? WhyNot(*item) : item.Why()) return report_.Fail(path, failure.text);
+        if (!item->facts.IsFolder() && edits_.CanEdit(item->native, *item->archive)) Add(*item);
     }
-    void Add(const StorageItem& item) { folders_[item.native].Insert(PathOf(item, item.inner.Size())); }
 
 private:
-    using Paths = BasicSet<String, StringCaseInsensitiveLess<String>>;
+    using Spellings = BasicMap<String, std::string, StringCaseInsensitiveLess<String>>;
 
-    static String PathOf(const StorageItem& item, std::size_t parts) {
-        String path;
-        for (std::size_t part = 0; part < parts; ++part) {
-            path.Append("/");
-            path.Append(item.inner[part]);
+    // Without `parents` the folder around it must be there, or have been made.
+    Result<StorageItem> FindPlace(const std::string& path) {
+        const Result<StorageItem> found = tree_.Find(path);
+        if (found) return found;
+        const Result<StorageItem> item = FindWithParents(tree_, path);
+        return item && (parents_ || HasParent(*item)) ? item : found;
+    }
+
+    bool HasParent(const StorageItem& item) const {
+        if (!item.archive || item.inner.Empty()) return false;
+        BasicArray<String> parent = item.inner;
+        parent.PopBack();
+        return FindMade(item.native, parent) != nullptr;
+    }
+
+    Failure WhyNot(const StorageItem& item) const {
+        if (!item.archive) return Refusal("it does not lie in an archive; use mkdir");
+        const bool made = FindMade(item.native, item.inner) != nullptr;
+        if (parents_ && (item.facts.IsFolder() || made)) return {};
+        if (!item.facts.IsMissing() || made) return Refusal("it is there already");
+        if (item.archive->IsMember()) return Refusal("an archive in an archive can only be read");
+        for (const String& name : item.inner) {
+            if (name.IsEmpty() || name == String("..")) return Refusal("the name cannot stand in an archive");
         }
-        return path;
+        return {};
     }
 
-    bool Holds(const StorageItem& item, std::size_t parts) const {
-        const auto folders = folders_.find(item.native);
-        return folders != folders_.end() && folders->second.Contains(PathOf(item, parts));
+    // With those that are missing on the way.
+    void Add(const StorageItem& item) {
+        const MemberNames& names = **item.archive->Names();
+        BasicArray<String> path;
+        std::string bytes, spelling;
+        const ZipTreeNode* node = &item.archive->Root();
+        for (const String& part : item.inner) {
+            const std::string name(part.ToAString().View());
+            path.PushBack(part);
+            bytes += (bytes.empty() ? "" : "/") + name;
+            node = node == nullptr ? nullptr : node->FindChild(part);
+            if (const std::string* const made = FindMade(item.native, path)) {
+                spelling = *made;
+            } else if (node != nullptr) {
+                spelling = names.SpellingOf(path, bytes);
+            } else {
+                spelling += (spelling.empty() ? "" : "/") + name;
+                edits_.Change(item.native)->AddFolder({spelling + "/", std::time(nullptr), 0777 & ~CurrentUmask()});
+                made_[item.native].Insert(Key(path), spelling);
+            }
+        }
     }
 
-    std::map<std::string, Paths> folders_;  // by the archive
+    static String Key(const BasicArray<String>& path) {
+        String key;
+        for (const String& part : path) {
+            key.Append("/");
+            key.Append(part);
+        }
+        return key;
+    }
+
+    const std::string* FindMade(const std::string& archive, const BasicArray<String>& path) const {
+        const auto folders = made_.find(archive);
+        if (folders == made_.end()) return nullptr;
+        const auto found = folders->second.Find(Key(path));
+        return found == folders->second.end() ? nullptr : &(*found).second;
+    }
+
+    const bool parents_;
+    ArchiveEdits& edits_;
+    StorageReport& report_;
+    StorageTree tree_;
+    std::map<std::string, Spellings> made_;  // by the archive
 };
-
-// Without `parents` the folder around it must be there, or be made by the same command.
-Result<StorageItem> FindPlace(StorageTree& tree, const std::string& path, bool parents, const PlannedFolders& planned) {
-    const Result<StorageItem> found = tree.Find(path);
-    if (found) return found;
-    const Result<StorageItem> item = FindWithParents(tree, path);
-    return item && (parents || planned.HasParentOf(*item)) ? item : found;
-}
-
-Failure WhyNotMade(const StorageItem& item, bool parents, const PlannedFolders& planned) {
-    if (!item.archive) return Refusal("it does not lie in an archive; use mkdir");
-    if (parents && (item.facts.IsFolder() || planned.Has(item))) return {};
-    if (!item.facts.IsMissing() || planned.Has(item)) return Refusal("it is there already");
-    if (item.archive->IsMember()) return Refusal("an archive in an archive can only be read");
-    for (const String& name : item.inner) {
-        if (name.IsEmpty() || name == String("..")) return Refusal("the name cannot stand in an archive");
-    }
-    if (item.archive->Volume().EndRecord().entryCount + item.inner.Size() > kMaxEntries) {
-        return Refusal("it has too many members");
-    }
-    return {};
-}
 
 Failure WhyNoArchive(const StorageItem& item) {
     if (!item.facts.IsMissing() || item.facts.isLink) return Refusal("it is there already");
@@ -101,56 +146,50 @@ Failure MakeArchive(StorageTree& tree, const std::string& path) {
     const Result<StorageItem> item = tree.Find(path);
     if (!item) return item.Why();
     if (Failure failure = WhyNoArchive(*item)) return failure;
-    const FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!file.IsOpen()) return SystemFailure(errno);
-    const RefPointer<OverlayFile> archive = New<OverlayFile>(file.Get(), file.Get());
-    if (WriteEmptyEndRecord(*archive) && fsync(file.Get()) == 0) return {};
-    Failure failure = SystemFailure(archive->Error() != 0 ? archive->Error() : errno);
-    unlink(path.c_str());
-    return failure;
+    const Result<std::unique_ptr<ArchiveRewrite>> archive = ArchiveRewrite::BeginNew(path, {});
+    return archive ? (*archive)->Commit() : archive.Why();
 }
 
-// A member at the node or below it that is write-protected, or null.
-const ZipTreeNode* FindProtected(const ZipTreeNode& top) {
-    std::vector<const ZipTreeNode*> pending = {&top};
-    while (!pending.empty()) {
-        const ZipTreeNode* const node = pending.back();
-        pending.pop_back();
-        if (node->Header() != nullptr && !node->Flags().Has(ElementFlags::kWritable)) return node;
-        for (const auto& child : node->GetChildren()) pending.push_back(child.second.Get());
+Failure WhyNotRemoved(const StorageItem& item) {
+    if (!item.archive) {
+        const bool missing = item.facts.IsMissing() && !item.facts.isLink;
+        return missing ? WhyMissing(item.facts) : Refusal("it does not lie in an archive; use rm");
     }
-    return nullptr;
-}
-
-Failure WhyNotRemoved(const StorageItem& item, const RemoveOptions& options) {
-    if (item.facts.IsMissing() && !item.facts.isLink) return WhyMissing(item.facts);
-    if (!item.archive) return Refusal("it does not lie in an archive; use rm");
     if (item.archive->IsMember()) return Refusal("an archive in an archive can only be read");
     if (item.inner.Empty()) return Refusal("is a whole archive; use rm");
-    if (item.facts.IsFolder() && !options.recursive) return Refusal("is a folder (-r removes folders)");
-    if (!options.force && FindProtected(*item.node) != nullptr) {
-        return Refusal("it is write-protected (-f removes it)");
+    return {};
+}
+
+// A folder goes with all that is spelled like it, whether or not a path leads there. What only paths take for a part of
+// it stays.
+Failure RemoveMember(const StorageItem& item, const RemoveOptions& options, ArchiveEdits& edits,
+                     StorageReport& report) {
+    const MemberNames& names = **item.archive->Names();
+    const std::string spelling = names.SpellingOf(item.inner, item.innerBytes);
+    MemberNames::Numbers members = names.FilesAt(spelling);
+    const MemberNames::Numbers inside = names.Inside(spelling);
+    members.insert(members.end(), inside.begin(), inside.end());
+    if (members.empty()) return WhyMissing(item.facts);
+    if (!inside.empty() && !options.recursive) return Refusal("is a folder (-r removes folders)");
+    for (const std::uint32_t member : members) {
+        if (!options.force && !names.IsWritable(member)) return Refusal("it is write-protected (-f removes it)");
+    }
+    for (const std::uint32_t member : members) edits.Change(item.native)->Remove(member);
+    if (!options.recursive) return {};
+    for (const std::uint32_t other : names.OthersInside(item.inner, spelling)) {
+        report.Fail(item.shown, "'" + std::string(names.Name(other)) + "' is spelled otherwise, and stays");
     }
     return {};
 }
 
 }  // namespace
 
-void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageReport& report) {
-    StorageTree tree;
-    std::vector<StorageItem> folders;
-    PlannedFolders planned;
-    for (const std::string& path : paths) {
-        const Result<StorageItem> item = FindPlace(tree, path, parents, planned);
-        if (const Failure failure = item ? WhyNotMade(*item, parents, planned) : item.Why()) {
-            report.Fail(path, failure.text);
-        } else if (!item->facts.IsFolder()) {
-            folders.push_back(*item);
-            planned.Add(*item);
-        }
-    }
-    const auto add = [](SafeEdit& edit, const StorageItem& folder) { return edit.AddFolder(folder.inner); };
-    EditMembers(folders, false, add, report);
+void MakeFolders(const std::vector<std::string>& paths, const MakeOptions& options, StorageReport& report) {
+    ArchiveEdits edits(report);
+    BeginEdits(paths, options.force, edits);
+    FolderMaker maker(options.parents, edits, report);
+    for (const std::string& path : paths) maker.Make(path);
+    edits.CommitAll();
 }
 
 void MakeArchives(const std::vector<std::string>& paths, StorageReport& report) {
@@ -161,19 +200,17 @@ void MakeArchives(const std::vector<std::string>& paths, StorageReport& report) 
 }
 
 void RemovePaths(const std::vector<std::string>& paths, const RemoveOptions& options, StorageReport& report) {
+    ArchiveEdits edits(report);
+    BeginEdits(paths, options.force, edits);
     StorageTree tree;
-    std::vector<StorageItem> members;
     for (const std::string& path : paths) {
         const Result<StorageItem> item = tree.Find(path);
-        const Failure failure = item ? WhyNotRemoved(*item, options) : item.Why();
-        if (!failure) {
-            members.push_back(*item);
-        } else if (!options.force || failure.kind != FailureKind::Missing) {
-            report.Fail(path, failure.text);
-        }
+        Failure failure = item ? WhyNotRemoved(*item) : item.Why();
+        if (!failure && !edits.CanEdit(item->native, *item->archive)) continue;
+        if (!failure) failure = RemoveMember(*item, options, edits, report);
+        if (failure && !(options.force && failure.kind == FailureKind::Missing)) report.Fail(path, failure.text);
     }
-    const auto remove = [](SafeEdit& edit, const StorageItem& member) { return edit.Remove(member.inner); };
-    EditMembers(members, options.force, remove, report);
+    edits.CommitAll();
 }
 
 }  // namespace ZEMA

@@ -16,7 +16,7 @@ namespace ZEMA {
 
 struct CopyOptions {
     bool recursive = false;     // folders too
-    bool force = false;         // over write-protected files, and in write-protected archives too
+    bool force = false;         // over write-protected files, and in archives that are not replaced otherwise
     bool keepExisting = false;  // files that are there stay as they are
     bool move = false;          // the sources are removed once all of them is in the new place
 };
@@ -34,8 +34,13 @@ struct RemoveOptions {
 
 void RemovePaths(const std::vector<std::string>& paths, const RemoveOptions& options, StorageReport& report);
 
-// Makes folders in archives; with `parents` also those on the way, and one that is there is fine.
-void MakeFolders(const std::vector<std::string>& paths, bool parents, StorageReport& report);
+struct MakeOptions {
+    bool parents = false;  // also the folders on the way, and one that is there is fine
+    bool force = false;    // in write-protected archives too
+};
+
+// Makes folders in archives.
+void MakeFolders(const std::vector<std::string>& paths, const MakeOptions& options, StorageReport& report);
 
 // Makes archives without members, where nothing is yet.
 void MakeArchives(const std::vector<std::string>& paths, StorageReport& report);

@@ -9,20 +9,6 @@
 
 namespace ZEMA {
 
-void EditMembers(const std::vector<StorageItem>& members, bool force, const MemberChange& change,
-                 StorageReport& report) {
-    std::set<std::string> archives;
-    for (const StorageItem& member : members) archives.insert(member.native);
-    ArchiveEdits edits;
-    edits.Begin(archives, force, report);
-    for (const StorageItem& member : members) {
-        SafeEdit* const edit = edits.Find(member.native);
-        const Failure failure = edit != nullptr ? change(*edit, member) : Failure();
-        if (failure) edits.GiveUp(member.native, member.shown, failure.text, report);
-    }
-    edits.CommitAll(report);
-}
-
 bool IsWriteProtected(const std::string& path) {
     // The superuser may write to everything, and still protects files.
     struct stat status;
@@ -30,55 +16,70 @@ bool IsWriteProtected(const std::string& path) {
     return (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(path.c_str(), W_OK) != 0;
 }
 
-void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force, StorageReport& report) {
+void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force) {
     for (const std::string& archive : archives) {
         const std::string real = RealPath(archive);
         realPaths_[archive] = real;
         edits_[real].given = archive;
     }
+    ArchiveRewrite::Options options;
+    options.force = force;
     std::set<std::pair<dev_t, ino_t>> locked;  // a second lock on one file would wait for the first for ever
-    for (auto& [real, item] : edits_) {
+    for (auto& [real, edit] : edits_) {
+        options.tellWaiting = [this, &edit] { report_.Note("'" + edit.given + "' is in use; waiting for it"); };
         struct stat status = {};
         if (stat(real.c_str(), &status) == 0 && !locked.emplace(status.st_dev, status.st_ino).second) {
-            report.Fail(item.given, "the command names the same file by another name too");
+            edit.failure = {FailureKind::Refused, "the command names the same file by another name too"};
         } else if (!force && IsWriteProtected(real)) {
-            report.Fail(item.given, "it is write-protected");
-        } else if (Result<std::unique_ptr<SafeEdit>> edit = SafeEdit::Begin(real)) {
-            item.edit = std::move(*edit);
+            edit.failure = {FailureKind::Refused, "it is write-protected"};
         } else {
-            report.Fail(item.given, edit.Why().text);
+            Result<std::unique_ptr<ArchiveRewrite>> rewrite = ArchiveRewrite::Begin(real, options);
+            if (rewrite) edit.rewrite = std::move(*rewrite);
+            if (!rewrite) edit.failure = rewrite.Why();
         }
     }
 }
 
-SafeEdit* ArchiveEdits::Find(const std::string& archive) const {
-    return edits_.at(realPaths_.at(archive)).edit.get();
+bool ArchiveEdits::CanEdit(const std::string& archive, const MountedArchive& mounted) {
+    Edit& edit = Find(archive);
+    if (edit.rewrite && !edit.rewrite->IsOf(mounted.Descriptor())) {
+        edit.rewrite.reset();
+        edit.failure = {FailureKind::Refused, "somebody else has changed it meanwhile"};
+    }
+    if (edit.rewrite && !mounted.Names()) edit.failure = mounted.Names().Why();
+    if (!edit.failure) return edit.rewrite != nullptr;
+    if (!edit.told) report_.Fail(edit.given, edit.failure.text);
+    edit.told = true;
+    return false;
 }
 
-bool ArchiveEdits::IsSame(const std::string& a, const std::string& b) const {
-    const auto first = realPaths_.find(a);
-    const auto second = realPaths_.find(b);
-    return first != realPaths_.end() && second != realPaths_.end() && first->second == second->second;
+ArchiveRewrite* ArchiveEdits::Change(const std::string& archive) {
+    Edit& edit = Find(archive);
+    edit.changed = true;
+    return edit.rewrite.get();
 }
 
-void ArchiveEdits::GiveUp(const std::string& archive, const std::string& path, const std::string& problem,
-                          StorageReport& report) {
-    report.Fail(path, problem);
-    report.Note("'" + archive + "' is left as it was");
-    edits_.at(realPaths_.at(archive)).edit.reset();
+void ArchiveEdits::GiveUp(const std::string& archive, const std::string& path, const Failure& failure) {
+    report_.Fail(path, failure.text);
+    report_.Note("'" + archive + "' is left as it was");
+    Find(archive).rewrite.reset();
 }
 
-bool ArchiveEdits::Commit(const std::string& archive, StorageReport& report) {
-    const std::unique_ptr<SafeEdit> edit = std::move(edits_.at(realPaths_.at(archive)).edit);
-    if (!edit) return false;
-    const Failure failure = edit->Commit();
-    if (failure) report.Fail(archive, failure.text);
+bool ArchiveEdits::Commit(const std::string& archive) {
+    return Commit(Find(archive));
+}
+
+bool ArchiveEdits::Commit(Edit& edit) {
+    const std::unique_ptr<ArchiveRewrite> rewrite = std::move(edit.rewrite);
+    if (!rewrite) return false;
+    const Failure failure = edit.changed ? rewrite->Commit() : Failure();
+    if (failure) report_.Fail(edit.given, failure.text);
     return !failure;
 }
 
-void ArchiveEdits::CommitAll(StorageReport& report) {
-    for (const auto& item : edits_) {
-        if (item.second.edit) Commit(item.second.given, report);
+void ArchiveEdits::CommitAll() {
+    for (auto& item : edits_) {
+        if (item.second.rewrite) Commit(item.second);
     }
 }
 

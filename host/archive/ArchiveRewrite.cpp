@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/archive/DescriptorFile.h"
+#include "host/archive/ExtendedAttributes.h"
 #include "host/archive/MarkedFile.h"
 #include "host/archive/MemberHeaders.h"
 #include "host/system/Paths.h"
@@ -41,12 +42,6 @@ Failure CheckName(const ArchiveEntry& entry, std::string_view name) {
         return {FailureKind::Refused, "its new name would mix UTF-8 with other bytes"};
     }
     return {};
-}
-
-mode_t Umask() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return mask;
 }
 
 }  // namespace
@@ -163,7 +158,7 @@ Failure ArchiveRewrite::Replace(const ArchivePlan& plan) {
     if (Failure failure = WriteArchive(plan, *layout, to)) return failure;
     if (Failure failure = ProveArchive(plan, *layout, to)) return failure;
     if (!archive_) {
-        if (fchmod(to, 0666 & ~Umask()) != 0) return SystemFailure(errno);
+        if (fchmod(to, 0666 & ~CurrentUmask()) != 0) return SystemFailure(errno);
         return written.Commit(MarkedFile::Place::Free, true);
     }
     if (Failure failure = archive_->GiveOwner(to)) return failure;

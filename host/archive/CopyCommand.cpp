@@ -3,14 +3,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <ctime>
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "host/archive/ArchiveCommands.h"
 #include "host/archive/ArchiveEdits.h"
 #include "host/archive/CopyPlan.h"
 #include "host/archive/ExtendedAttributes.h"
-#include "host/archive/ReplacementFile.h"
+#include "host/archive/MarkedFile.h"
+#include "host/archive/MemberNames.h"
 #include "host/archive/StorageReader.h"
 #include "host/system/Paths.h"
 
@@ -18,18 +21,33 @@ namespace ZEMA {
 
 namespace {
 
-mode_t Umask() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return mask;
+// Whether the item is a folder in an archive that is only there because of what lies in it.
+bool IsImplied(const StorageItem& item) {
+    return item.archive && item.node->Header() == nullptr;
 }
 
-// The permissions for what comes out of an archive: it is for everybody whom the user lets.
+// The number of the member that the item is, unless its archive is not understood well enough.
+std::optional<std::uint32_t> NumberOf(const StorageItem& item) {
+    if (!item.archive || IsImplied(item) || !item.archive->Names()) return std::nullopt;
+    return (*item.archive->Names())->NumberOf(*item.node->Header());
+}
+
+std::optional<ArchiveEntry> EntryOf(const StorageItem& item) {
+    const std::optional<std::uint32_t> number = NumberOf(item);
+    return number ? std::optional((*item.archive->Names())->Entry(*number)) : std::nullopt;
+}
+
+// The permissions for what comes out of an archive: its own, or those that its flags stand for, as far as the user
+// lets.
 mode_t ModeFor(const StorageItem& source) {
-    mode_t mode = 0444;
-    if (source.facts.flags.Has(ElementFlags::kWritable)) mode |= 0222;
-    if (source.facts.flags.Has(ElementFlags::kExecutable)) mode |= 0111;
-    return (source.facts.IsFolder() ? 0777 : mode) & ~Umask();
+    const std::optional<ArchiveEntry> entry = EntryOf(source);
+    mode_t mode = entry ? entry->UnixMode() & 0777 : 0;
+    if (mode == 0) {
+        mode = source.facts.IsFolder() ? 0777 : 0444;
+        if (source.facts.flags.Has(ElementFlags::kWritable)) mode |= 0222;
+        if (source.facts.flags.Has(ElementFlags::kExecutable)) mode |= 0111;
+    }
+    return mode & ~CurrentUmask();
 }
 
 Failure CopyContents(StorageReader& source, int target, const std::string& targetName) {
@@ -43,6 +61,23 @@ Failure CopyContents(StorageReader& source, int target, const std::string& targe
     }
 }
 
+// A file that is there keeps its owner and permissions, but not where something is moved there. False with errno.
+bool GiveAttributes(const StorageItem& source, const std::string& path, bool move, int to) {
+    mode_t mode = ModeFor(source);
+    struct stat present;
+    if (!move && stat(path.c_str(), &present) == 0) {
+        mode = present.st_mode & 0777;
+        if (fchown(to, present.st_uid, present.st_gid) != 0) errno = 0;  // it is the user's own then
+        CopyExtendedAttributes(path, to);
+    }
+    const std::optional<ArchiveEntry> entry = EntryOf(source);
+    if (const std::optional<std::int64_t> seconds = entry ? entry->ModifiedSeconds() : std::nullopt) {
+        const timespec times[] = {{0, UTIME_OMIT}, {static_cast<std::time_t>(*seconds), 0}};
+        futimens(to, times);
+    }
+    return fchmod(to, mode) == 0;
+}
+
 // Failures are those of the source, unless they name the target.
 Failure WriteNativeFile(const StorageItem& source, const StorageItem& target, bool move) {
     const std::string name = "'" + target.shown + "'";
@@ -50,17 +85,11 @@ Failure WriteNativeFile(const StorageItem& source, const StorageItem& target, bo
     const std::string path = target.facts.isLink && !move ? RealPath(target.native) : target.native;
     const Result<std::unique_ptr<StorageReader>> reader = StorageReader::Open(source);
     if (!reader) return reader.Why();
-    ReplacementFile file;
+    MarkedFile file;
     if (const Failure failure = file.Create(path)) return failure.In(name);
     if (Failure failure = CopyContents(**reader, file.Descriptor(), name)) return failure;
-    mode_t mode = ModeFor(source);
-    struct stat present;
-    if (!move && stat(path.c_str(), &present) == 0) {
-        mode = present.st_mode & 0777;
-        if (fchown(file.Descriptor(), present.st_uid, present.st_gid) != 0) errno = 0;  // it is the user's own then
-        CopyExtendedAttributes(path, file.Descriptor());
-    }
-    const Failure failure = file.Commit(mode, move);
+    if (!GiveAttributes(source, path, move, file.Descriptor())) return SystemFailure(errno).In(name);
+    const Failure failure = file.Commit(MarkedFile::Place::Replace, move);
     return failure ? failure.In(name) : Failure();
 }
 
@@ -73,75 +102,112 @@ Failure MakeNativeFolder(const StorageItem& source, const StorageItem& target) {
 
 class CopyRun {
 public:
-    CopyRun(CopyPlan& plan, const CopyOptions& options, StorageReport& report)
-        : plan_(plan), options_(options), report_(report) {}
+    CopyRun(CopyPlan& plan, const CopyOptions& options, ArchiveEdits& edits, StorageReport& report)
+        : plan_(plan), options_(options), edits_(edits), report_(report) {}
 
     void Run() {
+        const StorageItem& target = plan_.Target();
         if (plan_.Steps().empty()) return;
-        BeginEdits();
-        for (const CopyPlan::Step& step : plan_.Steps()) Take(step);
-        const StorageItem* const target = plan_.TargetArchive();
-        if (options_.move && target != nullptr) RemoveMembers(*target, true);
-        if (target != nullptr && !edits_.Commit(target->native, report_)) targetFailed_ = true;
-        if (options_.move && !targetFailed_) {
-            RemoveMembers(plan_.Target(), false);
-            RemoveNativeSources();
+        if (!target.archive)
+            MarkedFile::RemoveLeftovers(target.facts.IsFolder() ? target.native : FolderOf(target.native));
+        for (const CopyPlan::Step& step : plan_.Steps()) {
+            if (!targetFailed_) Take(step);
         }
-        edits_.CommitAll(report_);
+        if (targetFailed_ || (target.archive && !edits_.Commit(target.native))) return;
+        if (!options_.move) return;
+        RemoveMembers();
+        RemoveNativeSources();
+        edits_.CommitAll();
     }
 
 private:
-    void BeginEdits() {
-        std::set<std::string> archives;
-        if (plan_.TargetArchive() != nullptr) archives.insert(plan_.TargetArchive()->native);
-        for (const CopyPlan::Operand& operand : plan_.Operands()) {
-            if (options_.move && operand.source.archive) archives.insert(operand.source.native);
-        }
-        edits_.Begin(archives, options_.force, report_);
-        targetFailed_ = plan_.TargetArchive() != nullptr && edits_.Find(plan_.TargetArchive()->native) == nullptr;
-    }
-
     void Take(const CopyPlan::Step& step) {
-        if (targetFailed_) return;
         const StorageItem source = plan_.SourceOf(step);
         const StorageItem target = plan_.TargetOf(step);
-        const Failure failure = TakeInto(source, target);
+        const Failure failure = target.archive            ? TakeIntoArchive(step, source, target)
+                                : source.facts.IsFolder() ? MakeNativeFolder(source, target)
+                                                          : WriteNativeFile(source, target, options_.move);
         if (!failure) return;
         plan_.Operands()[step.operand].complete = false;
         if (!target.archive) return report_.Fail(source.shown, failure.text);
-        edits_.GiveUp(target.native, source.shown, failure.text, report_);
+        edits_.GiveUp(target.native, source.shown, failure);
         targetFailed_ = true;
     }
 
-    Failure TakeInto(const StorageItem& source, const StorageItem& target) {
-        const bool folder = source.facts.IsFolder();
-        if (!target.archive) {
-            return folder ? MakeNativeFolder(source, target) : WriteNativeFile(source, target, options_.move);
+    Failure TakeIntoArchive(const CopyPlan::Step& step, const StorageItem& source, const StorageItem& target) {
+        ArchiveRewrite& archive = *edits_.Change(target.native);
+        const MemberNames& names = **target.archive->Names();
+        const std::string spelling = names.SpellingOf(target.inner, target.innerBytes);
+        if (source.facts.IsFile()) {
+            for (const std::uint32_t replaced : names.FilesAt(spelling)) archive.Remove(replaced);
+            if (target.facts.IsFile()) TellOfOtherSpelling(target, spelling);
         }
-        SafeEdit& edit = *edits_.Find(target.native);
-        if (folder) return target.facts.IsFolder() ? Failure() : edit.AddFolder(target.inner);
-        const Result<std::unique_ptr<StorageReader>> reader = StorageReader::Open(source);
-        return reader ? edit.WriteFile(target.inner, **reader) : reader.Why();
+        if (step.rename) return Rename(archive, names, source, spelling);
+        if (source.facts.IsFolder() && (target.facts.IsFolder() || IsImplied(source))) return {};
+        const std::string name = source.facts.IsFolder() ? spelling + "/" : spelling;
+        if (const std::optional<std::uint32_t> number = NumberOf(source)) {
+            return archive.AddPacked((*source.archive->Names())->Records(), *number, name);
+        }
+        return Pack(archive, source, name);
     }
 
-    // Of the operands that came out of archives, those in the archive of the target, whose edit is still open, or the
-    // others.
-    void RemoveMembers(const StorageItem& target, bool inTarget) {
-        for (const CopyPlan::Operand& operand : plan_.Operands()) {
-            const StorageItem& source = operand.source;
-            if (operand.complete && source.archive && edits_.IsSame(source.native, target.native) == inTarget) {
-                RemoveMember(source);
+    // An import reads the first member of a name, whatever its case.
+    void TellOfOtherSpelling(const StorageItem& target, const std::string& spelling) const {
+        const MemberNames& names = **target.archive->Names();
+        const MemberNames::Numbers others = names.OtherFilesAt(target.inner, spelling);
+        if (others.empty()) return;
+        report_.Note("'" + target.shown + "' is replaced, but an import reads '" +
+                     std::string(names.Name(others.front())) + "'");
+    }
+
+    static Failure Pack(ArchiveRewrite& archive, const StorageItem& source, const std::string& name) {
+        NewMember member;
+        member.name = name;
+        member.modifiedSeconds = source.facts.modified ? source.facts.modified->tv_sec : std::time(nullptr);
+        member.mode = source.archive ? ModeFor(source) : source.facts.mode;
+        if (source.facts.IsFolder()) {
+            archive.AddFolder(member);
+            return {};
+        }
+        const Result<std::unique_ptr<StorageReader>> reader = StorageReader::Open(source);
+        if (!reader) return reader.Why();
+        return archive.AddFile(member, [&](void* buffer, std::size_t size) { return (*reader)->Read(buffer, size); });
+    }
+
+    // The member, and all that is spelled as lying below it, but for what another source has taken along.
+    Failure Rename(ArchiveRewrite& archive, const MemberNames& names, const StorageItem& source,
+                   const std::string& spelling) {
+        const std::string old = names.SpellingOf(source.inner, source.innerBytes);
+        MemberNames::Numbers members = names.FilesAt(old);
+        const MemberNames::Numbers inside = names.Inside(old);
+        members.insert(members.end(), inside.begin(), inside.end());
+        // An empty folder that is there goes, so that there are not two of them.
+        for (const std::uint32_t folder : names.FilesAt(spelling + "/")) archive.Remove(folder);
+        for (const std::uint32_t member : members) {
+            if (!renamed_.insert(member).second) continue;
+            const std::string name(names.Name(member));
+            if (const Failure failure = archive.Rename(member, spelling + name.substr(old.size()))) {
+                return failure.In("'" + name + "'");
             }
         }
+        return {};
     }
 
-    void RemoveMember(const StorageItem& source) {
-        SafeEdit* const edit = edits_.Find(source.native);
-        if (edit == nullptr) return;
-        const bool same = source.archive->IsOf(edit->Original());
-        const Failure failure = same ? edit->Remove(source.inner)
-                                     : Failure{FailureKind::Refused, "somebody else has changed the archive meanwhile"};
-        if (failure) edits_.GiveUp(source.native, source.shown, failure.text, report_);
+    // What was taken, under whatever spelling, and the folders around it.
+    void RemoveMembers() {
+        for (const CopyPlan::Operand& operand : plan_.Operands()) {
+            const StorageItem& source = operand.source;
+            if (!operand.complete || !source.archive || source.archive == plan_.Target().archive) continue;
+            ArchiveRewrite& archive = *edits_.Change(source.native);
+            const MemberNames& names = **source.archive->Names();
+            for (const ZipFileHeader* const member : MembersBelow(*source.node)) {
+                archive.Remove(names.NumberOf(*member));
+            }
+            if (!source.facts.IsFolder()) continue;
+            for (const std::uint32_t member : names.Inside(names.SpellingOf(source.inner, source.innerBytes))) {
+                if (names.Name(member).ends_with('/')) archive.Remove(member);
+            }
+        }
     }
 
     // What was taken and nothing else: a folder stays with what has come into it meanwhile.
@@ -158,17 +224,32 @@ private:
 
     CopyPlan& plan_;
     const CopyOptions& options_;
+    ArchiveEdits& edits_;
     StorageReport& report_;
-    ArchiveEdits edits_;
     bool targetFailed_ = false;
+    std::set<std::uint32_t> renamed_;  // members of the target's archive
 };
+
+// Of all archives that the command changes.
+void BeginEdits(const std::vector<std::string>& sources, const std::string& target, const CopyOptions& options,
+                ArchiveEdits& edits) {
+    std::set<std::string> archives = {StorageTree::FileOn(target)};
+    for (const std::string& source : sources) {
+        const std::string file = options.move ? StorageTree::FileOn(source) : "";
+        if (file.size() < source.size()) archives.insert(file);
+    }
+    archives.erase("");
+    edits.Begin(archives, options.force);
+}
 
 }  // namespace
 
 void CopyPaths(const std::vector<std::string>& sources, const std::string& target, const CopyOptions& options,
                StorageReport& report) {
-    CopyPlan plan(options, report);
-    if (plan.Make(sources, target)) CopyRun(plan, options, report).Run();
+    ArchiveEdits edits(report);
+    BeginEdits(sources, target, options, edits);
+    CopyPlan plan(options, edits, report);
+    if (plan.Make(sources, target)) CopyRun(plan, options, edits, report).Run();
 }
 
 }  // namespace ZEMA

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/archive/ArchiveComparison.h"
-#include "host/archive/ArchiveEdits.h"
+#include "host/archive/MemberNames.h"
 #include "host/system/Paths.h"
 #include "storage/zip/ZipFormat.h"
 
@@ -32,15 +31,16 @@ bool IsSameFile(const StorageItem& a, const StorageItem& b) {
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-// Whether the stored name of a member is that path or lies below it.
-bool LiesBelow(std::string name, const BasicArray<String>& path) {
-    for (const String& part : path) {
-        const std::string first = name.substr(0, name.find('/'));
-        const std::optional<String> text = MemberName(first);
-        if (!text || !text->EqualsNoCaseAt(0, npos, part)) return false;
-        name.erase(0, first.size() + 1);
-    }
-    return true;
+// Whether a member is a symbolic link, whose contents are a path.
+bool IsLinkMember(const StorageItem& item) {
+    if (!item.archive || !item.archive->Names() || !item.node || item.node->Header() == nullptr) return false;
+    const MemberNames& names = **item.archive->Names();
+    return S_ISLNK(names.Entry(names.NumberOf(*item.node->Header())).UnixMode());
+}
+
+// A member whose packed bytes nobody here can unpack.
+bool IsUnreadable(const StorageItem& item) {
+    return item.archive && item.facts.IsFile() && !OpenMemberFile(item.archive->Volume(), *item.node);
 }
 
 bool IsProtected(const StorageItem& target) {
@@ -88,7 +88,8 @@ bool CopyPlan::Make(const std::vector<std::string>& sources, const std::string& 
 
 bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::string& target) {
     Result<StorageItem> item = tree_.Find(target);
-    if (item) item = tree_.Enter(*item);
+    // What cannot be opened is no folder, and may be replaced.
+    if (item && !IsUnreadable(*item)) item = tree_.Enter(*item);
     if (!item) return Refuse(target, item.Why().text);
     target_ = *item;
     intoTarget_ = target_.facts.IsFolder();
@@ -96,7 +97,7 @@ bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::st
     if (target_.archive && target_.archive->IsMember()) {
         return Refuse(target, "an archive in an archive can only be read");
     }
-    return true;
+    return !target_.archive || edits_.CanEdit(target_.native, *target_.archive);
 }
 
 bool CopyPlan::AddOperand(const std::string& path) {
@@ -104,8 +105,11 @@ bool CopyPlan::AddOperand(const std::string& path) {
     const bool leads = found && (!found->facts.IsMissing() || (options_.move && found->facts.isLink));
     if (!leads) report_.Fail(path, found ? WhyMissing(found->facts).text : found.Why().text);
     if (!leads) return true;
-    const StorageItem& source = *found;
-    operands_.push_back({source, {}});
+    operands_.push_back({*found, {}});
+    return AddSource(*found);
+}
+
+bool CopyPlan::AddSource(const StorageItem& source) {
     if (!source.archive && !target_.archive) {
         const std::string command = options_.move ? "mv" : "cp";
         LeaveOut(source, "neither it nor '" + target_.shown + "' lies in an archive; use " + command);
@@ -116,13 +120,35 @@ bool CopyPlan::AddOperand(const std::string& path) {
         return true;
     }
     if (options_.move && source.archive && source.archive->IsMember()) {
-        return Refuse(path, "an archive in an archive can only be read");
+        return Refuse(source.shown, "an archive in an archive can only be read");
     }
-    if (options_.move && source.IsArchiveRoot()) return Refuse(path, "is a whole archive; name it without '/'");
+    if (options_.move && source.IsArchiveRoot()) return Refuse(source.shown, "is a whole archive; name it without '/'");
+    if (options_.move && source.archive && !edits_.CanEdit(source.native, *source.archive)) {
+        operands_.back().complete = false;
+        return true;
+    }
+    if (const Failure failure = WhyNotNamed(source)) {
+        LeaveOut(source, failure.text);
+        return true;
+    }
     const std::string name = intoTarget_ ? OwnName(source) : std::string();
     const Pending top = {source, name.empty() ? target_ : tree_.Child(target_, name), kNoStep, name};
     operands_.back().target = top.target;
-    return !RefusesPair(source, top.target) && AddTree(top);
+    if (RefusesPair(source, top.target)) return false;
+    return options_.move && source.archive && source.archive == target_.archive ? AddRename(top) : AddTree(top);
+}
+
+// Whether the name says which member is meant: of several, paths lead to one.
+Failure CopyPlan::WhyNotNamed(const StorageItem& source) const {
+    if (!source.archive || !source.facts.IsFile() || !source.archive->Names()) return {};
+    const MemberNames& names = **source.archive->Names();
+    const MemberNames::Numbers files = names.FilesAt(names.SpellingOf(source.inner, source.innerBytes));
+    const std::uint32_t seen = names.NumberOf(*source.node->Header());
+    if (std::find(files.begin(), files.end(), seen) == files.end()) {
+        return Refusal("no path leads to it, but to '" + std::string(names.Name(seen)) + "'");
+    }
+    if (options_.move && files.size() > 1) return Refusal("several members have this name");
+    return {};
 }
 
 // Whether the source goes to the target; a failure is told, and so is a link that is left out.
@@ -144,7 +170,8 @@ Failure CopyPlan::WhyNot(const StorageItem& source, const StorageItem& target) {
     const StorageFacts& there = target.facts;
     const bool below = !steps_.empty() && steps_.back().operand == operands_.size() - 1;
     const std::string name = "'" + target.shown + "'";
-    if (source.facts.isLink && (below || options_.move)) return Refusal("is a link and is left out");
+    const bool isLink = source.archive ? !target.archive && IsLinkMember(source) : source.facts.isLink;
+    if (isLink && (below || options_.move || source.archive)) return Refusal("is a link and is left out");
     if (source.facts.IsMissing()) return WhyMissing(source.facts);
     if (source.facts.kind == StorageKind::Other) return Refusal("is neither a file nor a folder");
     if (target.archive && (target.inner.Empty() ? !source.facts.IsFolder() : target.inner.Back().IsEmpty())) {
@@ -165,8 +192,7 @@ Failure CopyPlan::WhyNot(const StorageItem& source, const StorageItem& target) {
 Failure CopyPlan::WhyNotReplaced(const StorageItem& target) {
     const std::string name = "'" + target.shown + "'";
     if (!options_.force && IsProtected(target)) return Refusal(name + " is write-protected (-f replaces it)");
-    // A member that cannot be opened is of no use to anybody.
-    if (target.archive && !OpenMemberFile(target.archive->Volume(), *target.node)) return {};
+    if (IsUnreadable(target)) return {};
     const Result<StorageItem> entered = tree_.Enter(target);
     if (!entered) return entered.Why().In(name);
     if (entered->facts.IsFolder()) return Refusal(name + " is an archive, and no archive is replaced");
@@ -182,32 +208,59 @@ bool CopyPlan::AddTree(const Pending& top) {
         if (RefusesLength(next)) return false;
         if (!Takes(next.source, next.target)) continue;
         if (RefusesName(next)) return false;
-        AddStep(next);
+        AddStep(next, false);
         if (next.source.facts.IsFolder()) AddChildren(next, pending);
+        if (options_.recursive) LeaveOutBelowFile(next.source);
     }
     // Of a file that is copied the user has named the one that paths lead to.
-    if (top.source.archive && (options_.move || top.source.facts.IsFolder())) TellOfHiddenFiles(top.source);
+    if (top.source.archive && top.source.facts.IsFolder()) LeaveOutHidden(top.source);
     return true;
 }
 
-void CopyPlan::TellOfHiddenFiles(const StorageItem& source) {
-    for (const std::string& name : NamesOfHiddenFiles(source.archive->Volume())) {
-        if (!LiesBelow(name, source.inner)) continue;
-        LeaveOut(source,
-                 "its member '" + name + "' is left out: another one has that name, or it is no name for a file");
+// All that is spelled like the source goes along, whether or not a path leads there.
+bool CopyPlan::AddRename(const Pending& top) {
+    if (RefusesLength(top)) return false;
+    if (!Takes(top.source, top.target)) return true;
+    if (RefusesName(top)) return false;
+    if (top.source.facts.IsFolder() && IsFilled(top.target)) {
+        LeaveOut(top.source, "'" + top.target.shown + "' is there and is not empty");
+        return true;
+    }
+    AddStep(top, true);
+    const MemberNames& names = **top.source.archive->Names();
+    for (const std::uint32_t other :
+         names.OthersInside(top.source.inner, names.SpellingOf(top.source.inner, top.source.innerBytes))) {
+        report_.Fail(top.source.shown, "'" + std::string(names.Name(other)) + "' is spelled otherwise, and stays");
+    }
+    return true;
+}
+
+void CopyPlan::LeaveOutHidden(const StorageItem& source) {
+    if (!source.archive->Names()) return;
+    const MemberNames& names = **source.archive->Names();
+    for (const std::uint32_t hidden : names.Hidden(source.inner)) {
+        LeaveOut(source, "its member '" + std::string(names.Name(hidden)) +
+                             "' is left out: another one has that name, or it is no name for a file");
     }
 }
 
-void CopyPlan::AddChildren(const Pending& folder, std::vector<Pending>& pending) {
+void CopyPlan::LeaveOutBelowFile(const StorageItem& source) {
+    if (!source.archive || !source.facts.IsFile() || source.node->GetChildren().Empty()) return;
+    LeaveOut(source, "what lies below it is left out, since it is a file");
+}
+
+bool CopyPlan::IsFilled(const StorageItem& folder) const {
     std::vector<StorageEntry> entries;
-    if (options_.move && folder.target.facts.IsFolder()) {
-        const Failure failure = tree_.List(folder.target, entries);
-        if (failure || !entries.empty()) {
-            LeaveOut(folder.source, "'" + folder.target.shown + "' is there and is not empty");
-            steps_.pop_back();
-            return;
-        }
+    return folder.facts.IsFolder() && (tree_.List(folder, entries) || !entries.empty());
+}
+
+void CopyPlan::AddChildren(const Pending& folder, std::vector<Pending>& pending) {
+    if (options_.move && IsFilled(folder.target)) {
+        LeaveOut(folder.source, "'" + folder.target.shown + "' is there and is not empty");
+        steps_.pop_back();
+        return;
     }
+    std::vector<StorageEntry> entries;
     if (const Failure failure = tree_.List(folder.source, entries)) LeaveOut(folder.source, failure.text);
     for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
         const std::string& name = entry->name;
@@ -216,11 +269,15 @@ void CopyPlan::AddChildren(const Pending& folder, std::vector<Pending>& pending)
     }
 }
 
-void CopyPlan::AddStep(const Pending& pending) {
+void CopyPlan::AddStep(const Pending& pending, bool rename) {
     const StorageItem& source = pending.source;
     const StorageItem& target = pending.target;
-    steps_.push_back(
-        {{source.node, source.facts}, {target.node, target.facts}, operands_.size() - 1, pending.folder, pending.name});
+    steps_.push_back({{source.node, source.facts},
+                      {target.node, target.facts},
+                      operands_.size() - 1,
+                      pending.folder,
+                      pending.name,
+                      rename});
 }
 
 StorageItem CopyPlan::SourceOf(const Step& step) const {
@@ -299,7 +356,7 @@ bool CopyPlan::RefusesSizes() {
         if (step.source.facts.size > kMaxOffset) {
             return !Refuse(SourceOf(step).shown, "it is too large for an archive");
         }
-        if (step.target.facts.IsMissing()) ++count;
+        if (step.target.facts.IsMissing() && !step.rename) ++count;
     }
     if (count <= kMaxEntries) return false;
     return !Refuse(target_.shown, "it would have " + std::to_string(count) + " members, and 65535 is the most");

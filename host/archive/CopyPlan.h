@@ -8,6 +8,7 @@
 
 #include "core/BasicSet.h"
 #include "host/archive/ArchiveCommands.h"
+#include "host/archive/ArchiveEdits.h"
 #include "host/archive/StorageTree.h"
 
 namespace ZEMA {
@@ -29,6 +30,7 @@ public:
         std::size_t operand;  // the source that it belongs to
         std::size_t folder;   // the step of the folder around it, or kNoStep for the operand itself
         std::string name;     // in that folder
+        bool rename = false;  // the member, or all of the folder, within its archive
     };
     struct Operand {
         StorageItem source;
@@ -37,7 +39,9 @@ public:
     };
     static constexpr std::size_t kNoStep = static_cast<std::size_t>(-1);
 
-    CopyPlan(const CopyOptions& options, StorageReport& report) : options_(options), report_(report) {}
+    // The edits have begun: of the archive of the target and, where the sources are moved, of theirs.
+    CopyPlan(const CopyOptions& options, ArchiveEdits& edits, StorageReport& report)
+        : options_(options), edits_(edits), report_(report) {}
 
     // False when the command is refused.
     [[nodiscard]] bool Make(const std::vector<std::string>& sources, const std::string& target);
@@ -46,11 +50,7 @@ public:
     StorageItem SourceOf(const Step& step) const;
     StorageItem TargetOf(const Step& step) const;
     std::vector<Operand>& Operands() { return operands_; }
-
     const StorageItem& Target() const { return target_; }
-
-    // The archive that the target lies in, or null.
-    const StorageItem* TargetArchive() const { return target_.archive ? &target_ : nullptr; }
 
 private:
     using Names = BasicSet<String, StringCaseInsensitiveLess<String>>;
@@ -63,10 +63,14 @@ private:
 
     bool FindTarget(const std::vector<std::string>& sources, const std::string& target);
     bool AddOperand(const std::string& source);
+    bool AddSource(const StorageItem& source);
     bool AddTree(const Pending& top);
+    bool AddRename(const Pending& top);
     void AddChildren(const Pending& folder, std::vector<Pending>& pending);
-    void AddStep(const Pending& pending);
-    void TellOfHiddenFiles(const StorageItem& source);
+    void AddStep(const Pending& pending, bool rename);
+    void LeaveOutHidden(const StorageItem& source);
+    void LeaveOutBelowFile(const StorageItem& source);
+    bool IsFilled(const StorageItem& folder) const;
     StorageItem ItemBelow(const StorageItem& top, const Step& step, const Place& place) const;
     bool RefusesPair(const StorageItem& source, const StorageItem& target);
     bool RefusesLength(const Pending& pending);
@@ -74,12 +78,14 @@ private:
     bool RefusesSizes();
     bool RefusesSideBySide();
     bool Takes(const StorageItem& source, const StorageItem& target);
+    Failure WhyNotNamed(const StorageItem& source) const;
     Failure WhyNot(const StorageItem& source, const StorageItem& target);
     Failure WhyNotReplaced(const StorageItem& target);
     void LeaveOut(const StorageItem& source, const std::string& reason);
     bool Refuse(const std::string& path, const std::string& reason);
 
     const CopyOptions options_;
+    ArchiveEdits& edits_;
     StorageReport& report_;
     StorageTree tree_;
     StorageItem target_;

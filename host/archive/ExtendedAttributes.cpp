@@ -1,5 +1,7 @@
 #include "host/archive/ExtendedAttributes.h"
 
+#include <sys/stat.h>
+
 #ifdef __linux__
 #include <sys/xattr.h>
 
@@ -50,5 +52,11 @@ bool CopyExtendedAttributes(const std::string&, int) {
 }
 
 #endif
+
+mode_t CurrentUmask() {
+    const mode_t mask = umask(0);  // it can only be asked for by setting it
+    umask(mask);
+    return mask;
+}
 
 }  // namespace ZEMA

@@ -1,35 +1,22 @@
 #include "host/archive/MountedArchive.h"
 
-#include <cerrno>
+#include <utility>
 
-#include "host/archive/OverlayFile.h"
+#include "host/archive/ArchiveRecords.h"
+#include "host/archive/DescriptorFile.h"
 #include "storage/zip/ZipFormat.h"
-#include "storage/zip/ZipRecords.h"
 #include "storage/zip/ZipStorageFile.h"
 
 namespace ZEMA {
-
-namespace {
-
-// Whether a file is an archive, or was meant to be one: it begins as one, or ends as one.
-bool LooksLikeArchive(File& file) {
-    char bytes[4];
-    if (GetSize(file) < sizeof(bytes) || !ReadAt(file, 0, sizeof(bytes), bytes)) return false;
-    const std::uint32_t start = LoadU32(bytes);
-    ZipEndRecord endRecord;
-    return start == kLocalHeaderSignature || start == kEndRecordSignature || ReadEndRecord(file, endRecord);
-}
-
-}  // namespace
 
 Result<MountedArchive::Pointer> MountedArchive::Open(const std::string& path) {
     Result<FileDescriptor> descriptor = OpenRegularFile(path);
     if (!descriptor) return descriptor.Why();
     const std::shared_ptr<MountedArchive> archive(new MountedArchive);
-    archive->file_ = std::move(*descriptor);
-    fstat(archive->file_.Get(), &archive->status_);
-    const RefPointer<OverlayFile> file = New<OverlayFile>(archive->file_.Get(), -1);
-    const Failure failure = archive->Mount(*file);
+    archive->descriptor_ = std::move(*descriptor);
+    fstat(archive->descriptor_.Get(), &archive->status_);
+    const RefPointer<DescriptorFile> file = New<DescriptorFile>(archive->descriptor_.Get());
+    const Failure failure = archive->Mount(RefPointer<File>(file.Get()));
     if (file->Error() != 0) return SystemFailure(file->Error());
     if (failure) return failure;
     return Pointer(archive);
@@ -40,15 +27,34 @@ Result<MountedArchive::Pointer> MountedArchive::OpenMember(const Pointer& outer,
     archive->outer_ = outer;
     const Result<RefPointer<File>> file = OpenMemberFile(outer->Volume(), node);
     if (!file) return file.Why();
-    if (const Failure failure = archive->Mount(**file)) return failure;
+    if (const Failure failure = archive->Mount(*file)) return failure;
     return Pointer(archive);
 }
 
-Failure MountedArchive::Mount(File& file) {
-    if (!LooksLikeArchive(file)) return {FailureKind::NoArchive, "is no archive"};
-    volume_ = New<ZipStorageVolume>(&file, kReadStyle);
+Failure MountedArchive::Mount(RefPointer<File> file) {
+    file_ = std::move(file);
+    volume_ = New<ZipStorageVolume>(file_.Get(), kReadStyle);
     if (volume_->Open()) return {};
-    return {FailureKind::Damaged, "the archive is damaged"};
+    const Result<ArchiveRecords::Pointer> records = ArchiveRecords::Read(file_);
+    if (!records) return records.Why();
+    return {FailureKind::Damaged, "one of its members has a name with an empty part"};
+}
+
+const Result<std::unique_ptr<const MemberNames>>& MountedArchive::Names() const {
+    if (!names_) names_.emplace(ReadNames());
+    return *names_;
+}
+
+Result<std::unique_ptr<const MemberNames>> MountedArchive::ReadNames() const {
+    Result<ArchiveRecords::Pointer> records = ArchiveRecords::Read(file_);
+    if (!records) return records.Why();
+    std::size_t count = 0;
+    for (auto member = volume_->MembersInDirectoryOrder().First(); member != nullptr;
+         member = ZipStorageVolume::DirectoryOrder::Next(member)) {
+        ++count;
+    }
+    if (count != (*records)->Count()) return Failure{FailureKind::Damaged, "its directory ends too early"};
+    return std::make_unique<const MemberNames>(std::move(*records), *volume_);
 }
 
 bool MountedArchive::IsOf(const struct stat& status) const {

@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/RefPointer.h"
+#include "host/archive/MemberNames.h"
 #include "host/system/Failure.h"
 #include "host/system/FileDescriptor.h"
 #include "storage/zip/ZipStorageVolume.h"
@@ -31,17 +33,26 @@ public:
     ZipTreeNode& Root() const { return volume_->RootNode(); }
     bool IsMember() const { return outer_ != nullptr; }
 
+    // All its members by name, put together at the first call. A failure, the same every time, says why the archive
+    // can be read, but is not understood well enough to be changed.
+    const Result<std::unique_ptr<const MemberNames>>& Names() const;
+
+    int Descriptor() const { return descriptor_.Get(); }  // of the file; -1 for a member of another archive
+
     // Whether it was mounted from the file of this status.
     bool IsOf(const struct stat& status) const;
 
 private:
     MountedArchive() = default;
-    Failure Mount(File& file);
+    Failure Mount(RefPointer<File> file);
+    Result<std::unique_ptr<const MemberNames>> ReadNames() const;
 
     Pointer outer_;
-    FileDescriptor file_;
+    FileDescriptor descriptor_;
     struct stat status_ = {};
+    RefPointer<File> file_;
     RefPointer<ZipStorageVolume> volume_;
+    mutable std::optional<Result<std::unique_ptr<const MemberNames>>> names_;
 };
 
 // Opens a member for reading.

@@ -54,6 +54,7 @@ StorageFacts FactsOfNative(const std::string& path) {
     if (facts.IsFile()) facts.size = static_cast<std::uint64_t>(status.st_size);
     facts.flags = FlagsOf(status);
     facts.modified = ModifiedOf(status);
+    facts.mode = status.st_mode & 0777;
     return facts;
 }
 
@@ -125,13 +126,25 @@ void AppendName(StorageItem& item, const std::string& name) {
     const auto append = [&name](std::string& path) { path += (path.ends_with('/') ? "" : "/") + name; };
     append(item.shown);
     if (item.archive) {
-        // What is not UTF-8 is the empty name, under which nothing is found or made.
         item.inner.PushBack(MemberName(name).value_or(String()));
+        item.innerBytes += (item.innerBytes.empty() ? "" : "/") + name;
     } else {
         append(item.native);
     }
     item.node.Reset();
     item.facts = StorageFacts();
+}
+
+std::string StorageTree::FileOn(const std::string& path) {
+    const std::string bare = WithoutSlashes(path);
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = bare.find('/', end + 1);
+        const std::string start = bare.substr(0, end);
+        struct stat status;
+        if (stat(start.c_str(), &status) != 0) return "";
+        if (S_ISREG(status.st_mode)) return start;
+    }
+    return "";
 }
 
 Result<StorageItem> StorageTree::Find(const std::string& path) {

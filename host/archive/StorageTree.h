@@ -1,6 +1,8 @@
 // Files and folders as users name them: outside archives, and inside as if archives were folders.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -24,7 +26,8 @@ struct StorageFacts {
     bool isLink = false;
     std::uint64_t size = 0;  // bytes, of a file
     ElementFlags flags;
-    std::optional<timespec> modified;  // archives do not tell
+    std::optional<timespec> modified;  // what lies in archives has none here
+    mode_t mode = 0;                   // permissions outside of archives, 0777 at most
     int error = 0;                     // an errno value where the system does not say whether it is there
 
     bool IsFile() const { return kind == StorageKind::File; }
@@ -40,7 +43,8 @@ struct StorageItem {
     std::string shown;                // how the user knows it, any bytes
     std::string native;               // its path in the file system; of a thing in an archive, the path of the archive
     MountedArchive::Pointer archive;  // null outside of archives
-    BasicArray<String> inner;         // its path in the archive, without a component for the archive
+    BasicArray<String> inner;         // its path in the archive; a name that is not UTF-8 is the empty text
+    std::string innerBytes;           // the same in bytes, with "/" between the names
     RefPointer<ZipTreeNode> node;     // null outside of archives and where nothing is there
     StorageFacts facts;
 
@@ -68,6 +72,9 @@ struct StorageEntry {
 // archive. Names in archives are found without regard to case.
 class StorageTree {
 public:
+    // The regular file, an archive maybe, that a path leads to or goes on behind; empty where there is none.
+    static std::string FileOn(const std::string& path);
+
     // What the path names, which may be missing. A failure when the way there does not exist or leads through what is
     // no folder, or when the system does not say.
     Result<StorageItem> Find(const std::string& path);

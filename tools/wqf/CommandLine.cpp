@@ -199,7 +199,8 @@ Action DeclareTransfer(CLI::App& parser, const char* command, bool mayLeaveFolde
     const auto paths = std::make_shared<std::vector<std::string>>();
     parser.footer(kInside);
     if (mayLeaveFolders) AddFlag(parser, "-r,--recursive", options->recursive, "Folders with all that lies in them");
-    AddFlag(parser, "-f,--force", options->force, "Over write-protected files and in write-protected archives too");
+    AddFlag(parser, "-f,--force", options->force,
+            "Over write-protected files, and in archives that are write-protected or have several names, too");
     AddFlag(parser, "-n,--no-clobber", options->keepExisting, "Leave files that are there as they are");
     AddPaths(parser, *paths,
              "Sources, and the target behind them; sources or target lie in archives. An archive as the target is a "
@@ -229,13 +230,14 @@ Action DeclareRm(CLI::App& parser) {
 }
 
 Action DeclareMkdir(CLI::App& parser) {
-    const auto parents = std::make_shared<bool>(false);
+    const auto options = std::make_shared<MakeOptions>();
     const auto paths = std::make_shared<std::vector<std::string>>();
     parser.footer(kInside);
-    AddFlag(parser, "-p,--parents", *parents, "Missing folders on the way too; a folder that is there is fine");
+    AddFlag(parser, "-f,--force", options->force, "In archives that are write-protected or have several names too");
+    AddFlag(parser, "-p,--parents", options->parents, "Missing folders on the way too; a folder that is there is fine");
     AddPaths(parser, *paths, "Folders to make in archives");
-    return [parents, paths] {
-        return paths->empty() ? WrongUse("mkdir", "no PATH is given") : RunMkdir(*parents, *paths);
+    return [options, paths] {
+        return paths->empty() ? WrongUse("mkdir", "no PATH is given") : RunMkdir(*options, *paths);
     };
 }
 

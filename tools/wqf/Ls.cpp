@@ -150,6 +150,7 @@ public:
         if (!item->facts.IsFolder()) return printer_.Print(path, path, {NameOf(path), item->facts});
         if (options_.paths.size() > 1) printer_.Heading(path);
         ListFolder(*item, "");
+        TellOfHidden(*item);
     }
 
     bool Failed() const { return printer_.Failed(); }
@@ -176,6 +177,15 @@ private:
             }
         }
         if (!found) report_.Fail(path, "no such file");
+    }
+
+    void TellOfHidden(const StorageItem& folder) {
+        if (!folder.archive || !folder.archive->Names()) return;
+        const MemberNames& names = **folder.archive->Names();
+        for (const std::uint32_t hidden : names.Hidden(folder.inner)) {
+            report_.Fail(folder.shown, "no path leads to its member '" + std::string(names.Name(hidden)) +
+                                           "': another one has that name, or it is no name for a file");
+        }
     }
 
     // Folders before what lies in them; trees may be of any depth, so those that are still to come are a list.

@@ -36,9 +36,9 @@ int RunRm(const RemoveOptions& options, const std::vector<std::string>& paths) {
     return ExitStatusOf(report);
 }
 
-int RunMkdir(bool parents, const std::vector<std::string>& paths) {
+int RunMkdir(const MakeOptions& options, const std::vector<std::string>& paths) {
     StorageReport report = ReportOf("make");
-    MakeFolders(paths, parents, report);
+    MakeFolders(paths, options, report);
     return ExitStatusOf(report);
 }
 

@@ -24,7 +24,7 @@ int RunCat(const std::vector<std::string>& paths);
 int RunCp(const CopyOptions& options, const std::vector<std::string>& paths);  // the last one is the target
 int RunMv(const CopyOptions& options, const std::vector<std::string>& paths);
 int RunRm(const RemoveOptions& options, const std::vector<std::string>& paths);
-int RunMkdir(bool parents, const std::vector<std::string>& paths);
+int RunMkdir(const MakeOptions& options, const std::vector<std::string>& paths);
 int RunNew(const std::vector<std::string>& paths);
 int RunMend(const MendOptions& options, const std::vector<std::string>& paths);
 

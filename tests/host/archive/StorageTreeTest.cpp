@@ -58,8 +58,8 @@ TEST(StorageTree, FindsWhereAnArchiveEnds) {
         {"dangling", "/dangling, link to missing"},
         {"new/", "/new, missing"},
         {"new/deeper", "no such file"},
-        {"cut/deep", "the archive is damaged"},
-        {"damaged/a", "the archive is damaged"},
+        {"cut/deep", "it was cut short: its directory is missing"},
+        {"damaged/a", "one of its members has a name with an empty part"},
         {"empty/a", "is no folder and no archive"},
     };
     for (const auto& row : rows) EXPECT_EQ(Found(folder, row.path), row.found) << row.path;

@@ -1,0 +1,254 @@
+#include "host/archive/ArchiveCommands.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/archive/ArchiveRecords.h"
+#include "host/archive/DescriptorFile.h"
+#include "host/system/FileDescriptor.h"
+#include "tests/support/ArchiveBuilder.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZEMA::testing {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+// An archive of stored members: "name=contents", or "folder/".
+std::string ArchiveOf(const Words& members) {
+    ArchiveBuilder builder;
+    for (const std::string& text : members) {
+        ArchiveMember member;
+        member.name = text.substr(0, text.find('='));
+        if (member.name.size() < text.size()) member.contents = text.substr(member.name.size() + 1);
+        if (member.contents == "link") member.externalAttributes = 0120777u << 16;
+        if (member.contents == "secret") member.flags = 1;
+        builder.Add(member);
+    }
+    return builder.Bytes();
+}
+
+// The same of a file, in the order of the directory.
+Words MembersOf(const std::string& path) {
+    const Result<FileDescriptor> file = OpenRegularFile(path);
+    const Result<ArchiveRecords::Pointer> records = ArchiveRecords::Read(New<DescriptorFile>(file->Get()));
+    Words members;
+    for (std::size_t i = 0; records && i < (*records)->Count(); ++i) {
+        const ArchiveEntry entry = (*records)->Entry(i);
+        char local[30];
+        std::string contents(entry.compressedSize, '\0');
+        EXPECT_TRUE(ReadAllAt(file->Get(), entry.localHeaderOffset, sizeof(local), local));
+        const std::size_t skipped = sizeof(local) + entry.name.size() + static_cast<unsigned char>(local[28]);
+        EXPECT_TRUE(ReadAllAt(file->Get(), entry.localHeaderOffset + skipped, contents.size(), contents.data()));
+        members.push_back(std::string(entry.name) + (entry.IsFolder() ? "" : "=" + contents));
+    }
+    return members;
+}
+
+// In a folder with the archives "x" and "y" and the files "b" and "d/c".
+class Commands {
+public:
+    explicit Commands(const Words& members) : before_(fs::current_path()) {
+        folder_.Write("x", ArchiveOf(members));
+        folder_.Write("y", ArchiveOf({"old=O"}));
+        folder_.Write("b", "B");
+        fs::create_directory(folder_ / "d");
+        folder_.Write("d/c", "C");
+        fs::current_path(folder_.Path());
+    }
+    ~Commands() { fs::current_path(before_); }
+
+    // Runs "cp [-r] FROM... TO", "mv FROM... TO", "rm [-r] PATH..." or "mkdir [-p] PATH...", and gives all messages.
+    std::string Run(const std::string& line) {
+        std::istringstream words(line);
+        Words paths;
+        std::string told, command, word;
+        bool option = false;
+        words >> command;
+        while (words >> word) word.starts_with('-') ? void(option = true) : paths.push_back(word);
+        StorageReport report("do", [&](const std::string& message) { told += message + "\n"; });
+        if (command == "rm") {
+            RemovePaths(paths, {.recursive = option}, report);
+        } else if (command == "mkdir") {
+            MakeFolders(paths, {.parents = option}, report);
+        } else {
+            const bool move = command == "mv";
+            CopyPaths({paths.begin(), paths.end() - 1}, paths.back(), {.recursive = option || move, .move = move},
+                      report);
+        }
+        return told;
+    }
+
+    // All files but the archives, with their contents.
+    Words Outside() const {
+        Words files;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(".")) {
+            const std::string path = entry.path().string().substr(2);
+            if (entry.is_regular_file() && path != "x" && path != "y") files.push_back(path + "=" + folder_.Read(path));
+        }
+        std::sort(files.begin(), files.end());
+        return files;
+    }
+
+private:
+    TemporaryFolder folder_;
+    fs::path before_;
+};
+
+struct Row {
+    const char* what;
+    Words before;  // in "x"
+    const char* line;
+    const char* told;
+    Words after;
+    Words y = {"old=O"};
+    Words outside = {"b=B", "d/c=C"};
+};
+
+void Try(const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Commands commands(row.before);
+        EXPECT_EQ(commands.Run(row.line), row.told);
+        EXPECT_EQ(MembersOf("x"), row.after);
+        EXPECT_EQ(MembersOf("y"), row.y);
+        EXPECT_EQ(commands.Outside(), row.outside);
+    }
+}
+
+const Words kDouble = {"a=1", "b=2", "b=3", "c=4"};
+const Words kCases = {"a=1", "A=2", "Dir/x=3", "dir/y=4", "dir/\xFF=5", "dir/y=6"};
+const Words kBelow = {"f=1", "f/x=2", "g/", "g/h=3"};
+
+}  // namespace
+
+// Of all members, whether or not a path leads to them.
+TEST(ArchiveCommands, ReplaceExactlyWhatIsNamed) {
+    Try({
+        {"all members of a name", kDouble, "cp b x", "", {"a=1", "c=4", "b=B"}},
+        {"of the same spelling",
+         kCases,
+         "cp b x/A",
+         "'x/A' is replaced, but an import reads 'a'\n",
+         {"a=1", "Dir/x=3", "dir/y=4", "dir/\xFF=5", "dir/y=6", "A=B"}},
+        {"the one that paths lead to",
+         kCases,
+         "cp b x/a",
+         "'x/a' is replaced, but an import reads 'A'\n",
+         {"A=2", "Dir/x=3", "dir/y=4", "dir/\xFF=5", "dir/y=6", "a=B"}},
+        {"another spelling where there is no such one", {"Dir/x=1"}, "cp b x/DIR/X", "", {"Dir/x=B"}},
+        {"in a folder of another spelling", {"Dir/x=1"}, "cp b x/DIR", "", {"Dir/x=1", "Dir/b=B"}},
+        {"what cannot be opened, by its folder", {"b=secret", "c=1"}, "cp b x", "", {"c=1", "b=B"}},
+        {"what cannot be opened, by its name", {"b=secret", "c=1"}, "cp b x/b", "", {"c=1", "b=B"}},
+        {"nothing for a folder that is there", {"d/e/f=1"}, "mkdir -p x/D/E x/D/G", "", {"d/e/f=1", "d/G/"}},
+    });
+}
+
+TEST(ArchiveCommands, RemoveExactlyWhatIsNamed) {
+    Try({
+        {"all members of a name", kDouble, "rm x/B", "", {"a=1", "c=4"}},
+        {"no other spelling", kCases, "rm x/A", "", {"a=1", "Dir/x=3", "dir/y=4", "dir/\xFF=5", "dir/y=6"}},
+        {"a folder with what no path leads to",
+         kCases,
+         "rm -r x/dir",
+         "cannot do 'x/dir': 'Dir/x' is spelled otherwise, "
+         "and stays\n",
+         {"a=1", "A=2", "Dir/x=3"}},
+        {"not what lies below a file", kBelow, "rm x/f", "cannot do 'x/f': is a folder (-r removes folders)\n", kBelow},
+        {"a file with what lies below it", kBelow, "rm -r x/f", "", {"g/", "g/h=3"}},
+        {"a folder that is only there by what lies in it", {"a/b=1", "a-c=2"}, "rm -r x/a", "", {"a-c=2"}},
+        {"a name that is no text, and nothing else",
+         {"a=1", "\xFF=2", "\xFF/b=3", "\xFE=4"},
+         "rm -r x/\xFF x/\xFC",
+         "cannot do 'x/\xFC': no such file\n",
+         {"a=1", "\xFE=4"}},
+        {"everything or nothing of an archive",
+         {"a=1", "b=2"},
+         "rm x/a x/none y/old",
+         "cannot do 'x/none': no such file\n",
+         {"b=2"},
+         {}},
+    });
+}
+
+TEST(ArchiveCommands, MoveWholeFoldersWithinAnArchive) {
+    Try({
+        {"with what no path leads to",
+         kCases,
+         "mv x/dir x/e",
+         "cannot do 'x/dir': 'Dir/x' is spelled otherwise, and stays\n",
+         {"a=1", "A=2", "Dir/x=3", "e/y=4", "e/\xFF=5", "e/y=6"}},
+        {"with what lies below a file", kBelow, "mv x/f x/g", "", {"g/f=1", "g/f/x=2", "g/", "g/h=3"}},
+        {"over a file", kDouble, "mv x/a x/c", "", {"c=1", "b=2", "b=3"}},
+        {"over a folder that looks empty",
+         {"p/b/", "p/b/\xFF=1", "b/c=2"},
+         "mv x/b x/p",
+         "",
+         {"p/b/\xFF=1", "p/b/c=2"}},
+        {"but for what went before", {"a/", "b/c=1", "b/d=2"}, "mv x/b/c x/b x/a", "", {"a/", "a/c=1", "a/b/d=2"}},
+        {"links", {"l=link", "a/"}, "mv x/l x/a", "", {"a/l=link", "a/"}},
+        {"no name that is there twice", kDouble, "mv x/b x/d", "cannot do 'x/b': several members have this name\n",
+         kDouble},
+    });
+}
+
+TEST(ArchiveCommands, TakeMembersOutOrNameThem) {
+    Try({
+        {"copied, with what no path leads to named",
+         kDouble,
+         "cp -r x/ o",
+         "cannot do 'x/': its member 'b' is left out: another one has that name, or it is no name for a file\n",
+         kDouble,
+         {"old=O"},
+         {"b=B", "d/c=C", "o/a=1", "o/b=2", "o/c=4"}},
+        {"moved, but no folder that is not complete",
+         {"d/a=1", "d/\xFF=2", "e=3"},
+         "mv x/d x/e d",
+         "cannot do 'x/d': its member 'd/\xFF' is left out: another one has that name, or it is no name for a file\n",
+         {"d/a=1", "d/\xFF=2"},
+         {"old=O"},
+         {"b=B", "d/c=C", "d/d/a=1", "d/e=3"}},
+        {"what lies below a file",
+         kBelow,
+         "cp -r x/f o",
+         "cannot do 'x/f': what lies below it is left out, since it is a file\n",
+         kBelow,
+         {"old=O"},
+         {"b=B", "d/c=C", "o=1"}},
+        {"no links",
+         {"a/l=link", "a/b=1"},
+         "mv x/a o",
+         "cannot do 'x/a/l': is a link and is left out\n",
+         {"a/l=link", "a/b=1"},
+         {"old=O"},
+         {"b=B", "d/c=C", "o/b=1"}},
+        {"a member of two spellings",
+         {"a/b=1", "A/c=2", "d=3"},
+         "mv x/a o",
+         "",
+         {"d=3"},
+         {"old=O"},
+         {"b=B", "d/c=C", "o/b=1", "o/c=2"}},
+        {"into another archive, as they are",
+         {"l=link", "s=secret", "a/b=1"},
+         "mv x/l x/s x/a y",
+         "",
+         {},
+         {"old=O", "l=link", "s=secret", "a/b=1"}},
+        {"nothing when the other archive fails",
+         {"a=1"},
+         "mv x/a y/old/a",
+         "cannot do 'y/old/a': is no folder and no archive\n",
+         {"a=1"}},
+    });
+}
+
+}  // namespace ZEMA::testing
