@@ -13,7 +13,6 @@ namespace {
 constexpr std::uint16_t kFlagStrongEncryption = 0x0040;  // APPNOTE 7.2: more records than these belong to the member
 constexpr std::uint16_t kFlagMaskedHeader = 0x2000;      // the local header does not tell what the directory does
 constexpr char kDescriptorSignature[] = {'P', 'K', 7, 8};
-constexpr std::size_t kLongestDescriptor = 24;
 
 // Takes the sizes from the ZIP64 part of the extra field where the header has no room for them; it always has both.
 void WidenSizes(LocalRecord& local) {

@@ -8,6 +8,8 @@
 
 namespace ZEMA {
 
+inline constexpr std::size_t kLongestDescriptor = 24;  // what may stand behind the data
+
 // What stands in front of a member's data, and behind them. Offsets are from the start of the file, sizes are bytes; a
 // size that ZIP64 keeps in the extra field is the one from there.
 struct LocalRecord {
