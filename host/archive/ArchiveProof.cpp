@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstring>
 #include <future>
 
 #include "host/archive/ArchivePass.h"
@@ -18,6 +19,8 @@ namespace ZEMA {
 namespace {
 
 constexpr std::uint64_t kPieceSize = 1 << 18;
+constexpr std::size_t kLocalTime = 10;
+constexpr std::size_t kLocalDate = 12;
 
 // Without the lock that operations on files of the storage tree take, where it is not needed.
 bool ReadPiece(File& file, std::uint64_t offset, std::size_t size, void* buffer) {
@@ -44,10 +47,11 @@ bool HasSameBytes(File& a, File& b, std::uint64_t size) {
 }
 
 // Whether `now` is `before` but for parts that went.
-bool HasSameExtra(std::string_view now, std::string before, bool renamed, bool mending) {
-    if (renamed) before = WithoutExtraPart(before, kExtraUnicodePath);
-    if (mending) before = WithoutExtraPart(before, kExtraZip64);
-    return now == before;
+bool HasSameExtra(std::string_view now, std::string_view before, bool renamed, bool without64) {
+    std::string expected(before);
+    if (renamed) expected = WithoutExtraPart(expected, kExtraUnicodePath);
+    if (without64) expected = WithoutExtraPart(expected, kExtraZip64);
+    return now == expected;
 }
 
 // The fields that a member keeps whatever happens to it, and the ones that its data give it.
@@ -59,7 +63,7 @@ bool HasSameFields(const ArchiveEntry& now, const ArchiveEntry& before, const Pl
     if (repacked) free |= kMethodFlags;
     const bool sameData = now.method == before.method && now.versionNeeded == before.versionNeeded;
     return now.name == (member.change ? std::string_view(member.change->name) : before.name) &&
-           HasSameExtra(now.extra, std::string(before.extra), renamed, mending) && now.comment == before.comment &&
+           HasSameExtra(now.extra, before.extra, renamed, mending) && now.comment == before.comment &&
            ((now.flags ^ before.flags) & ~free) == 0 && (repacked || sameData) && now.crc32 == before.crc32 &&
            (repacked || now.compressedSize == before.compressedSize) &&
            now.uncompressedSize == before.uncompressedSize && now.versionMadeBy == before.versionMadeBy &&
@@ -67,10 +71,27 @@ bool HasSameFields(const ArchiveEntry& now, const ArchiveEntry& before, const Pl
            now.externalAttributes == before.externalAttributes && (mending || now.disk == before.disk);
 }
 
-bool IsNewEntry(const ArchiveEntry& now, const MemberChange& change) {
-    const mode_t mode = (now.IsFolder() ? S_IFDIR : S_IFREG) | (change.mode & 0777);
-    return now.name == change.name && now.comment.empty() && now.UnixMode() == mode &&
-           ((now.flags & kFlagUtf8) != 0) == NeedsUtf8Flag(change.name) && now.date != 0;
+// Whether the local header says what the entry does, and nothing else. That of an encrypted member is the old one but
+// for the name.
+bool HasSameLocalHeader(const ArchiveEntry& now, const LocalRecord& local, const LocalRecord* before) {
+    const char* const bytes = local.bytes.data();
+    const std::string_view name = std::string_view(local.bytes).substr(kLocalHeaderSize, now.name.size());
+    if (LoadU16(bytes + kLocalNameLength) != now.name.size() || name != now.name || CheckKept(now, local)) return false;
+    if (now.IsEncrypted()) {
+        return before != nullptr && std::memcmp(bytes, before->bytes.data(), kLocalFlags) == 0 &&
+               std::memcmp(bytes + kLocalMethod, &before->bytes[kLocalMethod], kLocalNameLength - kLocalMethod) == 0;
+    }
+    return LoadU16(bytes + kLocalVersionNeeded) == now.versionNeeded && LoadU16(bytes + kLocalTime) == now.time &&
+           LoadU16(bytes + kLocalDate) == now.date && !local.HasDescriptor();
+}
+
+bool IsNewEntry(const ArchiveEntry& now, const LocalRecord& local, const MemberChange& change) {
+    constexpr std::uint16_t kUnixVersion20 = 0x0314;
+    const std::uint32_t mode = (now.IsFolder() ? S_IFDIR : S_IFREG) | (change.mode & 0777);
+    return now.name == change.name && now.comment.empty() && now.versionMadeBy == kUnixVersion20 && now.date != 0 &&
+           now.externalAttributes == (mode << 16 | (now.IsFolder() ? 0x10 : 0)) && now.internalAttributes == 0 &&
+           now.disk == 0 && now.flags == (NeedsUtf8Flag(change.name) ? kFlagUtf8 : 0) && local.Extra() == now.extra &&
+           HasSameLocalHeader(now, local, nullptr);
 }
 
 // Compares the members of one archive with its plan. Reading all bytes of two archives is most of the work: two threads
@@ -100,30 +121,28 @@ private:
         const bool isSecond = number % 2 != half;
         if (isSecond && now.compressedSize < kPieceSize - kLongestDescriptor) return true;
         const Result<LocalRecord> local = ReadLocalRecord(*written_, now);
-        if (!local || (!isSecond && !HasRightHeaders(member, now, *local))) return false;
-        if (member.change && member.change->data) return isSecond || HasNewData(*member.change->data, now, *local);
-        return HasOldData(member, *local, isSecond);
-    }
-
-    bool HasRightHeaders(const PlannedMember& member, const ArchiveEntry& now, const LocalRecord& local) const {
-        if (CheckKept(now, local) || NameIn(local) != now.name) return false;
-        if (!now.IsEncrypted() && local.HasDescriptor()) return false;
-        if (!member.source) return IsNewEntry(now, *member.change);
-        return HasSameFields(now, member.source->Entry(member.index), member, plan_.mending);
-    }
-
-    static std::string_view NameIn(const LocalRecord& local) {
-        return std::string_view(local.bytes).substr(kLocalHeaderSize, LoadU16(&local.bytes[kLocalNameLength]));
+        if (!local) return false;
+        if (member.source) return HoldsOld(member, now, *local, isSecond);
+        if (isSecond) return true;
+        const bool hasData = member.change->data ? HasNewData(*member.change->data, now, *local) : local->dataSize == 0;
+        return hasData && IsNewEntry(now, *local, *member.change);
     }
 
     // What is encrypted has its descriptor compared too.
-    bool HasOldData(const PlannedMember& member, const LocalRecord& now, bool isSecond) const {
-        if (!member.source) return now.dataSize == 0;
-        const Result<LocalRecord> before = ReadLocalRecord(*member.source, member.source->Entry(member.index));
-        if (!before || before->dataSize != now.dataSize) return false;
-        const std::uint64_t size = now.dataSize + now.descriptorSize;
-        return HasSamePieces(written_->Archive(), now.dataOffset, member.source->Archive(), before->dataOffset, size,
-                             isSecond);
+    bool HoldsOld(const PlannedMember& member, const ArchiveEntry& now, const LocalRecord& local, bool isSecond) const {
+        const ArchiveEntry entry = member.source->Entry(member.index);
+        const Result<LocalRecord> before = ReadLocalRecord(*member.source, entry);
+        if (!before) return false;
+        const bool renamed = now.name != entry.name;
+        if (!isSecond &&
+            !(HasSameFields(now, entry, member, plan_.mending) && HasSameLocalHeader(now, local, &*before) &&
+              HasSameExtra(local.Extra(), before->Extra(), renamed, !now.IsEncrypted()))) {
+            return false;
+        }
+        if (member.change && member.change->data) return isSecond || HasNewData(*member.change->data, now, local);
+        return before->dataSize == local.dataSize &&
+               HasSamePieces(written_->Archive(), local.dataOffset, member.source->Archive(), before->dataOffset,
+                             local.dataSize + local.descriptorSize, isSecond);
     }
 
     bool HasNewData(const PackedData& data, const ArchiveEntry& now, const LocalRecord& local) const {
