@@ -1,7 +1,6 @@
 #include "host/archive/ArchivePass.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -42,20 +41,6 @@ DataRange DataOf(const PlannedMember& member, const LocalRecord* local) {
     if (!member.source || local == nullptr) return {};
     const bool encrypted = member.source->Entry(member.index).IsEncrypted();
     return {&member.source->Archive(), local->dataOffset, local->dataSize + (encrypted ? local->descriptorSize : 0)};
-}
-
-// Copies inside the system, where it can do that between these two files; how much was copied.
-std::uint64_t CopyInSystem(int from, std::uint64_t offset, int to, std::uint64_t target, std::uint64_t size) {
-#ifdef __linux__
-    auto in = static_cast<off_t>(offset);
-    auto out = static_cast<off_t>(target);
-    const ssize_t count = copy_file_range(from, &in, to, &out, static_cast<std::size_t>(size), 0);
-    return count < 0 ? 0 : static_cast<std::uint64_t>(count);
-#else
-    static_cast<void>(from), static_cast<void>(offset), static_cast<void>(to), static_cast<void>(target);
-    static_cast<void>(size);
-    return 0;
-#endif
 }
 
 // Has the disk begin with what is written, so that it works while we do: all must be on it in the end.

@@ -4,11 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <limits>
-#include <memory>
 
 #include "host/system/Paths.h"
 #include "platform/Foundation/Uninterrupted.h"
@@ -19,8 +17,6 @@ namespace {
 
 using Foundation::Uninterrupted;
 
-constexpr std::size_t kCopyBufferSize = 1 << 20;
-constexpr std::uint64_t kMostAtOnce = 1 << 30;
 constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max() - 1;
 
 // Stops behind `limit` bytes; only then it is known that there is more.
@@ -34,24 +30,6 @@ Result<std::string> ReadToEnd(int descriptor, std::size_t limit) {
         bytes.append(part.data(), static_cast<std::size_t>(count));
     }
     return Failure{FailureKind::Refused, "is too large"};
-}
-
-// How far the system copied by itself; it may not know how, between these two files.
-std::uint64_t CopyInSystem(int from, int to, std::uint64_t offset, std::uint64_t size) {
-    std::uint64_t done = 0;
-#ifdef __linux__
-    while (done < size) {
-        auto in = static_cast<off_t>(offset + done);
-        off_t out = in;
-        const auto part = static_cast<std::size_t>(std::min(size - done, kMostAtOnce));
-        const ssize_t count = copy_file_range(from, &in, to, &out, part, 0);
-        if (count <= 0) break;
-        done += static_cast<std::uint64_t>(count);
-    }
-#else
-    static_cast<void>(from), static_cast<void>(to), static_cast<void>(offset), static_cast<void>(size);
-#endif
-    return done;
 }
 
 }  // namespace
@@ -119,22 +97,17 @@ bool WriteAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
-std::uint64_t CopyStart(int from, int to) {
-    const std::uint64_t done = CopyInSystem(from, to, 0, UINT64_MAX);
-    return lseek(from, static_cast<off_t>(done), SEEK_SET) < 0 ? 0 : done;
-}
-
-bool CopyRange(int from, int to, std::uint64_t offset, std::uint64_t size) {
-    const std::uint64_t done = CopyInSystem(from, to, offset, size);
-    if (done == size) return true;
-    const std::unique_ptr<char[]> buffer(new char[kCopyBufferSize]);
-    for (offset += done, size -= done; size > 0;) {
-        const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(size, kCopyBufferSize));
-        if (!ReadAllAt(from, offset, part, buffer.get()) || !WriteAllAt(to, offset, part, buffer.get())) return false;
-        offset += part;
-        size -= part;
-    }
-    return true;
+std::uint64_t CopyInSystem(int from, std::uint64_t offset, int to, std::uint64_t target, std::uint64_t size) {
+#ifdef __linux__
+    auto in = static_cast<off_t>(offset);
+    auto out = static_cast<off_t>(target);
+    const ssize_t count = copy_file_range(from, &in, to, &out, static_cast<std::size_t>(size), 0);
+    return count < 0 ? 0 : static_cast<std::uint64_t>(count);
+#else
+    static_cast<void>(from), static_cast<void>(offset), static_cast<void>(to), static_cast<void>(target);
+    static_cast<void>(size);
+    return 0;
+#endif
 }
 
 }  // namespace ZEMA

@@ -46,10 +46,8 @@ Result<std::string> ReadStream(const std::string& path);
 [[nodiscard]] bool WriteAllAt(int descriptor, std::uint64_t offset, std::size_t size, const void* buffer);
 [[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
 
-// Copies as much of a file as the system can do by itself, and returns how much. The next read goes on behind it.
-std::uint64_t CopyStart(int from, int to);
-
-// Copies a range to the same place in another file, inside the system where it can do that; false with errno.
-[[nodiscard]] bool CopyRange(int from, int to, std::uint64_t offset, std::uint64_t size);
+// Copies bytes to a place in another file without bringing them into the program, and returns how many: all, fewer, or
+// none where the system cannot do that between these two files.
+std::uint64_t CopyInSystem(int from, std::uint64_t offset, int to, std::uint64_t target, std::uint64_t size);
 
 }  // namespace ZEMA
