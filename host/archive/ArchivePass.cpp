@@ -109,6 +109,7 @@ private:
 // All members of the old archive are looked at, since what lies between two of them must be nobody's. Behind a damaged
 // one that goes, everything up to the next one is taken for its own.
 Failure Planner::PlaceKept() {
+    if (old_.FileSize() == 0) return {};  // a new archive has no old one
     std::vector<std::uint32_t> numbers(old_.Count(), kNone);
     for (std::uint32_t number = 0; number < plan_.keptCount; ++number) numbers[plan_.members[number].index] = number;
     const std::vector<std::uint32_t> order = old_.FileOrder();
