@@ -5,6 +5,8 @@
 
 namespace ZEMA {
 
+Path::Path(const Directory::OpenArgs& asked) : name_(asked.components.Back()), parent_(OpenAskedParent(asked)) {}
+
 Path::~Path() = default;
 
 void Path::Set(const DirectoryElement& element) {

@@ -11,6 +11,7 @@ public:
     Path() = default;
     explicit Path(const String& path) { Append(path); }  // from the root
     explicit Path(const DirectoryElement& element) { Set(element); }
+    explicit Path(const Directory::OpenArgs& asked);  // what a storage factory is being asked for
     Path(const Path&) = default;
     Path(Path&&) noexcept = default;
     Path& operator=(const Path&) = default;

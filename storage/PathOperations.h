@@ -27,6 +27,10 @@ RefPointer<Directory> FindOpenDirectory(Directory& directory, BasicArray<String>
 RefPointer<Directory> OpenDirectory(Directory& directory, const String& path, bool create);
 RefPointer<Directory> OpenDirectory(Directory& directory, const BasicArray<String>& components, bool create);
 
+// For a storage factory that is being asked: opens what all components but the last lead to. Other than following them
+// anew, it takes no longer for a long path.
+RefPointer<Directory> OpenAskedParent(const Directory::OpenArgs& args);
+
 bool DirectoryExists(Directory& directory, const String& path);
 bool DirectoryExists(Directory& directory, const BasicArray<String>& components);
 

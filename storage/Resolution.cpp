@@ -25,6 +25,7 @@ void ResolutionMemo::GetQuestions(Directory& base, const BasicArray<String>& com
 }
 
 void ResolutionMemo::ForgetRefusals() {
+    ++creations_;
     for (Node& node : nodes_) {
         if (node.state == State::Refused) node.state = State::Unknown;
     }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <utility>
 
 #include "core/BasicArray.h"
 #include "core/BasicMap.h"
@@ -17,8 +19,8 @@ namespace ZEMA {
 //
 // One memo serves a whole resolution with all that nest in it, and goes with the outermost. Until then it keeps what it
 // has seen alive, so that a mounted archive stays reachable and no address comes to mean another directory. Directories
-// of the storage itself are never taken from the memo: one that is made meanwhile is seen at once. For an archive that
-// is made meanwhile, ForgetRefusals is called whenever a path operation has created something.
+// of the storage itself are never taken from the memo. For what is made meanwhile, be it a directory or an archive,
+// ForgetRefusals is called whenever a path operation has created something.
 //
 // Threads: guarded by StorageMutex.
 class ResolutionMemo {
@@ -39,7 +41,10 @@ public:
         return nodes_[question].directory;
     }
 
+    bool IsRefused(std::size_t question) const { return nodes_[question].state == State::Refused; }
+
     void ForgetRefusals();
+    std::uint64_t Creations() const { return creations_; }  // how often that was called
 
     // Lets go of the mounted archives and of all that was asked below other directories than `base`. A path that leads
     // into an archive again asks for it again; what was refused below `base` stays refused.
@@ -64,6 +69,7 @@ private:
 
     BasicArray<Node> nodes_;
     BasicMap<Directory*, std::size_t> bases_;
+    std::uint64_t creations_ = 0;
 };
 
 // Stands while a path is being followed. Resolutions that begin meanwhile, in the storage factories that the first one

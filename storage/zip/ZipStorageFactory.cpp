@@ -52,9 +52,8 @@ ZipStorageFactory::~ZipStorageFactory() = default;
 
 Object* ZipStorageFactory::Create(ObjectFactoryArgs* args) {
     const auto* open = dynamic_cast<const Directory::OpenArgs*>(args);
-    if (open == nullptr || !open->base) return nullptr;
-    Path path(*open->base);
-    path.Append(open->components);
+    if (open == nullptr || !open->base || open->components.Empty()) return nullptr;
+    Path path(*open);
     const String name = path.Name();
     if (!open->create && !path.IsFile()) path.AppendToName(kExtension);
 

@@ -220,8 +220,7 @@ Object* LoggingFactory::Create(ObjectFactoryArgs* args) {
 
 LoggingFactory::Answer MountArchives(MemoryVolume& contents) {
     return [&contents](const Directory::OpenArgs& question) -> Object* {
-        Path path(*question.base);
-        path.Append(question.components);
+        Path path(question);
         const String name = path.Name();
         if (!path.IsFile()) path.AppendToName(".zip");
         const RefPointer<File> file = path.OpenFile(&kReadStyle, false);
