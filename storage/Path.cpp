@@ -30,8 +30,8 @@ void Path::Append(const BasicArray<String>& components) {
     NormalizeComponents(all);
 
     String name;
-    const bool climbs = all.Empty() || IsParentName(all.Back());
-    if (!climbs) {
+    const bool climbs = !all.Empty() && IsParentName(all.Back());
+    if (!all.Empty() && !climbs) {
         name = all.Back();
         all.PopBack();
     }

@@ -25,7 +25,8 @@ public:
     void Set(const DirectoryElement& element);
 
     // Joins the present name and the new components, normalises them, and follows all but the last one from the parent
-    // (or from the root). When the last one is "..", all are followed and the path names the directory reached.
+    // (or from the root). When the last one is "..", all are followed and the path names the directory reached. When
+    // none is left, the name is empty and the parent stays: the path names that.
     void Append(const String& path);
     void Append(const BasicArray<String>& components);
 

@@ -138,6 +138,8 @@ TEST_F(PathOperations, PathsJoinWhatIsAppended) {
         {"beside the name", "mem/a/f", "../doc.wqf", "mem/a", "doc.wqf"},
         {"above the parent", "mem/a/sub/x", "../../f", "mem/a", "f"},
         {"up to a directory, which it names", "mem/a/sub/x", "../..", "mem", "a"},
+        {"up to the parent, which stays", "mem/a/f", "..", "mem/a", ""},
+        {"nothing but itself", "", "./.", "", ""},
         {"up to the root, which has no name", "mem/a", "../..", "", ""},
         {"through what is missing", "mem/missing", "x", "nothing", "x"},
         {"above the root", "mem", "../..", "nothing", ""},
