@@ -1,5 +1,6 @@
 #include "storage/zip/ZipMemberNames.h"
 
+#include <new>
 #include <string_view>
 
 #include "core/BasicArray.h"
@@ -53,7 +54,7 @@ bool ZipNamePlacer::Place(std::string_view name, ZipFileHeader& member) {
         if (kind == PathKind::Broken) return false;
         if (kind == PathKind::Unusable || !usable) return true;
         ZipTreeNode* folder = &root_;
-        for (const String& part : parts) folder = &GetOrAddChild(*folder, part, nullptr);
+        for (const String& part : parts) folder = &GetOrAdd(*folder, part, nullptr);
         lastPath_.Assign(path.data(), static_cast<std::uint32_t>(path.size()));
         lastFolder_ = folder;
     }
@@ -62,9 +63,17 @@ bool ZipNamePlacer::Place(std::string_view name, ZipFileHeader& member) {
     if (last.empty()) {
         lastFolder_->SetHeader(&member);
     } else {
-        GetOrAddChild(*lastFolder_, lastName, &member);
+        GetOrAdd(*lastFolder_, lastName, &member);
     }
     return true;
+}
+
+ZipTreeNode& ZipNamePlacer::GetOrAdd(ZipTreeNode& folder, const String& name, ZipFileHeader* header) {
+    const std::size_t before = folder.GetChildren().Size();
+    ZipTreeNode& child = GetOrAddChild(folder, name, header);
+    nodeCount_ += folder.GetChildren().Size() - before;
+    if (nodeCount_ > kMaxTreeNodes) throw std::bad_alloc();
+    return child;
 }
 
 bool BuildMemberName(const ZipTreeNode& parent, const String& name, bool directory, AString& path) {

@@ -1,6 +1,7 @@
 // Names of archive members: from bytes into the tree, and from the tree into bytes.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 #include "core/AString.h"
@@ -17,6 +18,10 @@ namespace ZEMA {
 // without them, and so may have the name of another member. A member gets no node, and neither do the directories on
 // its way, when its name is empty or a part cannot be decoded, is "." or "..", or holds another zero character: no path
 // reaches such a name, and copying it out of the archive would lead astray.
+//
+// Errors: std::bad_alloc past kMaxTreeNodes. A name of 65,535 bytes makes half as many directories, each of which takes
+// a
+//         hundred times the memory that its two bytes take on the disk.
 class ZipNamePlacer {
 public:
     explicit ZipNamePlacer(ZipTreeNode& root) : root_(root), lastFolder_(&root) {}
@@ -26,7 +31,10 @@ public:
     [[nodiscard]] bool Place(std::string_view name, ZipFileHeader& member);
 
 private:
+    ZipTreeNode& GetOrAdd(ZipTreeNode& folder, const String& name, ZipFileHeader* header);
+
     ZipTreeNode& root_;
+    std::size_t nodeCount_ = 0;
     AString lastPath_;         // with its "/": members of one directory mostly stand together
     ZipTreeNode* lastFolder_;  // where that path leads
 };

@@ -1,6 +1,7 @@
 // The largest members, offsets and counts of the format.
 #include <fstream>
 #include <functional>
+#include <new>
 
 #include "storage/zip/ZipFormat.h"
 #include "tests/storage/zip/ZipTest.h"
@@ -128,6 +129,21 @@ TEST_F(ZipTest, CarriesThreeHundredMebibytes) {
     const TemporaryFolder folder;
     folder.Write("a.zip", Archive());
     EXPECT_TRUE(RunIn(folder.Path().string(), "unzip -tq a.zip"));
+}
+
+// Names of nothing but slashes and single letters: without a limit two megabytes take two hundred.
+TEST_F(ZipTest, RunsOutOfMemoryAtAMillionNames) {
+    const auto mountDeep = [&](int members) {
+        ArchiveBuilder builder;
+        for (int member = 0; member < members; ++member) {
+            std::string name = std::to_string(100 + member);
+            while (name.size() < kMaxNameLength - 1) name += "/a";
+            builder.Stored(name, "");
+        }
+        return Mount(builder.Bytes());
+    };
+    EXPECT_TRUE(mountDeep(2));
+    EXPECT_THROW(mountDeep(31), std::bad_alloc);
 }
 
 }  // namespace
