@@ -1,9 +1,11 @@
 // A library to be loaded before all others, in which one call of the system fails: the FAIL_NUMBER-th of FAIL_CALL.
+// With a FAIL_SIGNAL that one comes first.
 
 #include <dlfcn.h>
 #include <sys/types.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -14,6 +16,7 @@ bool Fails(const char* call) {
     const char* const wanted = std::getenv("FAIL_CALL");
     if (wanted == nullptr || std::strcmp(wanted, call) != 0) return false;
     if (++count != std::atoi(std::getenv("FAIL_NUMBER"))) return false;
+    if (const char* const signal = std::getenv("FAIL_SIGNAL")) std::raise(std::atoi(signal));
     errno = EIO;
     return true;
 }
