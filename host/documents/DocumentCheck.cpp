@@ -13,18 +13,17 @@ namespace ZEMA {
 
 namespace {
 
-// What kept the loaders from being asked; otherwise empty.
-std::string Load(const std::string& path, std::uint32_t options, DocumentCheck& check,
-                 RefPointer<StorageScene2>* scene) {
+// Fails when the loaders could not be asked; what they answer stands in the attempts.
+Failure Load(const std::string& path, std::uint32_t options, DocumentCheck& check, RefPointer<StorageScene2>* scene) {
     const Foundation::NSAutoreleasePool pool;
     std::error_code error;
     const std::filesystem::path whole = std::filesystem::absolute(path, error);
-    if (error) return SystemFailure(error.value()).text;
+    if (error) return SystemFailure(error.value());
     const auto absolute = Foundation::StringWithFileSystemRepresentation(whole.string());
-    if (!absolute) return "the path is not UTF-8";
+    if (!absolute) return {FailureKind::Unsupported, "the path is not UTF-8"};
     DocumentLoad load(options, &check.attempts);
     const StorageSession storage;
-    if (!storage.Ready()) return "the storage tree is not available";
+    if (!storage.Ready()) return {FailureKind::Limit, "the storage tree is not available"};
     check.loaded = load.Run(StoragePathOf(absolute.Get()));
     if (!check.loaded) return {};
     String version;
@@ -65,11 +64,12 @@ std::string AttemptText(const LoadAttempt& attempt) {
 DocumentCheck CheckDocument(const std::string& path, std::uint32_t options, RefPointer<StorageScene2>* scene) {
     DocumentCheck check;
     try {
-        check.reason = Load(path, options, check, scene);
+        check.failure = Load(path, options, check, scene);
     } catch (...) {
         // An attempt that was under way has noted the reason itself.
         check.loaded = false;
-        if (check.attempts.empty() || check.attempts.back().reason.empty()) check.reason = ReasonOfException();
+        if (check.attempts.empty() || check.attempts.back().reason.empty())
+            check.failure = {FailureKind::Limit, ReasonOfException()};
     }
     return check;
 }
@@ -79,7 +79,7 @@ bool LoadedWithoutError(const DocumentCheck& check) {
 }
 
 std::vector<std::string> ReasonsOf(const DocumentCheck& check) {
-    if (!check.reason.empty()) return {check.reason};
+    if (check.failure) return {check.failure.text};
     if (check.attempts.empty()) return {"no loader was asked"};
     const LoadAttempt& last = check.attempts.back();
     if (!last.reason.empty()) return {last.reason};
@@ -110,7 +110,7 @@ void WriteCheck(const std::string& path, const DocumentCheck& check, JsonWriter&
     json.BeginArray();
     for (const LoadAttempt& attempt : check.attempts) WriteAttempt(attempt, json);
     json.EndArray();
-    if (!check.reason.empty()) json.Text("reason", check.reason);
+    if (check.failure) json.Text("reason", check.failure.text);
     json.EndObject();
 }
 
@@ -118,7 +118,7 @@ std::string CheckText(const std::string& path, const DocumentCheck& check) {
     if (check.loaded) return Line(path + ": loaded, format " + check.version) + AttemptText(check.attempts.back());
     std::string text = Line(path + ": not loaded");
     for (const LoadAttempt& attempt : check.attempts) text += AttemptText(attempt);
-    if (!check.reason.empty()) text += Line("  " + check.reason);
+    if (check.failure) text += Line("  " + check.failure.text);
     return text;
 }
 

@@ -6,15 +6,17 @@
 #include <vector>
 
 #include "host/print/JsonWriter.h"
+#include "host/system/Failure.h"
 #include "importer/DocumentLoad.h"
 
 namespace ZEMA {
 
+// What came of loading a document: each loader that was asked, in turn, or what kept them all from being asked.
 struct DocumentCheck {
     bool loaded = false;
     std::string version;  // of the markup, "5" or "4"; empty when nothing loaded
     std::vector<LoadAttempt> attempts;
-    std::string reason;  // when the document failed outside of any attempt: why
+    Failure failure;  // outside of any attempt
 };
 
 // Loads a document as the importer does, but in this program. `path` may lead into an archive. `scene`, unless null,
@@ -33,10 +35,9 @@ std::vector<std::string> ReasonsOf(const DocumentCheck& check);
 // Why the importer did not import the document, in one line.
 std::string FailureReasonOf(const std::string& path);
 
-// Each takes the path as the user gave it, any bytes.
-
 // One object: {"path", "loaded", "version", "attempts": [{"format", "loaded", "errorMask", "errors"}, ...]}. An attempt
-// that a limit or the memory ended has a "reason" too, and so has the document where no loader was asked.
+// that a limit or the memory ended has a "reason" too, and so has the document where no loader was asked. The path may
+// be any bytes, here and below.
 void WriteCheck(const std::string& path, const DocumentCheck& check, JsonWriter& json);
 
 // A line, and below it, indented, a line for everything that is wrong. Of a document that loaded these are the errors

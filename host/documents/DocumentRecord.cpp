@@ -72,6 +72,7 @@ private:
     bool first_ = true;
 };
 
+// One object for each record, whether it was imported or not.
 class JsonRecordWriter : public RecordWriter {
 public:
     explicit JsonRecordWriter(bool asArray) : sequence_(asArray) {}
@@ -84,6 +85,7 @@ private:
     JsonSequence sequence_;
 };
 
+// One list of such objects.
 class PropertyListRecordWriter : public RecordWriter {
 public:
     std::string Head() override { return PropertyListHead() + "<array>\n"; }

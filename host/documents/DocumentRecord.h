@@ -10,6 +10,7 @@
 
 namespace ZEMA {
 
+// One document, with its attributes or with the reason why there are none.
 struct DocumentRecord {
     std::string path;  // as given, any bytes
     bool imported = false;
@@ -24,6 +25,7 @@ DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& docum
 // imported}. The path is UTF-8, with U+FFFD where its bytes are not.
 Value::Dictionary ObjectOf(const DocumentRecord& record);
 
+// The forms that `wqf import` and, but for the property list, `wqf check` print.
 enum class RecordFormat { Text, Json, Ndjson, PropertyList };
 
 // Puts records into words as they come: what stands before them all, each record, what stands behind them all. A result

@@ -35,6 +35,7 @@ public:
     const BundleInfo& Info() const { return info_; }
 
 private:
+    // What ends a module or an instance that is let go.
     struct ModuleCloser {
         void operator()(void* module) const;
     };

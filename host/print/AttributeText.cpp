@@ -31,6 +31,7 @@ std::string KeyText(const std::string& key) {
 
 std::string TextOf(const Value& value, std::size_t indent);
 
+// Puts one kind of value into words.
 struct TextMaker {
     std::size_t indent;  // of the line that the value stands on
 

@@ -60,6 +60,7 @@ void AppendQuoted(std::string_view utf8, std::string& json) {
     json += '"';
 }
 
+// Writes one kind of value.
 struct ValueWriter {
     JsonWriter& json;
 

@@ -12,7 +12,10 @@ namespace ZEMA {
 
 namespace {
 
-// Found by hashing, so that a scene of many references is looked through once. A position is the object's index in its
+using Scene = StorageScene2;
+
+// Where the objects of a scene stand in its tree, found by hashing, so that a scene of many references is looked
+// through once. A position is the object's index in its
 // array, after those of what owns it: a bone's is that of brick, part and bone. What the scene refers to and no longer
 // owns has none.
 //
@@ -22,13 +25,13 @@ public:
     template <std::size_t depth>
     using Position = std::array<std::size_t, depth>;
 
-    explicit ScenePositions(const StorageScene2& scene);
+    explicit ScenePositions(const Scene& scene);
 
     // Null when the object has no position.
-    const Position<1>* Find(const StorageScene2::Camera& camera) const { return FindIn(cameras_, camera); }
-    const Position<2>* Find(const StorageScene2::Rigid& rigid) const { return FindIn(rigids_, rigid); }
-    const Position<2>* Find(const StorageScene2::Part& part) const { return FindIn(parts_, part); }
-    const Position<3>* Find(const StorageScene2::Bone& bone) const { return FindIn(bones_, bone); }
+    const Position<1>* Find(const Scene::Camera& camera) const { return FindIn(cameras_, camera); }
+    const Position<2>* Find(const Scene::Rigid& rigid) const { return FindIn(rigids_, rigid); }
+    const Position<2>* Find(const Scene::Part& part) const { return FindIn(parts_, part); }
+    const Position<3>* Find(const Scene::Bone& bone) const { return FindIn(bones_, bone); }
 
 private:
     template <class Object, std::size_t depth>
@@ -40,22 +43,22 @@ private:
         return found == table.end() ? nullptr : &found->second;
     }
 
-    void EnterRigids(const StorageScene2& scene);
-    void EnterParts(const StorageScene2& scene);
+    void EnterRigids(const Scene& scene);
+    void EnterParts(const Scene& scene);
 
-    Table<StorageScene2::Camera, 1> cameras_;
-    Table<StorageScene2::Rigid, 2> rigids_;
-    Table<StorageScene2::Part, 2> parts_;
-    Table<StorageScene2::Bone, 3> bones_;
+    Table<Scene::Camera, 1> cameras_;
+    Table<Scene::Rigid, 2> rigids_;
+    Table<Scene::Part, 2> parts_;
+    Table<Scene::Bone, 3> bones_;
 };
 
-ScenePositions::ScenePositions(const StorageScene2& scene) {
+ScenePositions::ScenePositions(const Scene& scene) {
     for (std::size_t i = 0; i < scene.cameras.Size(); ++i) cameras_.try_emplace(scene.cameras[i].Get(), Position<1>{i});
     EnterParts(scene);
     EnterRigids(scene);
 }
 
-void ScenePositions::EnterParts(const StorageScene2& scene) {
+void ScenePositions::EnterParts(const Scene& scene) {
     for (std::size_t i = 0; i < scene.bricks.Size(); ++i) {
         const auto& parts = scene.bricks[i]->parts;
         for (std::size_t j = 0; j < parts.Size(); ++j) {
@@ -66,14 +69,12 @@ void ScenePositions::EnterParts(const StorageScene2& scene) {
     }
 }
 
-void ScenePositions::EnterRigids(const StorageScene2& scene) {
+void ScenePositions::EnterRigids(const Scene& scene) {
     for (std::size_t i = 0; i < scene.rigidSystems.Size(); ++i) {
         const auto& rigids = scene.rigidSystems[i].rigids;
         for (std::size_t j = 0; j < rigids.Size(); ++j) rigids_.try_emplace(rigids[j].Get(), Position<2>{i, j});
     }
 }
-
-using Scene = StorageScene2;
 
 template <class Range, class Write>
 void WriteArray(JsonWriter& json, const Range& range, Write write) {
@@ -82,6 +83,7 @@ void WriteArray(JsonWriter& json, const Range& range, Write write) {
     json.EndArray();
 }
 
+// Writes the kinds of objects of a scene, each as an object of its own or as where it stands.
 class SceneWriter {
 public:
     SceneWriter(const Scene& scene, JsonWriter& json) : scene_(scene), json_(json), positions_(scene) {}

@@ -25,6 +25,7 @@ struct Value {
     const Dictionary* AsDictionary() const;
 };
 
+// A value under its key.
 struct Value::Item {
     std::string key;
     Value value;

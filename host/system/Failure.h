@@ -17,6 +17,7 @@ enum class FailureKind {
     NoArchive,    // a file that is no archive
     Damaged,      // its bytes contradict its format
     Unsupported,  // its format is one that we do not read, or do not write
+    Limit,        // the memory, or what one document may take, does not suffice
     Refused,      // it could be done and is not, for the user's sake
 };
 

@@ -29,7 +29,7 @@ Result<std::string> ReadToEnd(int descriptor, std::size_t limit) {
         if (count == 0) return bytes;
         bytes.append(part.data(), static_cast<std::size_t>(count));
     }
-    return Failure{FailureKind::Refused, "is too large"};
+    return Failure{FailureKind::Limit, "is too large"};
 }
 
 }  // namespace

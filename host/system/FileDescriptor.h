@@ -1,8 +1,6 @@
 // Files of the system by their descriptors: opening, reading and copying.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <string>

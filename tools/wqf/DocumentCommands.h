@@ -16,6 +16,7 @@ struct DocumentPaths {
     std::vector<std::string> paths;
 };
 
+// wqf import: prints the attributes that the plug-in imports.
 struct ImportOptions {
     std::string bundle;  // empty: where it is built or installed
     RecordFormat format = RecordFormat::Text;
@@ -23,6 +24,7 @@ struct ImportOptions {
 };
 int RunImport(const ImportOptions& options);
 
+// wqf check: prints whether documents load, and what is wrong with them.
 struct CheckOptions {
     std::uint32_t loaderOptions = kImportOptions;
     RecordFormat format = RecordFormat::Text;  // any but a property list
@@ -30,12 +32,14 @@ struct CheckOptions {
 };
 int RunCheck(const CheckOptions& options);
 
+// wqf scene: prints the model in one document.
 struct SceneOptions {
     std::uint32_t loaderOptions = kImportOptions;
     std::string path;
 };
 int RunScene(const SceneOptions& options);
 
+// wqf catalogue: prints what is known of individual brick designs.
 int RunCatalogue();
 
 }  // namespace ZEMA
