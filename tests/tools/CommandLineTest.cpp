@@ -34,6 +34,13 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
         {{"import", "--files0-from", "/no/list"}, "wqf: /no/list: no such file\n"},
         {{"import", "--bundle", "/no/bundle", "a.wqf"}, "wqf: /no/bundle: there is no such bundle\n"},
         {{"import", "--bundle", "/", "a.wqf"}, "wqf: //Contents/Info.plist: no such file\n"},
+        {{"check"}, "wqf: no PATH is given\n"},
+        {{"check", "--options", "-1", "a"}, "wqf: --options: '-1' is no number of 32 bits\n"},
+        {{"check", "--format", "plist", "a"}, "wqf: --format: 'plist' is none of text, json, ndjson\n"},
+        {{"scene"}, "wqf: no PATH is given\n"},
+        {{"scene", "a", "b"}, "wqf: only one PATH is taken\n"},
+        {{"scene", "--options", "4294967296", "a"}, "wqf: --options: '4294967296' is no number of 32 bits\n"},
+        {{"catalogue", "a"}, "wqf: takes no argument, as 'a'\n"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.problem);
@@ -52,6 +59,9 @@ TEST(CommandLine, SaysWhyThereIsNoDocument) {
             EXPECT_EQ(result.err, "wqf: " + path + ": no such file\n") << command;
         }
     }
+    // Nothing may be opened under the number of a standard descriptor that is closed.
+    EXPECT_EQ(Shell("\"$WQF\" check /proc/self/fd/0 <&-").err,
+              "wqf: /proc/self/fd/0: is a device, not a regular file\n");
 }
 
 }  // namespace ZEMA::testing

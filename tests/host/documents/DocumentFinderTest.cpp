@@ -59,13 +59,31 @@ TEST(DocumentFinder, SearchesFoldersInTheOrderOfBytes) {
 }
 
 TEST(DocumentFinder, ShowsAFolderThatItMayNotRead) {
-    if (geteuid() == 0) GTEST_SKIP() << "nothing is forbidden to root";
     const TemporaryFolder folder;
     fs::create_directory(folder.Path() / "locked");
     folder.Write("locked/a.wqf", "x");
     folder.Write("z.wqf", "x");
     fs::permissions(folder.Path() / "locked", fs::perms::none);
-    EXPECT_EQ(Found(folder, folder.Path().string()), (Lines{"/locked: permission denied", "/z.wqf"}));
+    fs::permissions(folder.Path(), fs::perms(0755));
+    const uid_t user = geteuid();
+    ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);  // nothing is forbidden to root
+    const Lines found = Found(folder, folder.Path().string());
+    ASSERT_EQ(seteuid(user), 0);
+    EXPECT_EQ(found, (Lines{"/locked: permission denied", "/z.wqf"}));
+}
+
+TEST(DocumentFinder, ReadsListsOfPaths) {
+    const TemporaryFolder folder;
+    const struct {
+        std::string bytes;
+        Lines paths;
+    } rows[] = {
+        {"", {}},
+        {std::string("a\nb\0c", 5), {"a\nb", "c"}},
+        {std::string("a\0\0", 3), {"a", ""}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(*ReadPathList(folder.Write("list", row.bytes)), row.paths);
+    EXPECT_EQ(ReadPathList(folder / "none").Why().kind, FailureKind::Missing);
 }
 
 }  // namespace ZEMA::testing

@@ -15,12 +15,14 @@ HRESULT KnowsAll(void* instance, REFIID, void** result) {
 ULONG Counts(void*) {
     return 1;
 }
-Boolean ImportsNothing(void*, CFMutableDictionaryRef, CFStringRef, CFStringRef) {
-    return false;
+Boolean ImportsWhatNobodyKnows(void*, CFMutableDictionaryRef attributes, CFStringRef, CFStringRef path) {
+    CFDictionaryAddValue(attributes, CFSTR("a"), path);
+    CFDictionaryAddValue(attributes, CFSTR("kMDItemVersion"), CFSTR("5"));
+    return true;
 }
 
-const MDImporterInterfaceStruct otherTable = {nullptr, KnowsNothing, Counts, Counts, ImportsNothing};
-const MDImporterInterfaceStruct leakingTable = {nullptr, KnowsAll, Counts, Counts, ImportsNothing};
+const MDImporterInterfaceStruct otherTable = {nullptr, KnowsNothing, Counts, Counts, ImportsWhatNobodyKnows};
+const MDImporterInterfaceStruct leakingTable = {nullptr, KnowsAll, Counts, Counts, ImportsWhatNobodyKnows};
 const MDImporterInterfaceStruct* other = &otherTable;
 const MDImporterInterfaceStruct* leaking = &leakingTable;
 

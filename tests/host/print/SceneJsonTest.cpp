@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "host/print/CatalogueJson.h"
 #include "loader/format5/ModelLoaderWQFML5.h"
 
@@ -41,7 +39,7 @@ TEST(SceneJson, HasEveryFieldInItsPlace) {
         "<Behaviors>" +
         behavior +
         "</Behaviors>"
-        "<Bricks cameraRef='2'><Brick refID='1' designID='7' itemNos='8'>" +
+        "<Bricks cameraRef='2'><Brick refID='2' designID='1'/><Brick refID='1' designID='7' itemNos='8'>" +
         behavior + "<Part refID='1' designID='9' materials='1,2' decoration='3'>" + behavior +
         "<Bone refID='1' t='0.1,-1e10,0'>" + behavior +
         "</Bone><Bone refID='2'/></Part></Brick></Bricks>"
@@ -63,18 +61,18 @@ TEST(SceneJson, HasEveryFieldInItsPlace) {
             "\x7F"
             R"(","cameras":[{"name":"c","distance":2.5,"transformation":[1,0,0,0,0,1,0,0,0,0,1,0,1,2,3,1],)"
             R"("fieldOfView":80,"orthographic":false},{"name":"","distance":0,"transformation":@,"fieldOfView":80,"orthographic":false}],)"
-            R"("bricks":[{"designID":7,"itemNos":"8","parts":[{"designID":9,"materials":[1,2],"decoration":[0,3],"bones":[)"
+            R"("bricks":[{"designID":1,"itemNos":"","parts":[],"behaviors":[]},{"designID":7,"itemNos":"8","parts":[{"designID":9,"materials":[1,2],"decoration":[0,3],"bones":[)"
             R"({"transformation":[1,0,0,0,0,1,0,0,0,0,1,0,0.1,-1e+10,0,1],)" +
             behaviors + R"(},{"transformation":@,"behaviors":[]}],)" + behaviors + "}]," + behaviors +
             "}],"
-            R"("rigidSystems":[{"rigids":[],"joints":[]},{"rigids":[{"transformation":@,"bones":[[0,0,1],null,[0,0,0]]}],)"
+            R"("rigidSystems":[{"rigids":[],"joints":[]},{"rigids":[{"transformation":@,"bones":[[1,0,1],null,[1,0,0]]}],)"
             R"("joints":[{"name":"j","rigid1":[1,0],"rigid2":null,"a1":[1,0,0],"z1":[0,0,1],"t1":[4,5,6],"a2":[0,1,0],"z2":[0,0,1],"t2":[0,0,0],"type":1}]}],)"
-            R"("groupSystems":[{"groups":[{"name":"g","transformation":@,"pivot":[1,2,3],"parts":[[0,0],null],)" +
+            R"("groupSystems":[{"groups":[{"name":"g","transformation":@,"pivot":[1,2,3],"parts":[[1,0],null],)" +
             behaviors +
             R"(,"groups":[{"name":"","transformation":@,"pivot":[0,0,0],"parts":[],"behaviors":[],"groups":[]}]},)"
             R"({"name":"","transformation":@,"pivot":[0,0,0],"parts":[],"behaviors":[],"groups":[]}]}],)"
             R"("buildingInstructions":[{"name":"i","events":[{"type":1,"camera":0},{"type":0,"name":"s","exploded":true,"a":[1,2,3],"events":[)"
-            R"({"type":2,"part":[0,0],"exploded":true,"transformation":[1,0,0,0,0,1,0,0,0,0,1,0,1,2,3,1]},)"
+            R"({"type":2,"part":[1,0],"exploded":true,"transformation":[1,0,0,0,0,1,0,0,0,0,1,0,1,2,3,1]},)"
             R"({"type":0,"name":"","exploded":false,"a":[0,0,0],"events":[]},{"type":1,"camera":null},)"
             R"({"type":2,"part":null,"exploded":false,"transformation":@}]}]}],)"
             R"("meta":[{"name":"Author","value":"","attributes":[{"key":"name","value":"N"}]},{"name":"E","value":"t","attributes":[]}],)"
@@ -101,35 +99,6 @@ TEST(SceneJson, TellsDetachedObjectsFromNone) {
                              R"("rigid1":null,"rigid2":"detached")", R"("bricksCamera":"detached")"}) {
         EXPECT_NE(json.find(part), std::string::npos) << part << " in " << json;
     }
-}
-
-TEST(JsonWriter, WritesFloatsThatReadBack) {
-    const std::pair<float, const char*> rows[] = {
-        {0.1F, "0.1"},
-        {-0.0F, "-0"},
-        {16777216, "16777216"},
-        {1e-45F, "1e-45"},
-        {3.4028235e38F, "3.4028235e+38"},
-        {1 / 3.0F, "0.33333334"},
-        {NAN, "null"},
-        {-INFINITY, "null"},
-    };
-    for (const auto& [number, text] : rows) {
-        EXPECT_EQ(JsonOf([&, value = number](JsonWriter& json) { json.Float(value); }), text);
-    }
-}
-
-TEST(JsonWriter, HandsPiecesOnAndStopsAtAFailure) {
-    std::size_t pieces = 0;
-    JsonWriter json([&](std::string_view piece) {
-        EXPECT_GE(piece.size(), 65536u);
-        return ++pieces < 3;
-    });
-    json.BeginArray();
-    for (int i = 0; i < 1000; ++i) json.Text(std::string(1000, 'a'));
-    json.EndArray();
-    EXPECT_FALSE(json.Finish());
-    EXPECT_EQ(pieces, 3u);
 }
 
 TEST(CatalogueJson, TellsOffsetsFromSuccessors) {

@@ -1,5 +1,6 @@
 #include "host/system/FileDescriptor.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -41,6 +42,21 @@ TEST(FileDescriptor, OpensRegularFilesOnly) {
         EXPECT_EQ(bytes.Why().error, row.failure.error);
     }
     EXPECT_EQ(ReadRegularFile(folder / "file", 2).Why().text, "is too large");
+}
+
+TEST(FileDescriptor, MovesAllBytesOrFails) {
+    const TemporaryFolder folder;
+    const FileDescriptor from(open(folder.Write("from", "abcdef").c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor to(open(folder.Write("to", "......").c_str(), O_RDWR | O_CLOEXEC));
+    const std::uint64_t done = CopyInSystem(from.Get(), 1, to.Get(), 2, 3);  // where the file system can do that
+    EXPECT_EQ(folder.Read("to"), done == 0 ? "......" : "..bcd.");
+    EXPECT_TRUE(WriteAllAt(to.Get(), 2, 3, "xyz"));
+    char bytes[4];
+    EXPECT_TRUE(ReadAllAt(to.Get(), 2, 4, bytes));
+    EXPECT_EQ(std::string(bytes, 4), "xyz.");
+    EXPECT_FALSE(ReadAllAt(to.Get(), 3, 4, bytes));
+    EXPECT_EQ(errno, EIO) << "the file ends early";
+    EXPECT_FALSE(WriteAllAt(from.Get(), 0, 1, "x"));
 }
 
 }  // namespace ZEMA::testing
