@@ -84,10 +84,10 @@ Failure MarkedFile::Create(const std::string& path) {
     do {
         const std::string name = NewName(path);
         if (name.empty()) return SystemFailure(errno);
+        cleanup_.emplace(name);  // before there is a file that a signal could leave behind
         file_ = FileDescriptor(open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (!file_.IsOpen()) return SystemFailure(errno);
         name_ = name;
-        cleanup_.emplace(name_);
     } while (!Lock(file_.Get()));
     return {};
 }
