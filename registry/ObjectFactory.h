@@ -37,10 +37,12 @@ public:
     [[nodiscard]] bool Add(const std::type_info* concrete, SpecificObjectFactory* factory);
 
 private:
+    // A factory with the type that it makes.
     struct Candidate {
         const std::type_info* concrete;
         RefPointer<SpecificObjectFactory> factory;
     };
+    // The order in which factories are asked for a type that none makes itself.
     struct AskedBefore {
         bool operator()(const Candidate& a, const Candidate& b) const;
     };

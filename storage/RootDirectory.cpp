@@ -20,6 +20,7 @@ Directory* RootDirectory::OpenVolume(const String&) {
     return nullptr;
 }
 
+// Volumes are open children that attached themselves; none is ever made or opened by its name alone.
 RefPointer<Directory> RootDirectory::OpenPath(const String& path, bool create) {
     const StorageLock lock;
     const std::uint32_t slash = path.Find('/');

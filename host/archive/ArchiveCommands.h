@@ -14,6 +14,7 @@ namespace ZEMA {
 //
 // Each tells all failures to the report. Of what goes on in one archive all is done or nothing.
 
+// How a copy or a move is to be done.
 struct CopyOptions {
     bool recursive = false;     // folders too
     bool force = false;         // over write-protected files, and in archives that are not replaced otherwise
@@ -27,13 +28,16 @@ struct CopyOptions {
 void CopyPaths(const std::vector<std::string>& sources, const std::string& target, const CopyOptions& options,
                StorageReport& report);
 
+// What may be removed.
 struct RemoveOptions {
     bool recursive = false;  // folders too
     bool force = false;      // also what is write-protected; what is not there is no failure
 };
 
+// Removes members, and folders with all that lies below them, from archives.
 void RemovePaths(const std::vector<std::string>& paths, const RemoveOptions& options, StorageReport& report);
 
+// What may be made, and where.
 struct MakeOptions {
     bool parents = false;  // also the folders on the way, and one that is there is fine
     bool force = false;    // in write-protected archives too

@@ -39,6 +39,7 @@ public:
     void CommitAll();
 
 private:
+    // One archive, its rewrite or why there is none.
     struct Edit {
         std::string given;  // one of the paths by which the user knows it
         std::unique_ptr<ArchiveRewrite> rewrite;

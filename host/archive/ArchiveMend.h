@@ -9,6 +9,7 @@
 
 namespace ZEMA {
 
+// How far a repair may go.
 struct MendOptions {
     bool drop = false;    // what stands in front or belongs to no member, and the comment
     bool dryRun = false;  // only finds out what would be done

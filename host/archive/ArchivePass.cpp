@@ -29,6 +29,7 @@ bool TakesData(const PlannedMember& member) {
     return member.source && !(member.change && member.change->data);
 }
 
+// Bytes of a file, in bytes from its start.
 struct DataRange {
     File* file = nullptr;  // null: the scratch file
     std::uint64_t offset = 0;

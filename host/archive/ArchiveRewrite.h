@@ -49,6 +49,7 @@ struct NewMember {
 // Errors: after a failure the object is good for nothing more.
 class ArchiveRewrite {
 public:
+    // What the user allows, and what is told while waiting.
     struct Options {
         // Also replaces what is write-protected, what has several names (hard links), and what has a group, an access
         // list or extended attributes that cannot be given to the new file.

@@ -100,6 +100,8 @@ Failure MakeNativeFolder(const StorageItem& source, const StorageItem& target) {
     return SystemFailure(errno).In("'" + target.shown + "'");
 }
 
+// Takes the steps of a plan: all that goes into one archive in one rewrite, everything else file by file. What is moved
+// is removed when it is in its new place, and only then.
 class CopyRun {
 public:
     CopyRun(CopyPlan& plan, const CopyOptions& options, ArchiveEdits& edits, StorageReport& report)

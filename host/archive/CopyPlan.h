@@ -19,6 +19,7 @@ namespace ZEMA {
 // told, and the source left out; what would make the command as a whole go wrong is told too, and refuses it.
 class CopyPlan {
 public:
+    // Something in the tree, or a name that is free, without its path.
     struct Place {
         RefPointer<ZipTreeNode> node;
         StorageFacts facts;
@@ -32,6 +33,7 @@ public:
         std::string name;     // in that folder
         bool rename = false;  // the member, or all of the folder, within its archive
     };
+    // One of the sources as the user named it, and where it goes.
     struct Operand {
         StorageItem source;
         StorageItem target;
@@ -54,6 +56,7 @@ public:
 
 private:
     using Names = BasicSet<String, StringCaseInsensitiveLess<String>>;
+    // A folder or file whose step is still to come.
     struct Pending {
         StorageItem source;
         StorageItem target;

@@ -19,6 +19,7 @@ DescriptorFile::DescriptorFile(int descriptor, std::uint64_t start)
 
 DescriptorFile::~DescriptorFile() = default;
 
+// Of several errors the first one is the reason of the others.
 bool DescriptorFile::Note(bool succeeded) {
     if (!succeeded && error_ == 0) error_ = errno;
     return succeeded;

@@ -20,6 +20,7 @@ constexpr std::uint16_t kLzma = 14;
 constexpr std::uint16_t kXz = 95;
 constexpr std::uint16_t kPpmd = 98;
 
+// Ends a reader of the library.
 struct FreeReader {
     void operator()(archive* reader) const { archive_read_free(reader); }
 };

@@ -52,6 +52,7 @@ bool Lock(int file) {
     return fstat(file, &status) != 0 || status.st_nlink != 0;
 }
 
+// Ends the listing of a folder.
 struct CloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
 };

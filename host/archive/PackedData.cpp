@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = 1 << 18;
 
+// One stream of the codec, ended when it goes.
 class Inflater {
 public:
     Inflater() : ready_(inflateInit2(&stream, -MAX_WBITS) == Z_OK) {}

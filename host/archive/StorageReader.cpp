@@ -38,6 +38,7 @@ Result<std::size_t> StorageReader::ReadNative(void* buffer, std::size_t size) {
     return static_cast<std::size_t>(count);
 }
 
+// The checksum can only be told at the end, so that whoever copies must not keep what was read before a failure.
 Result<std::size_t> StorageReader::ReadMember(void* buffer, std::size_t size) {
     const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, left_));
     if (!ZEMA::Read(*member_, count, buffer)) return Failure{FailureKind::Damaged, "it cannot be read"};

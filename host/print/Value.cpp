@@ -28,6 +28,7 @@ Value ListOf(CFArrayRef array) {
     return {std::move(list)};
 }
 
+// A dictionary has no order of its own; sorted, equal ones look the same.
 Value DictionaryOf(CFDictionaryRef dictionary) {
     const auto count = static_cast<std::size_t>(CFDictionaryGetCount(dictionary));
     std::vector<const void*> keys(count);

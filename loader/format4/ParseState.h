@@ -37,6 +37,7 @@ struct Attribute {
 // The attributes of one start tag, in document order. Good while its start handler runs.
 class Attributes {
 public:
+    // Steps over the names and values, which come in turns.
     class Position {
     public:
         explicit Position(const char** entry) : entry_(entry) {}

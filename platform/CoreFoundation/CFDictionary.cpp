@@ -10,6 +10,7 @@
 // then a table of slots, found by hash with linear probing and at most half full, says where each one is. The room for
 // those few is taken at once, so that adding them to an empty dictionary fails at the first or not at all.
 struct __CFDictionary : ZEMA::CF::Object {
+    // A key with its hash, which is never asked for twice, and its value; retained as the callbacks say.
     struct Entry {
         CFHashCode hash;
         const void* key;

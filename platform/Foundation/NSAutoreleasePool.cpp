@@ -25,6 +25,7 @@ public:
     }
 
 private:
+    // An object that is let go with the pool, and how.
     struct Entry {
         const void* object;
         Releaser release;

@@ -6,6 +6,7 @@ namespace ZEMA {
 
 namespace {
 
+// The polynomial of the archives' checksum (PKWARE APPNOTE 4.4.7), its bits reversed.
 constexpr std::uint32_t kPolynomial = 0xEDB88320;
 
 constexpr std::array<std::uint32_t, 256> MakeTable() {

@@ -5,6 +5,7 @@
 
 namespace ZEMA {
 
+// A range of the archive file that goes, in bytes from its start.
 struct ZipStorageVolume::Cut {
     std::uint64_t begin;
     std::uint64_t end;

@@ -9,7 +9,7 @@ namespace ZEMA {
 
 int ExitStatusOf(const Output& output) {
     if (!output.Failed()) return kExitDone;
-    if (output.Error() == EPIPE) {
+    if (output.Error() == EPIPE) {  // the reader has what it wanted: end as programs do that know no other way
         std::signal(SIGPIPE, SIG_DFL);
         std::raise(SIGPIPE);
     }

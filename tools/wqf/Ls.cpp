@@ -137,6 +137,7 @@ private:
     bool first_ = true;
 };
 
+// Lists what the arguments name, one after the other, as the printer has it.
 class Lister {
 public:
     Lister(const ListOptions& options, StorageReport& report) : options_(options), report_(report), printer_(options) {}
@@ -190,6 +191,7 @@ private:
 
     // Folders before what lies in them; trees may be of any depth, so those that are still to come are a list.
     void ListFolder(const StorageItem& top, const std::string& topLabel) {
+        // An entry that is printed when its turn comes, with its path as it is shown.
         struct Pending {
             StorageItem folder;
             std::string label;

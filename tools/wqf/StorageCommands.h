@@ -10,8 +10,10 @@
 
 namespace ZEMA {
 
+// The forms of a listing.
 enum class ListingFormat { Text, Json, Ndjson };
 
+// What `ls` shows, and how.
 struct ListOptions {
     bool columns = false;
     bool recursive = false;
