@@ -54,7 +54,7 @@ bool IsKnownInterface(REFIID interfaceID) {
 
 void* MetadataImporterPluginFactory(CFAllocatorRef, CFUUIDRef typeID) {
     try {
-        return CFEqual(typeID, kMDImporterTypeID) ? NewInstance() : nullptr;
+        return typeID != nullptr && CFEqual(typeID, kMDImporterTypeID) ? NewInstance() : nullptr;
     } catch (...) {
         return nullptr;
     }

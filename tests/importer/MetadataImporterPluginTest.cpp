@@ -27,7 +27,9 @@ CFUUIDBytes Changed(CFUUIDBytes bytes) {
 
 TEST(MetadataImporterPlugin, MakesInstancesOfItsTypeOnly) {
     const CFIndex references = CFGetRetainCount(FactoryID());
-    EXPECT_EQ(MetadataImporterPluginFactory(nullptr, kMDImporterInterfaceID), nullptr);
+    for (const CFUUIDRef other : {kMDImporterInterfaceID, CFUUIDRef()}) {
+        EXPECT_EQ(MetadataImporterPluginFactory(nullptr, other), nullptr);
+    }
     EXPECT_EQ(PlugInInstanceCount(FactoryID()), 0);
 
     void* const first = MetadataImporterPluginFactory(nullptr, kMDImporterTypeID);
