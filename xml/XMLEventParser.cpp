@@ -8,20 +8,26 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <utility>
 
 namespace ZEMA {
 
 namespace {
 
-// Entities and attributes that a document may declare. Entities nested one in the other as often take a small part of
-// any stack.
+// Declarations that cost more than their own size, which a document may have: attributes, whose whole list the parser
+// walks through for every element, and entities that name others. Such entities nested one in the other as often take a
+// small part of any stack.
 constexpr std::uint32_t kDeclarationLimit = 512;
 
-// What an element and an attribute take at least, where a document writes them out: "<a/>" and " a=''".
-constexpr std::uint64_t kTagSize = 4;
+// What a document may come to, for each of its bytes and beside them. Written out it comes to twice its size at most,
+// when every byte becomes two in UTF-8; ten defaults for each short element make it about six times.
+constexpr std::uint64_t kContentRatio = 8;
+constexpr std::uint64_t kContentAllowance = 4 * 1024 * 1024;
+
+// What a document writes beside the names and values of an element and an attribute at least: "</>" and " =''".
+constexpr std::uint64_t kTagSize = 3;
 constexpr std::uint64_t kAttributeSize = 4;
-constexpr std::uint64_t kStartTagAllowance = 65536;
 
 }  // namespace
 
@@ -29,7 +35,7 @@ constexpr std::uint64_t kStartTagAllowance = 65536;
 struct XMLEventParser::Callbacks {
     static void XMLCALL Start(void* self, const XML_Char* name, const XML_Char** attributes) {
         Guard(self, [&](XMLEventParser& events) {
-            events.ChargeStartTag(attributes);
+            events.Charge(StartTagSize(name, attributes));
             events.StartElement(name, attributes);
         });
     }
@@ -39,16 +45,30 @@ struct XMLEventParser::Callbacks {
     }
 
     static void XMLCALL Characters(void* self, const XML_Char* bytes, int length) {
-        Guard(self, [&](XMLEventParser& events) { events.CharacterData({bytes, static_cast<std::size_t>(length)}); });
+        const std::string_view text(bytes, static_cast<std::size_t>(length));
+        Guard(self, [&](XMLEventParser& events) {
+            events.Charge(text.size());
+            events.CharacterData(text);
+        });
     }
 
-    static void XMLCALL Entity(void* self, const XML_Char*, int, const XML_Char*, int, const XML_Char*, const XML_Char*,
-                               const XML_Char*, const XML_Char*) {
+    // The text has references to characters resolved, but not those to other entities.
+    static void XMLCALL Entity(void* self, const XML_Char*, int, const XML_Char* text, int length, const XML_Char*,
+                               const XML_Char*, const XML_Char*, const XML_Char*) {
+        if (text == nullptr || std::memchr(text, '&', static_cast<std::size_t>(length)) == nullptr) return;
         static_cast<XMLEventParser*>(self)->CountDeclaration();
     }
 
     static void XMLCALL Attribute(void* self, const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*, int) {
         static_cast<XMLEventParser*>(self)->CountDeclaration();
+    }
+
+    static std::uint64_t StartTagSize(std::string_view name, const XML_Char** attributes) {
+        std::uint64_t size = kTagSize + name.size();
+        for (const XML_Char** entry = attributes; *entry != nullptr; entry += 2) {
+            size += std::strlen(entry[0]) + std::strlen(entry[1]) + kAttributeSize;
+        }
+        return size;
     }
 
     template <class Event>
@@ -77,7 +97,7 @@ bool XMLEventParser::Parse(const AString& text) {
     XML_SetAttlistDeclHandler(parser_, Callbacks::Attribute);
     DeliverText(deliversText_);
     declarationCount_ = 0;
-    startTagsLeft_ = std::uint64_t{text.Length()} * 2 + kStartTagAllowance;
+    contentLeft_ = text.Length() * kContentRatio + kContentAllowance;
     const XML_Status status = XML_Parse(parser_, text.Data(), static_cast<int>(text.Length()), XML_TRUE);
     parser_ = nullptr;
     parser.reset();
@@ -89,15 +109,9 @@ void XMLEventParser::CountDeclaration() {
     if (++declarationCount_ > kDeclarationLimit) Stop();
 }
 
-// Elements that the text itself writes out fit into its size once, so as much again is left to entities, for elements,
-// and to declared attributes that an element leaves to their defaults.
-void XMLEventParser::ChargeStartTag(const char** attributes) {
-    std::uint64_t cost = kTagSize;
-    for (const char** entry = attributes + XML_GetSpecifiedAttributeCount(parser_); *entry != nullptr; entry += 2) {
-        cost += std::strlen(entry[0]) + std::strlen(entry[1]) + kAttributeSize;
-    }
-    if (cost > startTagsLeft_) return Stop();
-    startTagsLeft_ -= cost;
+void XMLEventParser::Charge(std::uint64_t size) {
+    if (size > contentLeft_) return Stop();
+    contentLeft_ -= size;
 }
 
 void XMLEventParser::Stop() {

@@ -48,11 +48,12 @@ private:
     struct Callbacks;
 
     void CountDeclaration();
-    void ChargeStartTag(const char** attributes);
+    // Stops the parse where the document comes to more than it may.
+    void Charge(std::uint64_t size);
 
     XML_ParserStruct* parser_ = nullptr;  // while Parse runs
     std::uint32_t declarationCount_ = 0;
-    std::uint64_t startTagsLeft_ = 0;  // bytes that start tags may still come to
+    std::uint64_t contentLeft_ = 0;  // bytes that start tags and text may still come to
     bool deliversText_ = true;
     std::exception_ptr failure_;
 };

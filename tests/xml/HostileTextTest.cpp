@@ -35,6 +35,11 @@ TEST(HostileText, ReadsManyBlankLinesAndTextInPiecesOfOneByte) {
 // A little that is declared may not stand for very much, and entities may not nest deeper than the stack.
 TEST(HostileText, BoundsWhatDeclarationsStandFor) {
     const std::string elements = "<!ENTITY e '" + Repeated("<p/>", 100) + "'>";
+    const std::string longDefault = "<!ATTLIST p a CDATA '" + Repeated("v", 100000) + "'>";
+    const std::string longEntity = "<!ENTITY e '" + Repeated("v", 100000) + "'>";
+    std::string plain, tenDefaults;
+    for (int i = 0; i < 1000; ++i) plain += "<!ENTITY e" + std::to_string(i) + " '<p/>'>";
+    for (int i = 0; i < 10; ++i) tenDefaults += "<!ATTLIST part default" + std::to_string(i) + " CDATA '1234567'>";
     std::string chain = "<!ENTITY e0 'x'>";
     for (int i = 1; i < 100000; ++i) {
         chain += "<!ENTITY e" + std::to_string(i) + " '&e" + std::to_string(i - 1) + ";'>";
@@ -45,11 +50,16 @@ TEST(HostileText, BoundsWhatDeclarationsStandFor) {
         std::string content;
         bool succeeds;
     } rows[] = {
-        {"an entity and a default", "<!ENTITY e '<p/>'><!ATTLIST p a CDATA 'v'>", "&e;", true},
+        {"many entities, one in another", plain + "<!ENTITY e '&e999;'>", "&e;", true},
+        {"a few megabytes of defaults", longDefault, Repeated("<p/>", 40), true},
+        {"a plain document with defaults", tenDefaults, Repeated("<part designID='3005' materials='21'/>", 50000),
+         true},
         {"entities nested deep in content", chain, "&e99999;", false},
         {"entities nested deep in a value", chain, "<p a='&e99999;'/>", false},
-        {"a long default", "<!ATTLIST p a CDATA '" + Repeated("v", 100000) + "'>", Repeated("<p/>", 20000), false},
-        {"elements from an entity", elements, Repeated("&e;", 10000), false},
+        {"a long default", longDefault, Repeated("<p/>", 20000), false},
+        {"elements from an entity", elements, Repeated("&e;", 20000), false},
+        {"text from an entity", longEntity, Repeated("&e;", 60), false},
+        {"a value from an entity", longEntity, Repeated("<p a='&e;'/>", 60), false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
