@@ -29,7 +29,9 @@ bool ObjectRegistry::Register(unsigned long key, Object* object) {
     if (entries_.Contains(key)) return false;
     auto* const observer = dynamic_cast<ObjectRegistryObserver*>(object);
     if (observer != nullptr && !observer->OnRegister(*this, key)) return false;
-    return entries_.Insert(key, object);
+    // Looked at again, since the observer may have entered another object under the key. Not left to Insert: the
+    // reference that it is given would be the only one, and its end that of the refused object.
+    return !entries_.Contains(key) && entries_.Insert(key, object);
 }
 
 void ObjectRegistry::RemoveAll() {

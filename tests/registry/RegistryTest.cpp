@@ -60,6 +60,23 @@ TEST(ObjectRegistry, MakesAnObjectOnceAndAnswersNullWhenNothingIsMadeOrTaken) {
     EXPECT_EQ(refusing.callCount, 1);  // the stored null was the answer
 }
 
+// Takes its own key for another object while it is asked.
+struct Overtaken : Observer {
+    using Observer::Observer;
+    bool OnRegister(ObjectRegistry& registry, unsigned long key) override {
+        return registry.Register(key, nullptr) && Observer::OnRegister(registry, key);
+    }
+};
+
+TEST(ObjectRegistry, LeavesAnObjectAloneWhoseKeyIsTakenWhileItIsAsked) {
+    EventLog log;
+    auto* const overtaken = new Overtaken(log, true);  // without a reference that would keep it alive
+    EXPECT_FALSE(New<ObjectRegistry>()->Register(7, overtaken));
+    EXPECT_EQ(log, EventLog{"asked"});
+    RefPointer<Object>(overtaken).Reset();
+    EXPECT_EQ(log, (EventLog{"asked", "end"}));
+}
+
 TEST(ObjectRegistry, RemovesInTheOrderOfKeysAndTellsAfterwards) {
     EventLog log;
     auto registry = New<ObjectRegistry>();
