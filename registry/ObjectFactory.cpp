@@ -1,6 +1,7 @@
 #include "registry/ObjectFactory.h"
 
 #include <cstring>
+#include <utility>
 
 namespace ZEMA {
 
@@ -20,8 +21,11 @@ Object* AbstractObjectFactory::Create(const std::type_info* type, ObjectFactoryA
 }
 
 bool AbstractObjectFactory::Add(const std::type_info* concrete, SpecificObjectFactory* factory) {
-    if (!byType_.Insert(concrete, factory)) return false;
+    // Into a copy first: without memory for both tables neither changes.
+    auto byType = byType_;
+    if (!byType.Insert(concrete, factory)) return false;
     inAskingOrder_.Insert({concrete, factory});
+    byType_ = std::move(byType);
     return true;
 }
 
@@ -47,15 +51,20 @@ bool ObjectFactory::Register(const std::type_info* concrete, SpecificObjectFacto
     const MutexLock lock(*mutex_);
     if (directFactories_.Contains(concrete) || abstractFactories_.Contains(concrete)) return false;
     if (directFactories_.Contains(abstract)) return false;
-    if (!factory->BeginRegistration(*mutex_)) return false;
+    if (!factory->AttachOnce(*mutex_)) return false;
 
     const auto position = abstractFactories_.Find(abstract);
     const RefPointer<AbstractObjectFactory> family =
         position != abstractFactories_.end() ? position->second : New<AbstractObjectFactory>();
-    // Under both, so that a concrete type is known from now on and can be asked for by itself.
-    abstractFactories_.Insert(abstract, family);
-    abstractFactories_.Insert(concrete, family);
-    return family->Add(concrete, factory);
+    // Under both, so that a concrete type is known from now on and can be asked for by itself. Into a copy: without
+    // memory for all entries none is made, since a type that is known but not served could never be registered again.
+    auto changed = abstractFactories_;
+    changed.Insert(abstract, family);
+    changed.Insert(concrete, family);
+    if (!family->Add(concrete, factory)) return false;
+    abstractFactories_ = std::move(changed);
+    ++factory->registrationCount_;
+    return true;
 }
 
 Object* ObjectFactory::Create(const std::type_info* type, ObjectFactoryArgs* args) {

@@ -74,6 +74,7 @@ public:
     // Enters `factory` for the concrete type under the abstract one, after attaching it if this is its first
     // registration. False, and nothing changed, when `concrete` is known already (as either kind of type), when either
     // type has a direct factory, or when Attach refuses.
+    // When memory runs out the types are as before, and the factory may stay attached.
     [[nodiscard]] bool Register(const std::type_info* concrete, SpecificObjectFactory* factory,
                                 const std::type_info* abstract);
 

@@ -14,17 +14,18 @@ bool SpecificObjectFactory::Attach() {
 
 void SpecificObjectFactory::Detach() {}
 
-bool SpecificObjectFactory::BeginRegistration(SharedMutex& mutex) {
-    if (registrationCount_ == 0) {
-        // Shared first: Attach may use what this mutex guards.
-        ShareMutex(&mutex);
-        if (!Attach()) {
-            ShareMutex(nullptr);
-            return false;
-        }
+bool SpecificObjectFactory::AttachOnce(SharedMutex& mutex) {
+    if (mutex_ != nullptr) return true;
+    // Shared first: Attach may use what this mutex guards.
+    ShareMutex(&mutex);
+    try {
+        if (Attach()) return true;
+    } catch (...) {
+        ShareMutex(nullptr);
+        throw;
     }
-    ++registrationCount_;
-    return true;
+    ShareMutex(nullptr);
+    return false;
 }
 
 void SpecificObjectFactory::ShareMutex(SharedMutex* mutex) {

@@ -44,8 +44,8 @@ public:
 private:
     friend class ObjectFactory;
 
-    // The object factory's side of a registration: attaches on the first one. False leaves no share behind.
-    bool BeginRegistration(SharedMutex& mutex);
+    // The object factory's side of the first registration. One that fails leaves no share behind.
+    bool AttachOnce(SharedMutex& mutex);
     void ShareMutex(SharedMutex* mutex);
 
     SharedMutex* mutex_ = nullptr;

@@ -9,6 +9,7 @@
 #include "registry/ObjectFactory.h"
 #include "registry/ObjectRegistry.h"
 #include "registry/SharedMutex.h"
+#include "tests/support/AllocationFailure.h"
 #include "tests/support/EventLog.h"
 
 namespace ZEMA {
@@ -239,6 +240,28 @@ TEST_F(ObjectFactoryTest, RefusesWithoutChangingAnything) {
         EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "none"}));
         EXPECT_EQ(Asked(typeid(Square)), (EventLog{"none"}));
     }
+}
+
+TEST_F(ObjectFactoryTest, ATypeCanBeRegisteredAfterMemoryRanOut) {
+    const auto circles = New<Factory>(log, "circles", FactoryRank::General);
+    const auto registers = [&](long allocations) {
+        testing::allocationsLeft = allocations;
+        try {
+            const bool isRegistered = factory->Register(&typeid(Circle), circles.Get(), &typeid(Shape));
+            testing::allocationsLeft = testing::kNoAllocationFails;
+            return isRegistered;
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(circles->Mutex() != nullptr, !log.empty()) << "attached, or to be attached the next time";
+            EXPECT_EQ(factory->Create(&typeid(Shape), nullptr), nullptr);
+            return false;
+        }
+    };
+    long allocations = 0;
+    while (!registers(allocations)) ASSERT_LT(++allocations, 100);
+    EXPECT_GT(allocations, 3);
+    EXPECT_EQ(circles->RegistrationCount(), 1U);
+    EXPECT_EQ(log, EventLog{"attach circles"});
+    EXPECT_EQ(Asked(typeid(Shape)), (EventLog{"circles", "none"}));
 }
 
 TEST_F(ObjectFactoryTest, AFactoryMayChangeTheObjectFactoryWhileItIsAsked) {
