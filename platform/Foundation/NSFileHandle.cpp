@@ -28,6 +28,11 @@ constexpr std::uint64_t kLargestTransfer = 1u << 30;
                       std::string(operation) + ": " + std::system_category().message(error));
 }
 
+// The system is not asked about a transfer of no bytes, and could not tell.
+void RequireOpen(const char* operation, int descriptor) {
+    if (descriptor == -1) Raise(operation, EBADF);
+}
+
 off_t ToOffset(const char* operation, std::uint64_t offset) {
     if (offset > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) Raise(operation, EFBIG);
     return static_cast<off_t>(offset);
@@ -79,6 +84,7 @@ NSFileHandle::~NSFileHandle() {
 NSData NSFileHandle::readDataOfLength(std::uint64_t length) {
     // Grows with what is there, not with what was asked for.
     constexpr std::uint64_t kFirstPiece = 1u << 16;
+    RequireOpen("read", descriptor_);
     NSData data;
     while (data.size() < length) {
         const std::uint64_t present = data.size();
@@ -94,6 +100,7 @@ NSData NSFileHandle::readDataOfLength(std::uint64_t length) {
 std::uint64_t NSFileHandle::readBytes(void* buffer, std::uint64_t length, std::uint64_t* done) {
     std::uint64_t count = 0;
     if (done != nullptr) *done = 0;
+    RequireOpen("read", descriptor_);
     while (count < length) {
         char* const to = static_cast<char*>(buffer) + count;
         const std::uint64_t piece = std::min(length - count, kLargestTransfer);
@@ -107,6 +114,7 @@ std::uint64_t NSFileHandle::readBytes(void* buffer, std::uint64_t length, std::u
 }
 
 void NSFileHandle::writeData(const void* bytes, std::uint64_t length) {
+    RequireOpen("write", descriptor_);
     for (std::uint64_t count = 0; count < length;) {
         const char* const from = static_cast<const char*>(bytes) + count;
         const std::uint64_t piece = std::min(length - count, kLargestTransfer);
@@ -134,7 +142,7 @@ std::uint64_t NSFileHandle::offsetInFile() const {
 }
 
 void NSFileHandle::closeFile() {
-    if (descriptor_ == -1) Raise("close", EBADF);
+    RequireOpen("close", descriptor_);
     // Whatever it answers, the descriptor is gone.
     close(descriptor_);
     descriptor_ = -1;

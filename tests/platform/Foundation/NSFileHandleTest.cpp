@@ -125,7 +125,9 @@ TEST(NSFileHandle, RaisesWhatTheSystemRefuses) {
     EXPECT_TRUE(Raises([&] { reading->truncateFileAtOffset(0); }));
     EXPECT_TRUE(Raises([&] { writing->readDataOfLength(1); }));
     EXPECT_TRUE(Raises([&] { reading->seekToFileOffset(1ull << 63); })) << "an offset that no file can have";
-    EXPECT_TRUE(Raises([&] { closed->readDataOfLength(1); }));
+    EXPECT_TRUE(Raises([&] { closed->readDataOfLength(0); }));
+    EXPECT_TRUE(Raises([&] { closed->readBytes(nullptr, 0); }));
+    EXPECT_TRUE(Raises([&] { closed->writeData(nullptr, 0); }));
     EXPECT_TRUE(Raises([&] { (void)closed->offsetInFile(); }));
     EXPECT_TRUE(Raises([&] { closed->closeFile(); }));
     EXPECT_EQ(folder.Read("file"), "text");
