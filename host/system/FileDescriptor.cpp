@@ -1,7 +1,6 @@
 #include "host/system/FileDescriptor.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -9,6 +8,7 @@
 #include <limits>
 
 #include "host/system/Paths.h"
+#include "platform/Foundation/RegularFile.h"
 #include "platform/Foundation/Uninterrupted.h"
 
 namespace ZEMA {
@@ -38,16 +38,12 @@ FileDescriptor::~FileDescriptor() {
     if (descriptor_ >= 0) close(descriptor_);
 }
 
-// The kind is looked at before opening, because opening can already wait or act (a pipe, a tape). It may change until
-// the file is open, so the opening does not wait either, and what was opened is looked at again.
 Result<FileDescriptor> OpenRegularFile(const std::string& path) {
-    if (Failure failure = CheckRegularFile(path)) return failure;
-    const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    FileDescriptor file(Uninterrupted([&] { return open(path.c_str(), flags); }));
-    struct stat status;
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return SystemFailure(errno);
-    if (!S_ISREG(status.st_mode)) return Failure{FailureKind::WrongKind, "is not a regular file"};
-    return file;
+    FileDescriptor file(Foundation::OpenRegularFile(path, O_RDONLY));
+    if (file.IsOpen()) return file;
+    const int error = errno;
+    if (Failure failure = CheckRegularFile(path)) return failure;  // says what it is instead
+    return SystemFailure(error);
 }
 
 Result<std::string> ReadRegularFile(const std::string& path, std::size_t limit) {

@@ -30,7 +30,8 @@ private:
     int descriptor_;
 };
 
-// Opens a regular file for reading, links followed. Anything else is refused at once: never opened, never waited for.
+// Opens a regular file for reading, links followed. Anything else is refused at once: never opened, never waited
+// for. A lease that somebody holds on the file is waited for.
 Result<FileDescriptor> OpenRegularFile(const std::string& path);
 
 // The bytes of a regular file of at most `limit` bytes.

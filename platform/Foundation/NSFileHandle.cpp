@@ -1,7 +1,6 @@
 #include "platform/Foundation/NSFileHandle.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include <utility>
 
 #include "platform/Foundation/NSPathUtilities.h"
+#include "platform/Foundation/RegularFile.h"
 #include "platform/Foundation/Uninterrupted.h"
 
 namespace Foundation {
@@ -57,18 +57,10 @@ std::unique_ptr<NSFileHandle> NSFileHandle::fileHandleForUpdatingAtPath(CFString
     return Open(path, O_RDWR);
 }
 
-// Looks before it opens, since opening a pipe or a device already does something to whoever is at its other end; and
-// looks again at what it opened, since the name may have changed hands in between. Not blocking covers that moment.
 std::unique_ptr<NSFileHandle> NSFileHandle::Open(CFStringRef path, int mode) {
     const std::optional<std::string> name = FileSystemRepresentation(path);
-    struct stat status = {};
-    if (!name || stat(name->c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return nullptr;
-    const int descriptor = Uninterrupted([&] { return open(name->c_str(), mode | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
+    const int descriptor = name ? OpenRegularFile(*name, mode) : -1;
     if (descriptor == -1) return nullptr;
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-        close(descriptor);
-        return nullptr;
-    }
     try {
         return std::unique_ptr<NSFileHandle>(new NSFileHandle(descriptor));
     } catch (...) {

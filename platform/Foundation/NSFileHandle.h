@@ -35,8 +35,9 @@ using NSData = std::vector<std::uint8_t>;
 
 // An open regular file with a position that starts at 0; offsets and lengths are bytes in 64 bits.
 //
-// Opening creates and cuts nothing and never waits: null for a missing item, for one that may not be opened in that
-// way, and for whatever is no regular file (a directory, pipe, socket or device), which is not even opened.
+// Opening creates and cuts nothing, and waits for nothing but a lease: null for a missing item, for one that may not be
+// opened in that way, and for whatever is no regular file (a directory, pipe, socket or device), which is not even
+// opened.
 //
 // Errors:    operations that fail, and all of them on a closed handle except fileDescriptor, raise NSException named
 //            NSFileHandleOperationException. Interrupted and short transfers are carried on with.

@@ -9,8 +9,10 @@
 #endif
 #include <unistd.h>
 
+#include <csignal>
 #include <functional>
 #include <string>
+#include <thread>
 
 #include "tests/platform/Foundation/Text.h"
 #include "tests/support/TemporaryFolder.h"
@@ -40,7 +42,7 @@ bool Raises(const std::function<void()>& operation) {
     }
 }
 
-TEST(NSFileHandle, OpensRegularFilesOnlyAndNeverWaits) {
+TEST(NSFileHandle, OpensRegularFilesOnlyAndWaitsForNoOther) {
     const TemporaryFolder folder;
     fs::create_directory(folder / "folder");
     fs::create_symlink("folder", folder / "link-to-folder");
@@ -72,6 +74,23 @@ TEST(NSFileHandle, OpensRegularFilesOnlyAndNeverWaits) {
     handle.reset();
     EXPECT_EQ(fcntl(descriptor, F_GETFD), -1) << "closed with its handle";
 }
+
+#ifdef __linux__
+TEST(NSFileHandle, WaitsUntilALeaseIsGivenBack) {
+    const TemporaryFolder folder;
+    const std::string path = folder.Write("file", "text");
+    std::signal(SIGIO, SIG_IGN);  // sent to whoever has the lease
+    const int holder = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (fcntl(holder, F_SETLEASE, F_WRLCK) != 0) GTEST_SKIP() << "no leases here";
+    std::thread givesBack([&] {
+        while (fcntl(holder, F_GETLEASE) == F_WRLCK) usleep(1000);
+        EXPECT_EQ(fcntl(holder, F_SETLEASE, F_UNLCK), 0);
+    });
+    EXPECT_NE(Reading(MakeText(path).get()), nullptr);
+    givesBack.join();
+    close(holder);
+}
+#endif
 
 TEST(NSFileHandle, ReadsAndWritesAtThePosition) {
     const TemporaryFolder folder;
