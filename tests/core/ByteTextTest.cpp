@@ -35,7 +35,6 @@ TEST(ByteText, ParsesUnsignedNumbers) {
         {"a prefix without digits is the number 0", "0xg", 0, 0, 1, 0},
         {"base 16 skips a prefix", "0xff", 16, 255, 4, 0},
         {"base 36", "zZ{", 36, 35 * 36 + 35, 2, 0},
-        {"base 1 reads nothing", "1", 1, 0, 0, 0},
         {"base 37 reads nothing", "1", 37, 0, 0, 0},
     };
     for (const auto& row : rows) {
@@ -52,9 +51,9 @@ TEST(ByteText, ParsesFloatsAlikeInALocaleWithADecimalComma) {
     // Made here, since hardly a machine for builds has one.
     const testing::TemporaryFolder folder;
     const std::string command = "localedef -f UTF-8 -i de_DE '" + folder / "de_DE.UTF-8" + "' >/dev/null 2>&1";
-    [[maybe_unused]] const int status = std::system(command.c_str());
+    if (std::system(command.c_str()) != 0) GTEST_SKIP() << "no locale can be made";
     setenv("LOCPATH", folder.Path().c_str(), 1);
-    const bool isSet = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
+    EXPECT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
     errno = EINVAL;
     const char* const text = " -1.5e2x";
     const char* end = nullptr;
@@ -66,7 +65,6 @@ TEST(ByteText, ParsesFloatsAlikeInALocaleWithADecimalComma) {
     EXPECT_EQ(errno, 0);
     EXPECT_EQ(ParseFloat("1e39", nullptr), std::numeric_limits<float>::infinity());
     EXPECT_EQ(errno, ERANGE);
-    if (!isSet) GTEST_SKIP() << "no locale can be made";
 }
 
 }  // namespace

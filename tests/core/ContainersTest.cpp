@@ -5,8 +5,6 @@
 #include <vector>
 
 #include "core/BasicArray.h"
-#include "core/BasicSet.h"
-#include "core/String.h"
 #include "tests/support/EventLog.h"
 
 namespace ZEMA {
@@ -70,14 +68,6 @@ TEST(BasicArray, EqualsAnotherOfTheSameElementsAndLength) {
     EXPECT_FALSE(array == other || other == array);
     other.PushBack(8);
     EXPECT_FALSE(array == other);
-}
-
-TEST(BasicSet, TellsWhichKeysAreNew) {
-    BasicSet<String, StringCaseInsensitiveLess<String>> set;
-    std::vector<bool> isNew;
-    for (const char* key : {"b", "e", "E", "a", "B", "c"}) isNew.push_back(set.Insert(key));
-    EXPECT_EQ(isNew, (std::vector<bool>{true, true, false, true, false, true}));
-    EXPECT_EQ(*set.begin(), String("a"));
 }
 
 }  // namespace

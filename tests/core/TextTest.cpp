@@ -1,6 +1,7 @@
 // Both kinds of text.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,11 @@ constexpr auto kBig = TextEncoding::Utf16BigEndian;
 constexpr auto kLittle = TextEncoding::Utf16LittleEndian;
 constexpr auto kUnknown = static_cast<TextEncoding>(3);
 
-String Decoded(TextEncoding encoding, std::string_view bytes, std::uint32_t count) {
+// The count is of bytes or, in UTF-16, of units.
+String Decoded(TextEncoding encoding, std::string_view bytes) {
+    const std::size_t unitSize = encoding == kBig || encoding == kLittle ? 2 : 1;
     String text("before");
-    text.FromBytes(encoding, bytes.data(), count);
+    text.FromBytes(encoding, bytes.data(), static_cast<std::uint32_t>(bytes.size() / unitSize));
     return text;
 }
 
@@ -28,34 +31,56 @@ std::string Utf8(const String& text) {
     return std::string(text.ToAString().View());
 }
 
-TEST(String, SharesThePlatformTextUntilTheFirstChange) {
-    const struct {
-        void (*change)(String&);
-        const char* changed;
-    } rows[] = {
-        {[](String& text) { text.Append(String("!")); }, "abc!"},
-        {[](String& text) { text.Append("?"); }, "abc?"},
-        {[](String& text) { text.Append(text); }, "abcabc"},
-        {[](String& text) { text.AppendNumber(0x100000007); }, "abc7"},  // 32 bits of it
-        {[](String& text) { text.Erase(1, 1); }, "ac"},
-        {[](String& text) { text.Clear(); }, ""},
-        {[](String& text) { text.Append("\xFF"); }, "abc"},
-        {[](String& text) { text.Assign(text); }, "abc"},
-    };
-    for (const auto& row : rows) {
+// A change of "abcdef", alone and as one of two that share it.
+template <class T>
+struct Change {
+    void (*change)(T&);
+    const char* changed;
+};
+
+template <class T, std::size_t kCount>
+void ExpectChanges(const Change<T> (&rows)[kCount]) {
+    for (const Change<T>& row : rows) {
         SCOPED_TRACE(row.changed);
-        const String original("abc");
-        String copy(original);
-        EXPECT_EQ(copy.CFString(), original.CFString());
-        String alone("abc");
-        for (String* const text : {&copy, &alone}) {
+        const T original("abcdef");
+        T copy;
+        copy.Assign(original);
+        T alone("abcdef");
+        for (T* const text : {&copy, &alone}) {
             row.change(*text);
-            const String copyOfChanged(*text);
-            row.change(*text);  // once more, on a text that may be mutable by now
-            EXPECT_EQ(Utf8(copyOfChanged), row.changed);
+            const T copyOfChanged(*text);
+            row.change(*text);  // once more, on a text that may be changed in place by now
+            EXPECT_EQ(copyOfChanged, T(row.changed));
         }
-        EXPECT_EQ(Utf8(original), "abc");
+        EXPECT_EQ(original, T("abcdef"));
     }
+}
+
+TEST(Texts, ShareUntilOneChanges) {
+    ExpectChanges<String>({
+        {[](String& text) { text.Append(String("!")); }, "abcdef!"},
+        {[](String& text) { text.Append("?"); }, "abcdef?"},
+        {[](String& text) { text.Append(text); }, "abcdefabcdef"},
+        {[](String& text) { text.AppendNumber(0x100000007); }, "abcdef7"},  // 32 bits of it
+        {[](String& text) { text.Erase(1, 4); }, "af"},
+        {[](String& text) { text.Clear(); }, ""},
+        {[](String& text) { text.Append("\xFF"); }, "abcdef"},
+        {[](String& text) { text.Assign(text); }, "abcdef"},
+    });
+    ExpectChanges<AString>({
+        {[](AString& text) { text.Append("!", 1); }, "abcdef!"},
+        {[](AString& text) { text.Append(text); }, "abcdefabcdef"},
+        {[](AString& text) { text.Erase(1, 2); }, "adef"},
+        {[](AString& text) { text.Assign(text, 2, 3); }, "cde"},
+        {[](AString& text) { text.Assign(text.Data() + 4, 2); }, "ef"},
+        {[](AString& text) { *text.ResizeForOverwrite(1) = 'z'; }, "z"},
+        {[](AString& text) { text.Assign(text, 7); }, ""},
+        {[](AString& text) { text.Assign(text); }, "abcdef"},
+    });
+    const String text("abc");
+    const AString bytes("abc");
+    EXPECT_EQ(String(text).CFString(), text.CFString());
+    EXPECT_EQ(AString(bytes).Data(), bytes.Data());
 }
 
 TEST(String, TakesBytesAsAscii) {
@@ -131,36 +156,6 @@ TEST(AString, MakesRoomInSteps) {
     EXPECT_FALSE(copy.Reserve(0));
 }
 
-TEST(AString, CopiesShareUntilOneChanges) {
-    const struct {
-        void (*change)(AString&);
-        const char* changed;
-    } rows[] = {
-        {[](AString& text) { text.Append("!", 1); }, "abcdef!"},
-        {[](AString& text) { text.Append(text); }, "abcdefabcdef"},
-        {[](AString& text) { text.Erase(1, 2); }, "adef"},
-        {[](AString& text) { text.Assign(text, 2, 3); }, "cde"},
-        {[](AString& text) { text.Assign(text.Data() + 4, 2); }, "ef"},
-        {[](AString& text) { *text.ResizeForOverwrite(1) = 'z'; }, "z"},
-        {[](AString& text) { text.Assign(text, 7); }, ""},
-        {[](AString& text) { text.Assign(text); }, "abcdef"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.changed);
-        const AString original("abcdef");
-        AString copy;
-        copy.Assign(original);
-        EXPECT_EQ(copy.Data(), original.Data());
-        AString alone("abcdef");
-        for (AString* const text : {&copy, &alone}) {
-            row.change(*text);
-            EXPECT_EQ(*text, row.changed);
-            EXPECT_EQ(text->Data()[text->Length()], 0);
-        }
-        EXPECT_EQ(original, "abcdef");
-    }
-}
-
 TEST(AString, RefusesALengthThatNoLongerFits) {
     AString text("abc");
     EXPECT_THROW(text.Append("", npos - 3), RangeException*);
@@ -169,33 +164,21 @@ TEST(AString, RefusesALengthThatNoLongerFits) {
     EXPECT_EQ(text, "abc");
 }
 
-TEST(String, OrdersExactlyAndWithoutCase) {
-    EXPECT_TRUE(String("Banana") < String("apple"));
-    EXPECT_FALSE(String("Banana").LessNoCase("apple"));
-    EXPECT_FALSE(String("a_") < String("aB"));
-    EXPECT_TRUE(String("a_").LessNoCase("aB"));
-    EXPECT_FALSE(String("ABC") == String("abc"));
-    EXPECT_TRUE(FromUtf8("\xC3\x84pfel").EqualsNoCaseAt(0, npos, FromUtf8("\xC3\xA4PFEL")));
-}
-
-TEST(String, FindsUnitsAndTexts) {
-    String text("x/Strasse/x");
-    EXPECT_EQ(text.Find('/', 2), 9U);
-    EXPECT_EQ(text.FindNoCase("STR", 1), 2U);
-    EXPECT_EQ(text.Find('x', npos), npos);
-    EXPECT_EQ(text.Find('x', 11), npos);
-    EXPECT_EQ(text.Find('Z'), npos);
-    EXPECT_EQ(text.FindNoCase("x", npos), npos);
-    EXPECT_EQ(text.FindNoCase("", 1), npos);
-    EXPECT_EQ(text.FindFirstOf("Ee", 2), 8U);
-    EXPECT_EQ(text.FindFirstOf("", 0), npos);
-    EXPECT_EQ(text.FindFirstOf("x", 11), npos);
-    text.Append(String(std::string(1000, 'a').c_str()));
-    text.Append("b");
-    EXPECT_EQ(text.Find('b', 3), 1011U);
-
+TEST(String, FindsAndOrdersWithAndWithoutCase) {
+    const String text(("x/Strasse/x" + std::string(1000, 'a') + "b").c_str());
+    const std::uint32_t found[] = {
+        text.Find('/', 2),          text.FindNoCase("STR", 1), text.Find('b', 3),        text.FindFirstOf("Ee", 2),
+        text.Find('x', npos),       text.Find('x', 11),        text.Find('Z'),           text.FindNoCase("", 1),
+        text.FindNoCase("x", npos), text.FindFirstOf("", 0),   text.FindFirstOf("x", 11)};
+    const std::uint32_t expected[] = {9, 2, 1011, 8, npos, npos, npos, npos, npos, npos, npos};
+    EXPECT_TRUE(std::ranges::equal(found, expected)) << ::testing::PrintToString(found);
     EXPECT_TRUE(String("box").CharAtIs(npos, 'x'));
     EXPECT_FALSE(String("").CharAtIs(npos, 'x'));
+
+    EXPECT_TRUE(String("Banana") < String("apple"));
+    EXPECT_FALSE(String("Banana").LessNoCase("apple"));
+    EXPECT_TRUE(!(String("a_") < String("aB")) && String("a_").LessNoCase("aB"));
+    EXPECT_TRUE(FromUtf8("\xC3\x84pfel").EqualsNoCaseAt(0, npos, FromUtf8("\xC3\xA4PFEL")));
 }
 
 TEST(String, Splits) {
@@ -224,22 +207,20 @@ TEST(String, DecodesWithoutOneTerminator) {
     const struct {
         const char* what;
         TextEncoding encoding;
-        std::string_view bytes;
-        std::uint32_t count;
-        std::string_view units;  // big-endian
+        std::string_view bytes, units;  // big-endian
     } rows[] = {
-        {"two zero bytes at the end", kUtf8, "ab\0\0"sv, 4, "\0a\0b\0\0"sv},
-        {"zero byte inside", kUtf8, "a\0\xC3\xA9"sv, 4, "\0a\0\0\0\xE9"sv},
-        {"not UTF-8", kUtf8, "ab\xFF"sv, 3, ""sv},
-        {"big-endian", kBig, "\0a\x20\xAC\0\0"sv, 3, "\0a\x20\xAC"sv},
-        {"big-endian, a unit that ends in zero", kBig, "\0a\x01\0"sv, 2, "\0a\x01\0"sv},
-        {"little-endian, a unit that starts with zero", kLittle, "a\0\0\x01"sv, 2, "\0a\x01\0"sv},
-        {"little-endian, terminator alone", kLittle, "\0\0"sv, 1, ""sv},
-        {"unknown encoding", kUnknown, "ab"sv, 2, ""sv},
+        {"two zero bytes at the end", kUtf8, "ab\0\0"sv, "\0a\0b\0\0"sv},
+        {"zero byte inside", kUtf8, "a\0\xC3\xA9"sv, "\0a\0\0\0\xE9"sv},
+        {"not UTF-8", kUtf8, "ab\xFF"sv, ""sv},
+        {"big-endian", kBig, "\0a\x20\xAC\0\0"sv, "\0a\x20\xAC"sv},
+        {"big-endian, a unit that ends in zero", kBig, "\0a\x01\0"sv, "\0a\x01\0"sv},
+        {"little-endian, a unit that starts with zero", kLittle, "a\0\0\x01"sv, "\0a\x01\0"sv},
+        {"little-endian, terminator alone", kLittle, "\0\0"sv, ""sv},
+        {"unknown encoding", kUnknown, "ab"sv, ""sv},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        EXPECT_EQ(Decoded(row.encoding, row.bytes, row.count).ToAString(kBig), row.units);
+        EXPECT_EQ(Decoded(row.encoding, row.bytes).ToAString(kBig), row.units);
     }
 }
 
@@ -255,17 +236,15 @@ TEST(String, EncodesIntoTheRoomThatIsPromised) {
         {"half a pair is no UTF-8", "\0a\xD8\x3D"sv, kUtf8, ""sv, ((6 * 2 + 2) | 32) - 1},
         {"half a pair is a unit", "\0a\xD8\x3D"sv, kBig, "\0a\xD8\x3D"sv, ((2 * 2 + 2) | 32) - 1},
         {"little-endian", "\0a\x20\xAC"sv, kLittle, "a\0\xAC\x20"sv, ((2 * 2 + 2) | 32) - 1},
-        {"empty", ""sv, kUtf8, ""sv, 34},
         {"unknown encoding", "\0a"sv, kUnknown, ""sv, 34},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        const String text = Decoded(kBig, row.units, static_cast<std::uint32_t>(row.units.size() / 2));
-        const AString bytes = text.ToAString(row.encoding);
+        const AString bytes = Decoded(kBig, row.units).ToAString(row.encoding);
         EXPECT_EQ(bytes, row.bytes);
         EXPECT_EQ(bytes.Capacity(), row.capacity);
-        const bool isWide = row.encoding == kBig || row.encoding == kLittle;
-        EXPECT_EQ(bytes.Data()[bytes.Length() + (isWide ? 1 : 0)], 0);  // a whole unit of zero
+        EXPECT_EQ(bytes.Data()[bytes.Length() + (row.encoding == kBig || row.encoding == kLittle ? 1 : 0)],
+                  0);  // a whole unit of zero
     }
 }
 
