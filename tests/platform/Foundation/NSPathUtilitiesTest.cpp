@@ -83,6 +83,10 @@ TEST(NSPathUtilities, StandardizesWhatTheVectorsLeaveOpen) {
     EXPECT_EQ(standard("././a"), "./a");
     EXPECT_EQ(standard("./"), ".") << "a relative path never becomes empty";
     EXPECT_EQ(standard("~no-such-user/x"), "~no-such-user/x");
+    unsetenv("HOME");
+    const std::string home = standard("~/x");
+    setenv("HOME", "", 1);
+    EXPECT_EQ(standard("~/x"), home) << "an empty HOME is none";
 }
 
 TEST(NSPathUtilities, GivesNoBytesForWhatCannotBeAPath) {
