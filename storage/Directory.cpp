@@ -1,5 +1,6 @@
 #include "storage/Directory.h"
 
+#include "storage/ElementFacts.h"
 #include "storage/PathOperations.h"
 #include "storage/StorageMutex.h"
 
@@ -86,6 +87,8 @@ bool Directory::Rename(const String& oldName, const String& newName) {
 }
 
 bool Directory::Move(const String& name, Directory* target, const String& newName, bool overwrite, bool force) {
+    auto* const facts = dynamic_cast<ElementFacts*>(this);
+    if (facts != nullptr && !facts->ShowsAllOf(name)) return false;
     return Copy(name, target, newName, overwrite, force) && Remove(name, true);
 }
 

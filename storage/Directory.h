@@ -45,10 +45,11 @@ public:
 
     // Changing the tree. `force` lifts protections first. The base cannot remove; it renames by Move, moves by Copy and
     // then Remove with force, and copies file by file and directory by directory. Nothing copied is taken back after a
-    // failure. Nothing is copied to its own path, nor a directory into itself: both fail, or Move would remove the only
-    // copy. Paths are compared without regard to case. A second path to the same file, through a link of the local
-    // file system, is not noticed. A listed entry whose name is no plain component, as "..", fails the copy too:
-    // followed as a path it would lead elsewhere.
+    // failure. Nothing is copied onto itself, nor a directory into itself, also where a link leads there: both fail, or
+    // Move would remove the only copy. For the same reason Move fails where the copy would leave something out that the
+    // removal takes. Storages tell more than paths do (storage/ElementFacts.h); where they do not, paths are compared
+    // without regard to case. A listed entry whose name is no plain component, as "..", fails the copy too: followed as
+    // a path it would lead elsewhere.
     virtual bool Remove(const String& name, bool force);
     virtual bool Rename(const String& oldName, const String& newName);
     virtual bool Move(const String& name, Directory* target, const String& newName, bool overwrite, bool force);

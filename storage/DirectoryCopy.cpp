@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "storage/Directory.h"
+#include "storage/ElementFacts.h"
 #include "storage/PathOperations.h"
 #include "storage/StorageMutex.h"
 
@@ -18,38 +19,39 @@ bool EqualNoCase(const String& a, const String& b) {
     return a.EqualsNoCaseAt(0, npos, b);
 }
 
-std::size_t DepthOf(const DirectoryElement& element) {
-    std::size_t depth = 0;
-    for (const Directory* up = element.Parent(); up != nullptr; up = up->Parent()) ++depth;
-    return depth;
-}
-
-// Two objects may stand for one place. Their paths tell, as far as no link of the local file system leads there too.
-bool IsSamePlace(const DirectoryElement* a, const DirectoryElement* b) {
-    while (a != b) {
-        if (a == nullptr || b == nullptr || !EqualNoCase(a->Name(), b->Name())) return false;
-        a = a->Parent();
-        b = b->Parent();
-        if (a == nullptr && b == nullptr) return false;  // the tops of two trees
-    }
-    return true;
-}
-
-bool IsInside(const Directory& inner, const Directory& outer) {
-    const Directory* place = &inner;
-    for (std::size_t depth = DepthOf(inner), limit = DepthOf(outer); depth > limit; --depth) place = place->Parent();
-    return IsSamePlace(place, &outer);
-}
-
-// Whether `path` below `directory` leads to just this file.
-bool LeadsTo(Directory& directory, const String& path, const File& file) {
+// Whether `path` below `directory` leads to just this file. Where the storage cannot tell, paths may.
+bool LeadsTo(Directory& directory, const String& path, const File& file, bool comparePaths) {
     BasicArray<String> components;
     SplitPath(path, components);
     NormalizeComponents(components);
-    if (components.Empty() || !EqualNoCase(components.Back(), file.Name())) return false;
+    if (components.Empty()) return false;
+    const String name = components.Back();
     components.PopBack();
     const RefPointer<Directory> parent = OpenDirectory(directory, components, false);
-    return parent && IsSamePlace(parent.Get(), file.Parent());
+    if (!parent || file.Parent() == nullptr) return false;
+
+    auto* const facts = dynamic_cast<ElementFacts*>(parent.Get());
+    auto* const ownFacts = dynamic_cast<ElementFacts*>(file.Parent());
+    ElementIdentity own;
+    if (facts != nullptr && ownFacts != nullptr && ownFacts->GetIdentity(file.Name(), &own)) {
+        ElementIdentity other;
+        return facts->GetIdentity(name, &other) && other == own;
+    }
+    return comparePaths && EqualNoCase(name, file.Name()) && Place(*parent).Is(Place(*file.Parent()));
+}
+
+// Opens or makes the copy's directory. The tree takes names that differ only in case for one, so an open source of such
+// a name would be found in place of the copy; where the storage tells them apart the copy gets an object of its own.
+RefPointer<Directory> OpenCopy(Directory& target, const String& name, const Directory& source) {
+    RefPointer<Directory> found = OpenDirectory(target, name, true);
+    auto* const facts = dynamic_cast<ElementFacts*>(&target);
+    if (found.Get() != &source || facts == nullptr || !IsPlainName(name)) return found;
+    ElementIdentity own;
+    ElementIdentity other;
+    if (!facts->GetIdentity(source.Name(), &own)) return found;
+    const bool exists = facts->GetIdentity(name, &other);
+    if (exists ? other == own : !target.CreateDirectory(name)) return found;
+    return target.CreateChildObject(name);
 }
 
 bool CopyContents(File& source, File& destination, std::uint64_t size) {
@@ -92,7 +94,9 @@ private:
     struct Level {
         RefPointer<Directory> source;
         RefPointer<Directory> destination;
-        Listing entries;  // still to be copied
+        bool hasIdentity = false;
+        ElementIdentity identity;  // of the source
+        Listing entries;           // still to be copied
     };
 
     // Copies a file, or begins a directory.
@@ -104,15 +108,30 @@ private:
     bool BeginDirectory(Directory& source, const String& name, Directory& target, const String& newName) {
         Level level;
         level.source = OpenDirectory(source, name, false);
-        if (!level.source || (IsTop() && IsInside(target, *level.source))) return false;
-        level.destination = OpenDirectory(target, newName, true);
-        if (!level.destination || (IsTop() && IsInside(*level.destination, *level.source))) return false;
+        if (!level.source || Meets(*level.source, target)) return false;
+        level.destination = OpenCopy(target, newName, *level.source);
+        if (!level.destination || Meets(*level.source, *level.destination)) return false;
+        level.hasIdentity = GetIdentity(*level.source, &level.identity);
 
         // False is also the answer of an empty local directory; one that cannot be read calls itself empty.
-        const bool listed = List(*level.source, String("*"), &level.entries);
-        if (!listed && level.entries.Empty() && level.source->IsEmpty()) return false;
+        if (!List(*level.source, String("*"), &level.entries) && level.source->IsEmpty()) return false;
         levels_.push_back(std::move(level));
         return true;
+    }
+
+    // Whether copying the directory would come back to what is being copied. Below the top the two trees go on side by
+    // side, so that they can meet through links alone: of the source, back up or into the copy; of the destination.
+    bool Meets(Directory& source, Directory& destination) const {
+        if (IsTop()) return Place(destination).IsInside(Place(source));
+        ElementIdentity own;
+        if (!GetIdentity(source, &own)) return false;
+        const BasicArray<ElementIdentity> enclosing = Place(destination).Enclosing();
+        const auto encloses = [&](const ElementIdentity& identity) {
+            return std::find(enclosing.begin(), enclosing.end(), identity) != enclosing.end();
+        };
+        return encloses(own) || std::any_of(levels_.begin(), levels_.end(), [&](const Level& level) {
+                   return level.hasIdentity && (level.identity == own || encloses(level.identity));
+               });
     }
 
     // One entry of the deepest directory, or its attributes when none is left.
@@ -132,7 +151,7 @@ private:
     }
 
     bool CopyFile(File& source, Directory& target, const String& newName) {
-        if (IsTop() && LeadsTo(target, newName, source)) return false;
+        if (LeadsTo(target, newName, source, IsTop())) return false;
         if (!overwrite_ && IsFile(target, newName)) return false;
         const std::uint64_t size = GetSize(source);
         const RefPointer<File> destination = OpenDestination(target, newName, size);
@@ -156,7 +175,6 @@ private:
         return file;
     }
 
-    // Below the top the two trees go on side by side: they can meet nowhere if they did not meet there.
     bool IsTop() const { return levels_.empty(); }
 
     bool overwrite_;

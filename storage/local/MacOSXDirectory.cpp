@@ -1,8 +1,16 @@
 #include "storage/local/MacOSXDirectory.h"
 
-#include <memory>
-#include <utility>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/BasicSet.h"
 #include "platform/Foundation/NSFileHandle.h"
 #include "platform/Foundation/NSFileManager.h"
 #include "platform/Foundation/NSPathUtilities.h"
@@ -13,6 +21,8 @@
 namespace ZEMA {
 namespace {
 
+namespace fs = std::filesystem;
+
 using Foundation::CFPointer;
 using Foundation::NSFileAttributes;
 using Foundation::NSFileHandle;
@@ -22,6 +32,20 @@ using CFStringPointer = CFPointer<CFStringRef>;
 NSFileManager& FileManager() {
     return NSFileManager::defaultManager();
 }
+
+struct FileDescriptor {
+    explicit FileDescriptor(int descriptor) : value(descriptor) {}
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    ~FileDescriptor() { Reset(-1); }
+
+    void Reset(int descriptor) {
+        if (value >= 0) close(value);
+        value = descriptor;
+    }
+
+    int value;  // -1 for none
+};
 
 bool CutTo(NSFileHandle& handle, std::uint64_t size) {
     try {
@@ -46,6 +70,28 @@ bool MakeDirectoriesWritable(CFStringRef path) {
         if (!FileManager().setAttributes(changed, below.Get())) return false;
     }
     return true;
+}
+
+std::string SystemPath(CFStringRef path) {
+    return Foundation::FileSystemRepresentation(path).value_or(std::string());
+}
+
+ElementIdentity IdentityOf(const struct stat& status) {
+    return {status.st_dev, status.st_ino};
+}
+
+// Adds the folders below one; false when its listing would leave something out.
+bool ListsAll(const fs::path& folder, std::vector<fs::path>& folders) {
+    std::error_code error;
+    BasicSet<String, StringCaseInsensitiveLess<String>> names;
+    for (fs::directory_iterator item(folder, error), end; !error && item != end; item.increment(error)) {
+        const CFStringPointer name = Foundation::StringWithFileSystemRepresentation(item->path().filename().native());
+        if (!name || !names.Insert(String(name.Get()))) return false;
+        std::error_code unknown;
+        if (item->symlink_status(unknown).type() == fs::file_type::directory) folders.push_back(item->path());
+        if (unknown) return false;
+    }
+    return !error;
 }
 
 }  // namespace
@@ -163,6 +209,37 @@ bool MacOSXDirectory::List(const String& pattern, Listing* listing) {
         if (MatchPattern(name, pattern)) listing->Insert(DescribeItem(ChildPath(name).Get(), name));
     }
     return count != 0;
+}
+
+bool MacOSXDirectory::GetIdentity(const String& name, ElementIdentity* identity) {
+    struct stat status = {};
+    if (stat(SystemPath(ChildPath(name).Get()).c_str(), &status) != 0) return false;
+    *identity = IdentityOf(status);
+    return true;
+}
+
+bool MacOSXDirectory::GetEnclosing(BasicArray<ElementIdentity>* enclosing) {
+    FileDescriptor folder(open(SystemPath(NativePath()).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct stat status = {};
+    while (folder.value >= 0 && fstat(folder.value, &status) == 0) {
+        const ElementIdentity identity = IdentityOf(status);
+        if (!enclosing->Empty() && enclosing->Back() == identity) return true;  // above the root is the root
+        enclosing->PushBack(identity);
+        folder.Reset(openat(folder.value, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    }
+    return false;
+}
+
+bool MacOSXDirectory::ShowsAllOf(const String& name) {
+    const fs::path path = SystemPath(ChildPath(name).Get());
+    std::error_code error;
+    if (fs::symlink_status(path, error).type() != fs::file_type::directory) return true;
+    for (std::vector<fs::path> folders = {path}; !folders.empty();) {
+        const fs::path folder = std::move(folders.back());
+        folders.pop_back();
+        if (!ListsAll(folder, folders)) return false;
+    }
+    return true;
 }
 
 }  // namespace ZEMA

@@ -5,6 +5,7 @@
 
 #include "platform/Foundation/CFPointer.h"
 #include "storage/Directory.h"
+#include "storage/ElementFacts.h"
 #include "storage/local/OpenPathRegistry.h"
 
 namespace ZEMA {
@@ -14,7 +15,7 @@ namespace ZEMA {
 //
 // An object stands for a path, not for what lies there: making one does not touch the disk, and renaming an open
 // directory leaves its object at the old path.
-class MacOSXDirectory : public Directory {
+class MacOSXDirectory : public Directory, public ElementFacts {
 public:
     MacOSXDirectory(const String& name, Directory* parent, CFStringRef nativePath);
 
@@ -49,6 +50,11 @@ public:
     bool HasFile(const String& name) override;
     // False when the contents cannot be read, and for an empty directory.
     bool List(const String& pattern, Listing* listing) override;
+
+    bool GetIdentity(const String& name, ElementIdentity* identity) override;
+    bool GetEnclosing(BasicArray<ElementIdentity>* enclosing) override;
+    // False for a folder with a name in it, however deep, that is no text or differs from another one only in case.
+    bool ShowsAllOf(const String& name) override;
 
 protected:
     ~MacOSXDirectory() override;

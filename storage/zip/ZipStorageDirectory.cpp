@@ -1,5 +1,7 @@
 #include "storage/zip/ZipStorageDirectory.h"
 
+#include <algorithm>
+
 #include "storage/PathOperations.h"
 #include "storage/zip/ZipStorageFile.h"
 
@@ -120,6 +122,14 @@ bool ZipStorageDirectory::List(const String& pattern, Listing* listing) {
         listing->Insert({child->Name(), child->Flags(), child->Times(), child->Size()});
     }
     return true;
+}
+
+bool ZipStorageDirectory::ShowsAllOf(const String& name) {
+    BasicArray<RefPointer<ZipTreeNode>> nodes;
+    if (ZipTreeNode* const child = node_->FindChild(name)) child->CollectSubtree(nodes);
+    return std::all_of(nodes.begin(), nodes.end(), [](const RefPointer<ZipTreeNode>& node) {
+        return node->Flags().IsDirectory() || node->GetChildren().Empty();
+    });
 }
 
 void ZipStorageDirectory::FindFirstFile() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "storage/Directory.h"
+#include "storage/ElementFacts.h"
 #include "storage/zip/ZipStorageVolume.h"
 #include "storage/zip/ZipTreeNode.h"
 
@@ -12,7 +13,7 @@ namespace ZEMA {
 // for writing. A directory whose node was erased answers every operation with false.
 //
 // Ownership: holds the volume and the node.
-class ZipStorageDirectory : public Directory {
+class ZipStorageDirectory : public Directory, public ElementFacts {
 public:
     ZipStorageDirectory(const String& name, Directory* parent, ZipStorageVolume* volume, ZipTreeNode* node);
 
@@ -39,6 +40,9 @@ public:
     bool HasDirectoryPath(const BasicArray<String>& components) override;
     bool HasFile(const String& name) override;
     bool List(const String& pattern, Listing* listing) override;
+
+    // False where a file has members below it, which go with it. What has no node stays in the archive.
+    bool ShowsAllOf(const String& name) override;
 
     void FindFirstFile() override;
     RefPointer<File> OpenFoundFile(const AccessStyle* style, const std::uint64_t* truncateTo) override;

@@ -95,6 +95,70 @@ TEST(MacOSXDirectory, CopiesNoFolderThatItCannotRead) {
     EXPECT_FALSE(tree.directory->Copy("source", tree.directory.Get(), "other", false, false));
 }
 
+// "folder" with a file and a folder in it, and links to both; what a row moves is still there where it was.
+TEST(MacOSXDirectory, MovesNothingOntoOrIntoItselfThroughALink) {
+    const struct {
+        const char *what, *name, *target, *newName;
+        const char* more = "";  // where a link in the folder leads
+    } rows[] = {
+        {"a file onto its link", "file", "", "file-link"},
+        {"a file, by a link on the way", "file", "up", "file"},
+        {"a folder onto its link", "folder", "", "folder-link"},
+        {"a folder into itself", "folder", "folder-link", "new"},
+        {"a folder below itself", "folder", "inner-link", "new"},
+        {"a folder that leads back to itself", "folder", "", "new", "folder"},
+        {"a folder that leads to the copy", "folder", "other", "new", "other"},
+        {"a folder whose copy leads back", "folder", "", "partly"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const LocalTree tree;
+        for (const char* name : {"folder/inner", "other", "partly"}) fs::create_directories(tree.folder / name);
+        tree.folder.Write("file", "text");
+        tree.folder.Write("folder/inner/below", "text");
+        const char* const links[][2] = {{"file", "file-link"},
+                                        {".", "up"},
+                                        {"folder", "folder-link"},
+                                        {"folder/inner", "inner-link"},
+                                        {"../folder", "partly/inner"}};
+        for (const auto& [to, link] : links) fs::create_symlink(to, tree.folder / link);
+        if (*row.more != 0) fs::create_symlink(std::string("../") + row.more, tree.folder / "folder/more");
+        const RefPointer<Directory> target = OpenDirectory(*tree.directory, row.target, false);
+        ASSERT_TRUE(target);
+        EXPECT_FALSE(tree.directory->Move(row.name, target.Get(), row.newName, true, true));
+        EXPECT_EQ(tree.folder.Read("file") + tree.folder.Read("folder/inner/below"), "texttext");
+        EXPECT_FALSE(fs::exists(tree.folder / "folder/inner/new") || fs::exists(tree.folder / "other/new/more/new"));
+    }
+}
+
+TEST(MacOSXDirectory, MovesNoFolderWhoseListingLeavesNamesOut) {
+    for (const char* hidden : {"folder/inner/imag\xE9", "folder/inner/BELOW"}) {
+        const LocalTree tree;
+        fs::create_directories(tree.folder / "folder/inner");
+        tree.folder.Write("folder/inner/below", "text");
+        EXPECT_TRUE(tree.directory->Move("folder", tree.directory.Get(), "seen", false, false));
+        EXPECT_TRUE(tree.directory->Move("seen", tree.directory.Get(), "folder", false, false));
+        tree.folder.Write(hidden, "hidden");
+        EXPECT_FALSE(tree.directory->Move("folder", tree.directory.Get(), "new", false, false));
+        EXPECT_TRUE(tree.directory->Copy("folder", tree.directory.Get(), "new", false, false)) << "which loses nothing";
+        EXPECT_EQ(tree.folder.Read(hidden), "hidden");
+    }
+}
+
+TEST(MacOSXDirectory, TellsNamesInDifferentCaseApart) {
+    const LocalTree tree;
+    fs::create_directories(tree.folder / "folder/inner");
+    tree.folder.Write("folder/inner/file", "text");
+    tree.folder.Write("file", "text");
+    if (fs::exists(tree.folder / "FILE")) GTEST_SKIP() << "the file system does not";
+    EXPECT_TRUE(tree.directory->Move("file", tree.directory.Get(), "FILE", false, false));
+    EXPECT_TRUE(tree.directory->Copy("folder", tree.directory.Get(), "Folder", false, false));
+    EXPECT_TRUE(tree.directory->Move("folder", tree.directory.Get(), "FOLDER", false, false));
+    for (const char* name : {"FILE", "Folder/inner/file", "FOLDER/inner/file"})
+        EXPECT_EQ(tree.folder.Read(name), "text");
+    EXPECT_FALSE(fs::exists(tree.folder / "file") || fs::exists(tree.folder / "folder"));
+}
+
 TEST(MacOSXDirectory, TakesALinkWithoutATargetForNothing) {
     const LocalTree tree;
     fs::create_symlink("nowhere", tree.folder / "link");

@@ -202,6 +202,15 @@ TEST_F(ZipTest, MovesTheFirstOfMembersThatShareAName) {
     ExpectSound(*top, {{"a", "3"}, {"b", kText}, {"z", "2"}});
 }
 
+// As a file it is copied without them, and its removal takes them along.
+TEST_F(ZipTest, MovesNoFileWithMembersBelowIt) {
+    const std::string bytes = ArchiveBuilder().Stored("d/a", "1").Stored("d/a/b", "2").Bytes();
+    const RefPointer<Directory> top = Mount(bytes);
+    EXPECT_FALSE(top->Rename("d", "e"));
+    EXPECT_FALSE(OpenDirectory(*top, "d", false)->Rename("a", "e"));
+    EXPECT_EQ(Archive(), bytes);
+}
+
 TEST_F(ZipTest, ChangesNothingInAReadOnlyArchive) {
     const std::string bytes = ArchiveBuilder().Stored("m", kText).Bytes();
     Put("a.wqf", bytes).flags.Set(ElementFlags::kWritable, false);
