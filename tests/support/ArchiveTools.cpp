@@ -1,6 +1,7 @@
 #include "tests/support/ArchiveTools.h"
 
 #include <cstdlib>
+#include <iostream>
 
 namespace ZEMA::testing {
 
@@ -17,7 +18,9 @@ bool Succeeds(const std::string& command) {
 }  // namespace
 
 bool HaveTool(const std::string& name) {
-    return Succeeds("command -v " + name);
+    const bool installed = Succeeds("command -v " + name);
+    if (!installed) std::cerr << name << " is not installed: not tested\n";
+    return installed;
 }
 
 bool RunIn(const std::string& folder, const std::string& command) {
@@ -41,14 +44,6 @@ std::vector<std::string> ToolsThatRefuse(const std::string& path, bool empty) {
         if (HaveTool(check.tool) && !Succeeds(check.command)) refusing.push_back(check.tool);
     }
     return refusing;
-}
-
-std::string MissingTools() {
-    std::string missing;
-    for (const char* tool : {"unzip", "python3", "7z", "bsdtar", "zip"}) {
-        if (!HaveTool(tool)) missing += std::string(" ") + tool;
-    }
-    return missing;
 }
 
 }  // namespace ZEMA::testing

@@ -42,7 +42,7 @@ TEST(MacOSXFile, OpensWhatItsStyleAndModeAllow) {
     }
 }
 
-TEST(MacOSXFile, SaysHowManyBytesItMoved) {
+TEST(MacOSXFile, MovesBytesAndKeepsThePositionInside) {
     const LocalTree tree;
     tree.folder.Write("file", "0123456789");
     const RefPointer<File> file = tree.OpenFile("file", kReadWriteStyle);
@@ -59,12 +59,7 @@ TEST(MacOSXFile, SaysHowManyBytesItMoved) {
     EXPECT_FALSE(ReadAt(*file, 11, 1, buffer.data(), &done));
     EXPECT_EQ(done, 0u);
     EXPECT_FALSE(WriteAt(*file, 11, 1, "c", &done));
-}
 
-TEST(MacOSXFile, KeepsThePositionInsideTheFile) {
-    const LocalTree tree;
-    tree.folder.Write("file", "0123456789");
-    const RefPointer<File> file = tree.OpenFile("file", kReadWriteStyle);
     EXPECT_TRUE(Seek(*file, 10));
     EXPECT_FALSE(Seek(*file, 11));
     const std::uint64_t rows[][3] = {{8, 9, 8}, {8, 8, 8}, {8, 5, 5}, {5, 20, 5}};

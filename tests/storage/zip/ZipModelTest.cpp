@@ -1,8 +1,6 @@
-// Random edits of a storage tree beside a plain map of what it should hold: in an archive and in a local folder.
+// Random edits of archives beside a plain map of what they should hold.
 #include <random>
 
-#include "storage/local/MacOSXDirectory.h"
-#include "storage/local/MacOSXStorageFactory.h"
 #include "tests/storage/zip/ZipTest.h"
 #include "tests/support/ArchiveTools.h"
 #include "tests/support/StrictArchive.h"
@@ -18,8 +16,7 @@ using Members = std::map<std::string, std::string>;
 // names from different letters, so that neither ever stands in the other's way.
 class Editor {
 public:
-    Editor(int seed, bool anyCase, Members members)
-        : random_(static_cast<std::uint32_t>(seed)), anyCase_(anyCase), members_(std::move(members)) {}
+    Editor(int seed, Members members) : random_(static_cast<std::uint32_t>(seed)), members_(std::move(members)) {}
 
     const Members& Expected() const { return members_; }
     const std::string& Story() const { return story_; }
@@ -57,7 +54,7 @@ private:
 
     // The folder that holds a name, and the name alone, as a user might type them: in any case, when they are there.
     std::pair<RefPointer<Directory>, String> Find(Directory& top, std::string name) {
-        const bool varies = anyCase_ && Has(name);
+        const bool varies = Has(name);
         for (char& letter : name) {
             if (varies && Pick(2) == 0) letter = static_cast<char>(std::toupper(letter));
         }
@@ -136,7 +133,6 @@ private:
     }
 
     std::mt19937 random_;
-    bool anyCase_;
     Members members_;
     std::string story_;
 };
@@ -175,7 +171,7 @@ class ZipModelTest : public ZipTest, public ::testing::WithParamInterface<int> {
 
 TEST_P(ZipModelTest, HoldsWhatItShould) {
     RefPointer<Directory> top = Mount(Shape(GetParam()).Bytes());
-    Editor editor(GetParam(), true, ReadStrictly(Archive()));
+    Editor editor(GetParam(), ReadStrictly(Archive()));
     for (int step = 0; step < 120; ++step) {
         ASSERT_TRUE(editor.Step(*top)) << editor.Story();
         ExpectSound(*top, editor.Expected());
@@ -191,26 +187,6 @@ TEST_P(ZipModelTest, HoldsWhatItShould) {
     const TemporaryFolder folder;
     const std::string path = folder.Write("a.zip", Archive());
     EXPECT_EQ(ToolsThatRefuse(path, editor.Expected().empty()), std::vector<std::string>());
-    ZEMA_TELLS_MISSING_TOOLS();
-}
-
-TEST_P(ZipModelTest, AndSoDoesALocalFolder) {
-    ASSERT_TRUE(ObjectFactory::Instance()->Register(&typeid(MacOSXDirectory), New<MacOSXStorageFactory>().Get(),
-                                                    &typeid(Directory)));
-    const TemporaryFolder folder;
-    Editor editor(GetParam(), false, {});
-    RefPointer<Directory> top;
-    for (int step = 0; step < 120; ++step) {
-        if (step % 7 == 0) {
-            top.Reset();
-            top = Open(("file" + folder.Path().string()).c_str());
-            ASSERT_TRUE(top);
-        }
-        Members found;
-        const bool same = editor.Step(*top);
-        Walk(*top, "", found);
-        ASSERT_TRUE(same && found == editor.Expected()) << editor.Story();
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, ZipModelTest, ::testing::Range(0, 8));
