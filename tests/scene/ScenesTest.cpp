@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "scene/StorageScene.h"
 #include "scene/StorageScene2.h"
@@ -10,56 +9,48 @@
 namespace ZEMA::testing {
 namespace {
 
-using Words = std::vector<std::string>;
-
 // Tells when it is released.
 template <class T>
 class Logged : public T {
 public:
-    template <class... Arguments>
-    Logged(Words& log, const char* label, Arguments... arguments) : T(arguments...), log_(log), label_(label) {}
-    void OnLastRelease() override { log_.push_back(label_); }
+    Logged(std::string& released, const char* label) : released_(released), label_(label) {}
+    void OnLastRelease() override { released_.append(label_).append(" "); }
 
 private:
-    Words& log_;
+    std::string& released_;
     const char* label_;
 };
 
-template <class T, class... Arguments>
-RefPointer<T> NewLogged(Words& log, const char* name, Arguments... arguments) {
-    return RefPointer<T>(New<Logged<T>>(log, name, arguments...));
-}
-
-// One object of most kinds; the back pointers and references across the tree are set.
-RefPointer<StorageScene2> LoggedScene(Words& log) {
-    const auto scene = New<StorageScene2>();
-    scene->cameras.PushBack(NewLogged<StorageScene2::Camera>(log, "camera"));
-    const auto brick = NewLogged<StorageScene2::Brick>(log, "brick");
-    scene->bricks.PushBack(brick);
-    const auto part = NewLogged<StorageScene2::Part>(log, "part", 7U);
-    part->brick = brick.Get();
-    brick->parts.PushBack(part);
-    const auto bone = NewLogged<StorageScene2::Bone>(log, "bone");
-    bone->part = part.Get();
-    part->bones.PushBack(bone);
-    scene->rigidSystems.PushBack({});
-    scene->rigidSystems[0].rigids.PushBack(NewLogged<StorageScene2::Rigid>(log, "rigid"));
-    scene->rigidSystems[0].rigids[0]->bones.PushBack(bone);
-    scene->groupSystems.PushBack({});
-    scene->groupSystems[0].groups.PushBack(NewLogged<StorageScene2::Group>(log, "group"));
-    scene->groupSystems[0].groups[0]->parts.PushBack(part);
-    scene->buildingInstructions.PushBack({});
-    scene->buildingInstructions[0].events.PushBack(NewLogged<StorageScene2::BIStep>(log, "step"));
-    scene->bricksCamera = NewLogged<StorageScene2::Camera>(log, "bricks camera");
-    return scene;
-}
-
 TEST(StorageScene2, ReleasesItsObjectsInReverseOrder) {
-    Words log;
-    auto scene = LoggedScene(log);
-    EXPECT_EQ(log, Words());
+    std::string released;
+    auto scene = New<StorageScene2>();
+    scene->cameras.PushBack(New<Logged<StorageScene2::Camera>>(released, "camera"));
+    scene->bricks.PushBack(New<Logged<StorageScene2::Brick>>(released, "brick"));
+    scene->rigidSystems.PushBack({});
+    scene->rigidSystems[0].rigids.PushBack(New<Logged<StorageScene2::Rigid>>(released, "rigid"));
+    scene->groupSystems.PushBack({});
+    scene->groupSystems[0].groups.PushBack(New<Logged<StorageScene2::Group>>(released, "group"));
+    scene->buildingInstructions.PushBack({});
+    scene->buildingInstructions[0].events.PushBack(New<Logged<StorageScene2::BIStep>>(released, "step"));
+    scene->bricksCamera = New<Logged<StorageScene2::Camera>>(released, "bricks-camera");
     scene.Reset();
-    EXPECT_EQ(log, (Words{"bricks camera", "step", "group", "rigid", "brick", "part", "bone", "camera"}));
+    EXPECT_EQ(released, "bricks-camera step group rigid brick camera ");
+}
+
+TEST(StorageScene2, ReleasesEverythingThoughPartsAndBonesPointBack) {
+    auto scene = New<StorageScene2>();
+    const auto brick = New<StorageScene2::Brick>();
+    const auto part = New<StorageScene2::Part>(7U);
+    const auto bone = New<StorageScene2::Bone>();
+    scene->bricks.PushBack(brick);
+    brick->parts.PushBack(part);
+    part->brick = brick.Get();
+    part->bones.PushBack(bone);
+    bone->part = part.Get();
+    scene.Reset();
+    EXPECT_EQ(brick->ReferenceCount(), 1);
+    EXPECT_EQ(part->ReferenceCount(), 2) << "held here and by its brick";
+    EXPECT_EQ(bone->ReferenceCount(), 2) << "held here and by its part";
 }
 
 TEST(Scenes, ReleaseDeepGroupsAndSteps) {

@@ -1,4 +1,4 @@
-// What becomes of a format-4 scene, beyond what is compared for random models in both formats.
+// What becomes of a format-4 scene beyond what is compared for one model in both formats.
 #include <gtest/gtest.h>
 
 #include <utility>

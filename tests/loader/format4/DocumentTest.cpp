@@ -32,20 +32,14 @@ TEST(Format4Document, SecondRootIsReadUnderAWrongOne) {
         << "what follows the second root is skipped";
 }
 
-TEST(Format4Document, ReadsSectionsInAnyOrderAndNumber) {
-    const LoadedScene loaded(Root(Model("") + "<Cameras><Camera refID='1'/></Cameras><Scene cameraRefID='1'>" +
-                                  "<Model name='b'/><Model/></Scene><Cameras><Camera refID='2'/></Cameras>"));
-    EXPECT_EQ(NamesOf(loaded->models), (Words{"model", "b", ""}));
-    EXPECT_EQ(loaded->cameras.Size(), 2U);
-    EXPECT_EQ(loaded->camera, loaded->cameras[0]);
-}
-
-TEST(Format4Document, ReadsCameras) {
+TEST(Format4Document, ReadsCamerasInSectionsOfAnyOrderAndNumber) {
     const LoadedScene loaded(Root(
         "<Cameras>"
         "<Camera refID='1' name='\xC3\xA4' distance='2.5' fieldOfView='45' orthographic='true' tx='1' ty='2' tz='3'>"
         "<Camera refID='2' orthographic='TRUE'/><Other><Camera refID='3'/></Other></Camera>"
-        "<Camera refID='1' name='again'/></Cameras><Scene cameraRefID='1'/>"));
+        "</Cameras><Scene cameraRefID='1'/><Cameras><Camera refID='1' name='again'/></Cameras>"
+        "<Scene cameraRefID='1'><Model name='a'/><Model/></Scene>"));
+    EXPECT_EQ(NamesOf(loaded->models), (Words{"a", ""}));
     ASSERT_EQ(loaded->cameras.Size(), 3U) << "one in a camera counts, one below an unknown element does not";
     const StorageScene2::Camera& camera = *loaded->cameras[0];
     EXPECT_EQ(Utf8(camera.name), "\xC3\xA4");

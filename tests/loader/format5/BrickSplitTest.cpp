@@ -28,20 +28,17 @@ DesignSubstitution Retired(Accepts accepts) {
     return *std::ranges::find_if(DesignSubstitutions(), [&](const auto& row) { return accepts(row.newDesign); });
 }
 
-TEST(Substitution, HappensOnce) {
+TEST(Substitution, HappensOnceAndComesBeforeTheCorrections) {
     const auto twice = Retired([](std::uint32_t design) { return SubstituteDesign(design) != design; });
-    const LoadedDocument document(Wqfml(Bricks(Brick(1, twice.oldDesign, Part(1, twice.oldDesign)))));
+    const auto moved = Retired([](std::uint32_t design) { return FindSecondCorrection(design) != nullptr; });
+    const DesignCorrection& correction = *FindSecondCorrection(moved.newDesign);
+    const LoadedDocument document(
+        Wqfml("<Meta><BrickSet version='100'/></Meta>" +
+              Bricks(Brick(1, twice.oldDesign, Part(1, twice.oldDesign) + Part(2, moved.oldDesign)))));
     ASSERT_TRUE(document.succeeded);
     EXPECT_EQ(document.scene->bricks[0]->designID, twice.newDesign);
     EXPECT_EQ(document.Part(0).designID, twice.newDesign);
-}
-
-TEST(Substitution, ComesBeforeTheCorrections) {
-    const auto retired = Retired([](std::uint32_t design) { return FindSecondCorrection(design) != nullptr; });
-    const DesignCorrection& correction = *FindSecondCorrection(retired.newDesign);
-    const LoadedDocument document(
-        Wqfml("<Meta><BrickSet version='100'/></Meta>" + Bricks(Brick(1, 1, Part(1, retired.oldDesign)))));
-    EXPECT_EQ(document.Part(0).bones[0]->transformation.Translation(),
+    EXPECT_EQ(document.Part(0, 1).bones[0]->transformation.Translation(),
               (Vector3{1, 2 + correction.y, 3 + correction.z}));
 }
 
