@@ -39,6 +39,7 @@ void WriteCorrection(JsonWriter& json, const DesignCorrection& row) {
     json.EndObject();
 }
 
+// A design either has a successor or is placed with an offset in documents below a version.
 void WriteLegacyCorrection(JsonWriter& json, const LegacyCorrection& row) {
     json.BeginObject();
     json.Number("designID", row.design);

@@ -54,7 +54,7 @@ bool LeadsIntoFile(const std::string& path) {
     struct stat status;
     for (std::size_t end = path.rfind('/'); end != std::string::npos && end != 0; end = path.rfind('/', end - 1)) {
         if (stat(path.substr(0, end).c_str(), &status) == 0) return S_ISREG(status.st_mode);
-        // Only "not a directory" says that a file stands further in front.
+        // Only "not a directory" says that a file stands further in front; a long path to nothing is not walked up.
         if (errno != ENOTDIR) return false;
     }
     return false;
