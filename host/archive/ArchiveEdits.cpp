@@ -26,7 +26,7 @@ void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force) {
     options.force = force;
     std::set<std::pair<dev_t, ino_t>> locked;  // a second lock on one file would wait for the first for ever
     for (auto& [real, edit] : edits_) {
-        options.tellWaiting = [this, &edit] { report_.Note("'" + edit.given + "' is in use; waiting for it"); };
+        options.tellWaiting = [this, given = edit.given] { report_.Note("'" + given + "' is in use; waiting for it"); };
         struct stat status = {};
         if (stat(real.c_str(), &status) == 0 && !locked.emplace(status.st_dev, status.st_ino).second) {
             edit.failure = {FailureKind::Refused, "the command names the same file by another name too"};
