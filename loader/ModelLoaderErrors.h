@@ -44,6 +44,7 @@ public:
 // A camera that is left out, or one that the bricks name and that there is not.
 class CameraError : public ModelLoader::Error {
 public:
+    // What is wrong: the numbers of `detail`.
     enum Detail : std::uint32_t { NonExistingCamera, MissingRefID, ReusedRefID };
 
     explicit CameraError(std::uint32_t what) : Error(CameraKind), detail(what) {}
@@ -55,6 +56,7 @@ public:
 // A brick that is left out.
 class BrickError : public ModelLoader::Error {
 public:
+    // What is wrong: the numbers of `detail`.
     enum Detail : std::uint32_t { MissingRefID, ReusedRefID, MissingDesignID };
 
     explicit BrickError(std::uint32_t what) : Error(BrickKind), detail(what) {}
@@ -66,6 +68,7 @@ public:
 // A part that is left out, or one with something wrong in it.
 class PartError : public ModelLoader::Error {
 public:
+    // What is wrong: the numbers of `detail`.
     enum Detail : std::uint32_t {
         MissingRefID,
         ReusedRefID,
@@ -90,6 +93,7 @@ public:
 // A bone that is left out.
 class BoneError : public ModelLoader::Error {
 public:
+    // What is wrong: the numbers of `detail`.
     enum Detail : std::uint32_t { MissingRefID, ReusedRefID };
 
     explicit BoneError(std::uint32_t what) : Error(BoneKind), detail(what) {}
@@ -101,6 +105,7 @@ public:
 // A rigid that is left out.
 class RigidError : public ModelLoader::Error {
 public:
+    // What is wrong: the numbers of `detail`.
     enum Detail : std::uint32_t { MissingRefID, ReusedRefID };
 
     explicit RigidError(std::uint32_t what) : Error(RigidKind), detail(what) {}
@@ -112,6 +117,7 @@ public:
 // A building instruction that names something that there is not.
 class BIError : public ModelLoader::Error {
 public:
+    // What is wrong: the numbers of `detail`.
     enum Detail : std::uint32_t { NonExistingCamera, NonExistingPart };
 
     explicit BIError(std::uint32_t what) : Error(BIKind), detail(what) {}
@@ -129,6 +135,7 @@ public:
 // A text that is no document of the format at all.
 class ContentError : public ModelLoader::Error {
 public:
+    // What is wrong: the numbers of `detail`.
     enum Detail : std::uint32_t { Empty, MissingWQFMLTag };
 
     explicit ContentError(std::uint32_t what) : Error(ContentKind), detail(what) {}

@@ -17,6 +17,7 @@ bool GetIdentity(Directory& directory, ElementIdentity* identity) {
     return facts != nullptr && facts->GetIdentity(String(), identity);
 }
 
+// Climbs to the nearest directory that can be told from all others. What lies below it is told apart by names.
 Place::Place(Directory& directory) : base_(&directory) {
     for (;; base_ = base_->Parent()) {
         hasIdentity_ = GetIdentity(*base_, &identity_);

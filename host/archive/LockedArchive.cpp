@@ -75,7 +75,7 @@ Result<LockedArchive> LockedArchive::Open(const std::string& path, bool force,
         if (Failure failure = archive.Lock(tellWaiting)) return failure;
         struct stat now;
         if (fstat(archive.file_.Get(), &archive.status_) != 0) return SystemFailure(errno);
-        if (!S_ISREG(archive.status_.st_mode)) return Failure{FailureKind::WrongKind, "it is no regular file"};
+        if (!S_ISREG(archive.status_.st_mode)) return Failure{FailureKind::WrongKind, "is not a regular file"};
         if (stat(archive.path_.c_str(), &now) == 0 && IsSameFile(now, archive.status_)) return archive;
     }
 }

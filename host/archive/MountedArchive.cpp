@@ -17,6 +17,7 @@ Result<MountedArchive::Pointer> MountedArchive::Open(const std::string& path) {
     fstat(archive->descriptor_.Get(), &archive->status_);
     const RefPointer<DescriptorFile> file = New<DescriptorFile>(archive->descriptor_.Get());
     const Failure failure = archive->Mount(RefPointer<File>(file.Get()));
+    // A file that could not be read is not damaged for that.
     if (file->Error() != 0) return SystemFailure(file->Error());
     if (failure) return failure;
     return Pointer(archive);
@@ -31,6 +32,7 @@ Result<MountedArchive::Pointer> MountedArchive::OpenMember(const Pointer& outer,
     return Pointer(archive);
 }
 
+// A volume does not say why it does not open. Its records do; where they are sound, the names are all that is left.
 Failure MountedArchive::Mount(RefPointer<File> file) {
     file_ = std::move(file);
     volume_ = New<ZipStorageVolume>(file_.Get(), kReadStyle);
@@ -45,6 +47,7 @@ const Result<std::unique_ptr<const MemberNames>>& MountedArchive::Names() const 
     return *names_;
 }
 
+// A volume ends its directory at the first record that is none, without a word; names by number would then be others'.
 Result<std::unique_ptr<const MemberNames>> MountedArchive::ReadNames() const {
     Result<ArchiveRecords::Pointer> records = ArchiveRecords::Read(file_);
     if (!records) return records.Why();

@@ -39,6 +39,7 @@ private:
     struct ModuleCloser {
         void operator()(void* module) const;
     };
+    // Gives up the last reference of the host to its instance.
     struct ImporterReleaser {
         void operator()(MDImporterInterfaceStruct** importer) const;
     };

@@ -20,8 +20,7 @@ namespace ZEMA {
 // reaches such a name, and copying it out of the archive would lead astray.
 //
 // Errors: std::bad_alloc past kMaxTreeNodes. A name of 65,535 bytes makes half as many directories, each of which takes
-// a
-//         hundred times the memory that its two bytes take on the disk.
+//         a hundred times the memory that its two bytes take on the disk.
 class ZipNamePlacer {
 public:
     explicit ZipNamePlacer(ZipTreeNode& root) : root_(root), lastFolder_(&root) {}
