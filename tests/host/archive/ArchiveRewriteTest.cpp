@@ -293,15 +293,16 @@ TEST_F(ArchiveRewriteTest, GivesNewMembersTheirDateAndMode) {
         }
     }
     ASSERT_EQ(Commit(*rewrite), "");
+    const auto records = Records();
     for (std::size_t index = 0; index < std::size(rows); ++index) {
         SCOPED_TRACE(rows[index].name);
-        const ArchiveEntry entry = Records()->Entry(index);
+        const ArchiveEntry entry = records->Entry(index);
         EXPECT_LE(std::abs(entry.ModifiedSeconds().value_or(0) - rows[index].told), kDay) << "in whatever time zone";
         EXPECT_EQ(entry.externalAttributes, rows[index].attributes);
         EXPECT_EQ(entry.versionMadeBy, 0x0314);
         EXPECT_EQ(entry.flags, index == 2 ? 0x0800 : 0);
     }
-    EXPECT_EQ(Records()->Entry(0).ModifiedSeconds(), 1700000001) << "to the second";
+    EXPECT_EQ(records->Entry(0).ModifiedSeconds(), 1700000001) << "to the second";
     EXPECT_EQ(ReadStrictly(folder_.Read("x")).size(), 4u);
     EXPECT_EQ(ToolsThatRefuse(folder_ / "x"), std::vector<std::string>());
 
