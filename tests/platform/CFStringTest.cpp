@@ -196,5 +196,36 @@ TEST(CFStringSplit, CutsAsMeasured) {
     }
 }
 
+// ASCII, then not, then empty, then ASCII again: each step moves to or stays in another form.
+TEST(CFString, KeepsItsTextWhileItsFormChanges) {
+    const Held<CFMutableStringRef> text(CFStringCreateMutable(nullptr, 0));
+    CFStringAppendCString(text.get(), "a", kCFStringEncodingASCII);
+    CFStringAppend(text.get(), MakeText(Units{'b', 0x20AC}).get());
+    CFStringAppend(text.get(), CFSTR("c"));
+    EXPECT_EQ(UnitsOf(text.get()), (Units{'a', 'b', 0x20AC, 'c'}));
+    CFStringDelete(text.get(), {1, 2});
+    EXPECT_EQ(UnitsOf(text.get()), (Units{'a', 'c'}));
+    CFStringDelete(text.get(), {0, 2});
+    CFStringAppend(text.get(), CFSTR("d"));
+    EXPECT_TRUE(CFEqual(text.get(), CFSTR("d")));
+}
+
+// Every sequence of two bytes, with a third behind each first byte of three, against what UTF-8 allows.
+TEST(CFStringCreateWithBytes, AcceptsExactlyTheShortForms) {
+    const auto isFollower = [](unsigned byte) { return byte >= 0x80 && byte < 0xC0; };
+    for (unsigned first = 0; first < 256; ++first) {
+        for (unsigned second = 0; second < 256; ++second) {
+            std::vector<UInt8> bytes = {static_cast<UInt8>(first), static_cast<UInt8>(second)};
+            const bool isLong = first >= 0xE0 && first < 0xF0;
+            if (isLong) bytes.push_back(0x80);
+            const unsigned codePoint = (first & 0x0F) << 12 | (second & 0x3F) << 6;
+            const bool isText = isLong ? isFollower(second) && codePoint >= 0x800 && (codePoint & 0xF800) != 0xD800
+                                : first < 0x80 ? second < 0x80
+                                               : first >= 0xC2 && first < 0xE0 && isFollower(second);
+            EXPECT_EQ(Text(Decoded(bytes, kCFStringEncodingUTF8)) != nullptr, isText) << first << " " << second;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace ZEMA

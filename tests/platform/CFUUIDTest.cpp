@@ -1,3 +1,4 @@
+#include <CoreServices/CoreServices.h>
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -80,6 +81,13 @@ TEST(Threads, ShareTextsDictionariesAndIdentifiersAndCountInstancesTogether) {
     EXPECT_EQ(CFGetRetainCount(text.get()), 3);
     EXPECT_EQ(PlugInInstanceCount(factory.get()), kThreadCount * kRounds / 2);
     while (PlugInInstanceCount(factory.get()) != 0) CFPlugInRemoveInstanceForFactory(factory.get());
+}
+
+TEST(CFUUID, ThePlatformsOwnHaveTheirValues) {
+    EXPECT_EQ(FromText("8B08C4BF-415B-11D8-B3F9-0003936726FC").get(), kMDImporterTypeID);
+    EXPECT_EQ(FromText("6EBC27C4-899C-11D8-84AE-0003936726FC").get(), kMDImporterInterfaceID);
+    EXPECT_EQ(FromText("00000000-0000-0000-C000-000000000046").get(), IUnknownUUID);
+    EXPECT_TRUE(CFEqual(kMDItemKeywords, CFSTR("kMDItemKeywords")));
 }
 
 }  // namespace

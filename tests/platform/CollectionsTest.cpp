@@ -90,5 +90,15 @@ TEST(CFDictionary, FindsEveryKeyAtEverySize) {
     for (std::size_t i = 0; i < keys.size(); ++i) EXPECT_EQ(allKeys[i], keys[i].get());
 }
 
+// With a list search or colliding hashes this would take minutes.
+TEST(CFDictionary, ManySimilarKeysCostLittle) {
+    const auto dictionary = MakeDictionary();
+    for (int i = 0; i < 200'000; ++i) {
+        CFDictionaryAddValue(dictionary.get(), MakeText("a long common beginning " + std::to_string(i)).get(),
+                             kCFBooleanTrue);
+    }
+    EXPECT_EQ(CFDictionaryGetCount(dictionary.get()), 200'000);
+}
+
 }  // namespace
 }  // namespace ZEMA

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <thread>
 
 #include "registry/ObjectFactory.h"
 #include "registry/ObjectRegistry.h"
@@ -265,6 +266,23 @@ TEST_F(ObjectFactoryTest, AFactoryMayChangeTheObjectFactoryWhileItIsAsked) {
         EXPECT_EQ(last->Create(&typeid(Circle), nullptr), nullptr);
         EXPECT_EQ(log, (EventLog{"asked", "emptied", "end of asked"}));
     }
+}
+
+TEST_F(ObjectFactoryTest, LocksOrderTheWorkOfAllThreads) {
+    int total = 0;                        // guarded by the object factory's lock
+    Maker maker([] { return nullptr; });  // by the registry's
+    Add(typeid(Circle), "circles")->whenAsked = [&] { ++total; };
+    const auto createOften = [&] {
+        for (int turn = 0; turn < 2000; ++turn) {
+            EXPECT_EQ(factory->Create(&typeid(Shape), nullptr), nullptr);
+            EXPECT_EQ(ObjectRegistry::Instance()->GetOrCreate(1, maker), nullptr);
+        }
+    };
+    std::thread other(createOften);
+    createOften();
+    other.join();
+    EXPECT_EQ(total, 4000);
+    EXPECT_EQ(maker.callCount, 4000);
 }
 
 }  // namespace

@@ -114,5 +114,18 @@ TEST_F(DirectoryCopy, MovesByCopyingAndRemoving) {
     EXPECT_EQ(BytesAt("dst/z.wqf") + BytesAt("dst/old"), "archiveold contents");
 }
 
+// The storage decides how deep a copy goes.
+TEST_F(DirectoryCopy, CopiesDeepDirectories) {
+    constexpr int kDepth = 10000;
+    MemoryNode* deepest = volume.Put("deep", nullptr);
+    for (int depth = 0; depth < kDepth; ++depth) {
+        deepest = deepest->children["d"] = volume.NewNode(ElementFlags::kDirectory);
+    }
+    EXPECT_TRUE(Copy("deep", "mem/dst", "deep"));
+    int depth = 0;
+    for (MemoryNode* node = volume.At("dst/deep"); !node->children.Empty(); node = node->children["d"]) ++depth;
+    EXPECT_EQ(depth, kDepth);
+}
+
 }  // namespace
 }  // namespace ZEMA::testing

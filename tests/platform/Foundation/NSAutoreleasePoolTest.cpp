@@ -47,5 +47,15 @@ TEST(NSAutoreleasePool, ReleasesTheLatestFirstAndTheInnermostAlone) {
     EXPECT_EQ(log, "cCb|dt|ea");
 }
 
+TEST(NSAutoreleasePool, TakesOverOneReference) {
+    const Text text = MakeText("a text of its own");
+    {
+        const NSAutoreleasePool pool;
+        EXPECT_EQ(NSAutoreleasePool::autorelease(StringPointer::Retain(text.get()).Take()), text.get());
+        EXPECT_EQ(CFGetRetainCount(text.get()), 2);
+    }
+    EXPECT_EQ(CFGetRetainCount(text.get()), 1);
+}
+
 }  // namespace
 }  // namespace Foundation

@@ -1,5 +1,6 @@
 #include "storage/local/MacOSXStorageFactory.h"
 
+#include <cstdlib>
 #include <memory>
 
 #include "storage/local/OpenPathRegistry.h"
@@ -31,6 +32,31 @@ TEST(MacOSXStorageFactory, MountsTheFileSystemOnceWhileItIsAttached) {
     const OpenPathRegistry::Entry after(path.CFString());
     before.reset();
     EXPECT_EQ(OpenPathRegistry::Count(path), 1u) << "what was forgotten takes nothing away";
+}
+
+// Holds a file, and with it the whole chain up to the root, for as long as the registry holds the object.
+struct Keeper : Object {
+    RefPointer<File> file;
+};
+
+[[noreturn]] void EndWithEverythingRegistered(unsigned long key, const std::string& path) {
+    RefPointer<MacOSXStorageFactory> factory = New<MacOSXStorageFactory>();
+    bool ready = ObjectFactory::Instance()->Register(&typeid(MacOSXDirectory), factory.Get(), &typeid(Directory));
+    RefPointer<Keeper> keeper = New<Keeper>();
+    keeper->file = OpenFile(*GetRootDirectory(), Name("file" + path), &kReadStyle, false, nullptr);
+    ready = ready && keeper->file && ObjectRegistry::Instance()->Register(key, keeper.Get());
+    factory.Reset();
+    keeper.Reset();
+    std::exit(ready ? 0 : 1);
+}
+
+TEST(MacOSXStorageFactory, AProgramMayEndWithEverythingRegistered) {
+    const testing::TemporaryFolder folder;
+    const std::string path = folder.Write("file", "");
+    // Before the factory and the root in the order of the registry, and after them.
+    for (const unsigned long key : {0x30303030ul, 0x7A7A7A7Aul}) {
+        EXPECT_EXIT(EndWithEverythingRegistered(key, path), ::testing::ExitedWithCode(0), "");
+    }
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "core/RefPointer.h"
+#include "storage/zip/Crc32.h"
 #include "storage/zip/ZipFileHeader.h"
+#include "storage/zip/ZipFormat.h"
 #include "tests/support/ArchiveBuilder.h"
 
 namespace ZEMA::testing {
@@ -12,6 +14,11 @@ std::size_t largestBlock = 0;  // what the allocator below gives at most
 
 void* AllocateUpTo(std::size_t size) {
     return size <= largestBlock ? std::malloc(size) : nullptr;
+}
+
+// Blocks as it would give, of one byte each: for sizes that nobody has.
+void* PretendUpTo(std::size_t size) {
+    return size <= largestBlock ? std::malloc(1) : nullptr;
 }
 
 std::vector<std::uint32_t> SizesOf(const ZipFileHeader& member) {
@@ -51,6 +58,24 @@ TEST(ZipSegments, AreHalvedUntilTheyFit) {
     }
 }
 
+// 8192 bytes are there and as many blocks of a size as fit below 2^32. Halves that are rounded up take more room.
+TEST(ZipSegments, EndBelowTheLastOffset) {
+    const struct {
+        std::size_t largest;
+        std::size_t blocks;  // 0: they do not fit
+    } rows[] = {{0xFFFFFFFF, 1}, {0x7FFFFFFF, 0}, {0x10000000, 0}, {0x100000, 0}, {0x4000, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.largest);
+        largestBlock = row.largest;
+        const RefPointer<ZipFileHeader> member = New<ZipFileHeader>();
+        ASSERT_TRUE(AppendSegments(*member, 1, PretendUpTo));
+        const std::uint64_t room = kMaxOffset - 8192;
+        EXPECT_EQ(AppendSegments(*member, room, PretendUpTo), row.blocks != 0);
+        EXPECT_EQ(SizesOf(*member).size(), 1 + row.blocks);
+        EXPECT_FALSE(AppendSegments(*member, room + 1, PretendUpTo));
+    }
+}
+
 TEST(ZipSegments, CarryRangesAcrossTheirBorders) {
     const RefPointer<ZipFileHeader> member = New<ZipFileHeader>();
     largestBlock = 8192;
@@ -69,6 +94,14 @@ TEST(ZipSegments, CarryRangesAcrossTheirBorders) {
     }
     DropSegments(*member, 8193);
     EXPECT_EQ(SegmentsEnd(*member), 16384u) << "the one that 8193 lies in stays";
+}
+
+TEST(Crc32, IsThatOfArchives) {
+    Crc32 crc;
+    EXPECT_EQ(crc.Value(), 0u);
+    crc.Update("1234", 4);
+    crc.Update("56789", 5);
+    EXPECT_EQ(crc.Value(), 0xCBF43926u);
 }
 
 }  // namespace
