@@ -270,7 +270,7 @@ TEST(WqfStorage, KeepsPermissionsTimesAndLinks) {
 TEST(WqfStorage, LeavesTheOldArchiveWhicheverCallFails) {
     const Scene scene;
     const std::string names = scene.Run("ls -A").out;
-    for (const char* command : {"cp b.txt x.wqf", "mv x.wqf/a.txt x.wqf/dir", "rm -r x.wqf/dir", "mkdir x.wqf/q"}) {
+    for (const char* command : {"mv b.txt x.wqf", "mv x.wqf/a.txt x.wqf/dir", "rm -r x.wqf/dir", "mkdir x.wqf/q"}) {
         for (const std::string call : {"pread", "pwrite", "fchmod", "fsync", "rename"}) {
             int number = 1;
             // Whether the folder's new entry is on the disk is asked when all is in place.
@@ -284,6 +284,7 @@ TEST(WqfStorage, LeavesTheOldArchiveWhicheverCallFails) {
             }
             EXPECT_GT(number, 1) << call << " does not fail";
             scene.Folder().Write("x.wqf", Scene::Archive());
+            scene.Folder().Write("b.txt", "B");
         }
     }
 }

@@ -31,6 +31,7 @@ std::string ArchiveOf(const Words& members) {
         if (member.name.size() < text.size()) member.contents = text.substr(member.name.size() + 1);
         if (member.contents == "link") member.externalAttributes = 0120777u << 16;
         if (member.contents == "secret") member.flags = 1;
+        if (member.contents == "set-id") member.externalAttributes = 0106755u << 16;
         builder.Add(member);
     }
     return builder.Bytes();
@@ -87,12 +88,14 @@ public:
         return told;
     }
 
-    // All files but the archives, with their contents.
+    // All files but the archives, with their contents, and "!" where a file would change the user.
     Words Outside() const {
         Words files;
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(".")) {
             const std::string path = entry.path().string().substr(2);
-            if (entry.is_regular_file() && path != "x" && path != "y") files.push_back(path + "=" + folder_.Read(path));
+            if (!entry.is_regular_file() || path == "x" || path == "y") continue;
+            const bool changesUser = (entry.status().permissions() & fs::perms::set_uid) != fs::perms::none;
+            files.push_back(path + "=" + folder_.Read(path) + (changesUser ? "!" : ""));
         }
         std::sort(files.begin(), files.end());
         return files;
@@ -230,6 +233,13 @@ TEST(ArchiveCommands, TakeMembersOutOrNameThem) {
          {"a/l=link", "a/b=1"},
          {"old=O"},
          {"b=B", "d/c=C", "o/b=1"}},
+        {"no bits that change the user",
+         {"s=set-id"},
+         "cp x/s o",
+         "",
+         {"s=set-id"},
+         {"old=O"},
+         {"b=B", "d/c=C", "o=set-id"}},
         {"a member of two spellings",
          {"a/b=1", "A/c=2", "d=3"},
          "mv x/a o",
