@@ -91,6 +91,23 @@ TEST(NumberScan, ReadsUnsignedNumbers) {
                                {{"4294967295", 0, true, 0xFFFFFFFF, 10}, {"4294967296 7", 0, false, 77, 10}});
 }
 
+// White space and line ends between a sign and its digits, as the platform's scanner steps over them.
+TEST(NumberScan, SkipsBlanksBehindASignAsMeasured) {
+    for (const Json& row : VectorsOf("scanner.json")) {
+        SCOPED_TRACE(row.dump());
+        Units units = UnitsOf(row, "text");
+        const std::uint32_t location = row["location"].get<std::uint32_t>();
+        units.insert(units.begin() + location, '+');
+        std::uint64_t value = 77;
+        std::uint32_t position = location;
+        const std::string scanned = row.value("scanned", "");
+        const bool fits = !scanned.empty() && scanned.size() < 20;
+        EXPECT_EQ(String(MakeText(units).get()).ScanUInt64(value, position), fits);
+        EXPECT_EQ(position, row["new_location"].get<std::uint32_t>() + 1);
+        EXPECT_EQ(value, fits ? std::stoull(scanned) : 77);
+    }
+}
+
 TEST(NumberScan, ReadsBytesAsStringDoesInMeasuredTexts) {
     for (const Json& row : VectorsOf("number_format.json")) {
         std::string bytes;
