@@ -101,18 +101,20 @@ public:
 
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document) {
     DocumentRecord record{document.path, false, {}, document.failure.text};
+    record.passing = document.failure.kind == FailureKind::System;
     if (document.failure) return record;
     try {
         std::error_code error;
         const std::filesystem::path absolute = std::filesystem::absolute(document.path, error);
         if (error) {
             record.error = SystemFailure(error.value()).text;
+            record.passing = true;
         } else {
             ImportAbsolute(host, absolute.string(), record);
         }
     } catch (...) {
         // One document that is too large for the memory must not take the others with it.
-        record = {document.path, false, {}, ReasonOfException()};
+        record = {document.path, false, {}, ReasonOfException(), true};
     }
     return record;
 }

@@ -16,6 +16,7 @@ struct DocumentRecord {
     bool imported = false;
     Value::Dictionary attributes;  // in the order of the attribute table
     std::string error;             // why it was not imported
+    bool passing = false;          // for want of time, memory or an answer of the system: another try may import it
 };
 
 // Has the plug-in import a document. What its path is relative to is put in front before the plug-in sees it.
