@@ -25,8 +25,9 @@ ROOMS = {
     "host/plugin": ["host/print", "host/system", "platform"],
     "host/documents": ["host/plugin", "host/print", "host/system", "importer", "loader", "scene", "storage", "core",
                        "platform"],
+    "host/workers": ["host/documents", "host/plugin", "host/print", "host/system", "platform"],
     "host/archive": ["host/system", "storage/zip", "storage", "core", "platform"],
-    "tools/wqf": ["host/archive", "host/documents", "host/plugin", "host/print", "host/system", "importer", "loader",
+    "tools/wqf": ["host/workers", "host/archive", "host/documents", "host/plugin", "host/print", "host/system", "importer", "loader",
                   "scene", "storage", "core", "platform"],
 }
 
@@ -42,7 +43,8 @@ WALLS = {
 
 # Platform headers appear where platform types do: in the texts, the local back end, and around the plug-in.
 PLATFORM_HEADERS = ("CoreFoundation/", "CoreServices/")
-PLATFORM_ROOMS = ["platform", "core", "storage/local", "importer", "host/system", "host/print", "host/plugin", "host/documents"]
+PLATFORM_ROOMS = ["platform", "core", "storage/local", "importer", "host/system", "host/print", "host/plugin", "host/documents",
+                  "host/workers"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]', re.MULTILINE)
 
