@@ -1,11 +1,11 @@
 #include "host/archive/ForeignMethods.h"
 
-#include <archive.h>
-#include <archive_entry.h>
+#include <dlfcn.h>
 
 #include <algorithm>
 #include <memory>
 
+#include "host/archive/ForeignModule.h"
 #include "host/archive/PackedData.h"
 #include "storage/zip/ZipFormat.h"
 
@@ -20,12 +20,21 @@ constexpr std::uint16_t kLzma = 14;
 constexpr std::uint16_t kXz = 95;
 constexpr std::uint16_t kPpmd = 98;
 
-// Ends a reader of the library.
-struct FreeReader {
-    void operator()(archive* reader) const { archive_read_free(reader); }
+// Loaded at the first call and kept to the end. Null where the installation lacks it.
+const ForeignModule* Module() {
+    static const ForeignModule* const module = [] {
+        void* const library = dlopen(kForeignModuleFile, RTLD_NOW | RTLD_LOCAL);
+        return static_cast<const ForeignModule*>(library == nullptr ? nullptr : dlsym(library, kForeignModuleSymbol));
+    }();
+    return module;
+}
+
+// Ends a reader of the module.
+struct CloseReader {
+    void operator()(void* reader) const { Module()->close(reader); }
 };
 
-// Gives the library one member as an archive of its own, so that it only unpacks and finds nothing by itself: the
+// Gives the module one member as an archive of its own, so that it only unpacks and finds nothing by itself: the
 // archives that come here are those whose records it may read in another way.
 class ForeignContents {
 public:
@@ -35,8 +44,7 @@ public:
           left_(local.dataSize),
           size_(entry.uncompressedSize),
           crc32_(entry.crc32),
-          header_(kLocalHeaderSize + 1, '\0'),
-          reader_(archive_read_new()) {
+          header_(kLocalHeaderSize + 1, '\0') {
         StoreU32(&header_[0], kLocalHeaderSignature);
         StoreU16(&header_[kLocalVersionNeeded], entry.versionNeeded);
         StoreU16(&header_[kLocalFlags], entry.flags & kMethodFlags);
@@ -49,8 +57,11 @@ public:
     }
 
     Result<std::size_t> Read(void* buffer, std::size_t size) {
-        if (!isOpen_ && !Open()) return Damaged();
-        const la_ssize_t count = archive_read_data(reader_.get(), buffer, size);
+        const ForeignModule* const module = Module();
+        if (module == nullptr) return Failure{FailureKind::Unsupported, "what unpacks it is not installed"};
+        if (!isOpen_) reader_.reset(module->open(&ForeignContents::Give, this));
+        isOpen_ = true;
+        const std::ptrdiff_t count = reader_ == nullptr ? -1 : module->read(reader_.get(), buffer, size);
         if (count < 0) return Damaged();
         sums_.Add(buffer, static_cast<std::size_t>(count));
         const bool ended = count == 0;
@@ -61,20 +72,12 @@ public:
 private:
     static Failure Damaged() { return {FailureKind::Damaged, "it is damaged, and does not unpack"}; }
 
-    bool Open() {
-        isOpen_ = true;
-        archive_entry* entry = nullptr;
-        return reader_ != nullptr && archive_read_support_format_zip_streamable(reader_.get()) == ARCHIVE_OK &&
-               archive_read_open(reader_.get(), this, nullptr, &ForeignContents::Give, nullptr) == ARCHIVE_OK &&
-               archive_read_next_header(reader_.get(), &entry) == ARCHIVE_OK;
-    }
-
-    static la_ssize_t Give(archive*, void* self, const void** bytes) {
+    static std::ptrdiff_t Give(void* self, const void** bytes) {
         return static_cast<ForeignContents*>(self)->GiveNext(bytes);
     }
 
     // The header, then the packed bytes, then nothing.
-    la_ssize_t GiveNext(const void** bytes) {
+    std::ptrdiff_t GiveNext(const void** bytes) {
         piece_.swap(header_);
         header_.clear();
         if (piece_.empty()) {
@@ -84,7 +87,7 @@ private:
             left_ -= piece_.size();
         }
         *bytes = piece_.data();
-        return static_cast<la_ssize_t>(piece_.size());
+        return static_cast<std::ptrdiff_t>(piece_.size());
     }
 
     File& file_;
@@ -93,8 +96,8 @@ private:
     const std::uint64_t size_;
     const std::uint32_t crc32_;
     std::string header_;  // empty when it was given
-    std::string piece_;   // what the library is reading
-    const std::unique_ptr<archive, FreeReader> reader_;
+    std::string piece_;   // what the module is reading
+    std::unique_ptr<void, CloseReader> reader_;
     bool isOpen_ = false;
     ContentsSums sums_;
 };
