@@ -16,10 +16,6 @@ namespace ZEMA {
 
 namespace {
 
-Failure Refusal(const char* text) {
-    return {FailureKind::Refused, text};
-}
-
 // Begins the edits of all archives that the paths lead into.
 void BeginEdits(const std::vector<std::string>& paths, bool force, ArchiveEdits& edits) {
     std::set<std::string> archives;

@@ -29,9 +29,9 @@ void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force) {
         options.tellWaiting = [this, given = edit.given] { report_.Note("'" + given + "' is in use; waiting for it"); };
         struct stat status = {};
         if (stat(real.c_str(), &status) == 0 && !locked.emplace(status.st_dev, status.st_ino).second) {
-            edit.failure = {FailureKind::Refused, "the command names the same file by another name too"};
+            edit.failure = Refusal("the command names the same file by another name too");
         } else if (!force && IsWriteProtected(real)) {
-            edit.failure = {FailureKind::Refused, "it is write-protected"};
+            edit.failure = Refusal("it is write-protected");
         } else {
             Result<std::unique_ptr<ArchiveRewrite>> rewrite = ArchiveRewrite::Begin(real, options);
             if (rewrite) edit.rewrite = std::move(*rewrite);
@@ -44,7 +44,7 @@ bool ArchiveEdits::CanEdit(const std::string& archive, const MountedArchive& mou
     Edit& edit = Find(archive);
     if (edit.rewrite && !edit.rewrite->IsOf(mounted.Descriptor())) {
         edit.rewrite.reset();
-        edit.failure = {FailureKind::Refused, "somebody else has changed it meanwhile"};
+        edit.failure = Refusal("somebody else has changed it meanwhile");
     }
     if (edit.rewrite && !mounted.Names()) edit.failure = mounted.Names().Why();
     if (!edit.failure) return edit.rewrite != nullptr;

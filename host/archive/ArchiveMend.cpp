@@ -109,7 +109,7 @@ Failure Rewrite(const std::string& path, const MendOptions& options, int examine
     const ArchiveRewrite::Options how{options.force, options.tellWaiting, true, options.drop};
     const Result<std::unique_ptr<ArchiveRewrite>> rewrite = ArchiveRewrite::Begin(path, how);
     if (!rewrite) return rewrite.Why();
-    if (!(*rewrite)->IsOf(examined)) return {FailureKind::Refused, "somebody else has changed it meanwhile"};
+    if (!(*rewrite)->IsOf(examined)) return Refusal("somebody else has changed it meanwhile");
     const ArchiveRecords& records = *(*rewrite)->Records();
     for (std::size_t index = 0; index < records.Count(); ++index) {
         const ArchiveEntry entry = records.Entry(index);

@@ -53,10 +53,6 @@ void StartWriteback(int file, std::uint64_t offset, std::uint64_t size) {
 #endif
 }
 
-Failure TooLarge(const char* text) {
-    return {FailureKind::Refused, text};
-}
-
 // Fails unless the bytes, which belong to no member, are zero.
 Failure CheckNobodysBytes(File& file, std::uint64_t begin, std::uint64_t end) {
     std::string bytes;
@@ -65,8 +61,7 @@ Failure CheckNobodysBytes(File& file, std::uint64_t begin, std::uint64_t end) {
         if (!ReadAt(file, begin, bytes.size(), bytes.data())) return {FailureKind::System, "it cannot be read"};
         const std::size_t found = bytes.find_first_not_of('\0');
         if (found == std::string::npos) continue;
-        return {FailureKind::Refused,
-                "there are bytes in it that belong to no member, at " + std::to_string(begin + found)};
+        return Refusal("there are bytes in it that belong to no member, at " + std::to_string(begin + found));
     }
     return {};
 }
@@ -80,15 +75,15 @@ public:
     }
 
     Result<ArchiveLayout> Make() {
-        if (plan_.members.size() > kMaxEntries) return TooLarge("it would have more than 65,535 members");
+        if (plan_.members.size() > kMaxEntries) return Refusal("it would have more than 65,535 members");
         if (Failure failure = PlaceKept()) return failure;
         for (std::size_t number = plan_.keptCount; number < plan_.members.size(); ++number) {
             if (Failure failure = PlaceAdded(number)) return failure;
         }
         const std::uint64_t total = offset_ + directorySize_ + kEndCommentLength + TrailerOf(plan_).size();
-        if (total > kMaxOffset) return TooLarge("it would be larger than 4 GiB");
+        if (total > kMaxOffset) return Refusal("it would be larger than 4 GiB");
         if (total > 2 * old_.FileSize() + addedSize_) {
-            return TooLarge("its members share bytes, and written apart they would take more than twice its size");
+            return Refusal("its members share bytes, and written apart they would take more than twice its size");
         }
         return std::move(layout_);
     }
@@ -255,7 +250,7 @@ Failure WriteMembers(const ArchivePlan& plan, const ArchiveLayout& layout, Write
         }
         const LocalRecord* const record = local ? &*local : nullptr;
         if (writer.Position() != layout.offsets[number] || (TakesData(member) && record == nullptr)) {
-            return {FailureKind::Refused, "somebody else has changed it meanwhile"};
+            return Refusal("somebody else has changed it meanwhile");
         }
         DataRange data = DataOf(member, record);
         if (data.file == nullptr) data.file = scratch.Get();

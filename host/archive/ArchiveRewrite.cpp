@@ -34,12 +34,12 @@ bool MixesEncodings(std::string_view name) {
 }
 
 Failure CheckName(const ArchiveEntry& entry, std::string_view name) {
-    if (name.size() > 0xFFFF) return {FailureKind::Refused, "its name would be too long for an archive"};
+    if (name.size() > 0xFFFF) return Refusal("its name would be too long for an archive");
     if (name == entry.name || IsAscii(name)) return {};
     const bool flagged = (entry.flags & kFlagUtf8) != 0;
     const bool commentIsOther = !flagged && !IsUtf8(entry.comment);
     if (MixesEncodings(name) || (IsUtf8(name) ? commentIsOther : flagged)) {
-        return {FailureKind::Refused, "its new name would mix UTF-8 with other bytes"};
+        return Refusal("its new name would mix UTF-8 with other bytes");
     }
     return {};
 }
@@ -50,7 +50,7 @@ Result<std::unique_ptr<ArchiveRewrite>> ArchiveRewrite::Begin(const std::string&
     Result<LockedArchive> archive = LockedArchive::Open(path, options.force, options.tellWaiting);
     if (!archive) return archive.Why();
     if (archive->Status().st_nlink > 1 && !options.force) {
-        return Failure{FailureKind::Refused, "it has several names (hard links), which would part; --force lets them"};
+        return Refusal("it has several names (hard links), which would part; --force lets them");
     }
     MarkedFile::RemoveLeftovers(FolderOf(archive->Path()));
     std::unique_ptr<ArchiveRewrite> rewrite(new ArchiveRewrite(archive->Path(), options));
@@ -162,7 +162,7 @@ Failure ArchiveRewrite::Replace(const ArchivePlan& plan) {
         return written.Commit(MarkedFile::Place::Free, true);
     }
     if (Failure failure = archive_->GiveOwner(to)) return failure;
-    if (!archive_->IsUnchanged()) return {FailureKind::Refused, "somebody else has changed it meanwhile"};
+    if (!archive_->IsUnchanged()) return Refusal("somebody else has changed it meanwhile");
     return written.Commit(MarkedFile::Place::Replace, true);
 }
 

@@ -13,10 +13,6 @@ namespace ZEMA {
 
 namespace {
 
-Failure Refusal(std::string text) {
-    return {FailureKind::Refused, std::move(text)};
-}
-
 // The name under which a thing goes into a folder; empty for a folder without one, whose contents go in by themselves.
 std::string OwnName(const StorageItem& item) {
     if (item.archive && !item.inner.Empty()) return std::string(item.node->Name().ToAString().View());
@@ -24,11 +20,10 @@ std::string OwnName(const StorageItem& item) {
     return name == "." || name == ".." ? std::string() : name;
 }
 
-bool IsSameFile(const StorageItem& a, const StorageItem& b) {
+bool IsSameItem(const StorageItem& a, const StorageItem& b) {
     if (a.archive || b.archive) return a.archive == b.archive && a.node == b.node;
     struct stat first, second;
-    return stat(a.native.c_str(), &first) == 0 && stat(b.native.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    return stat(a.native.c_str(), &first) == 0 && stat(b.native.c_str(), &second) == 0 && IsSameFile(first, second);
 }
 
 // Whether a member is a symbolic link, whose contents are a path.
@@ -156,7 +151,7 @@ bool CopyPlan::Takes(const StorageItem& source, const StorageItem& target) {
     const StorageFacts& there = target.facts;
     const bool isThere = !there.IsMissing() || there.isLink;
     const bool folders = there.IsFolder() || source.facts.IsFolder();
-    if (options_.keepExisting && isThere && !folders && !IsSameFile(source, target)) {
+    if (options_.keepExisting && isThere && !folders && !IsSameItem(source, target)) {
         operands_.back().complete = false;
         return false;
     }
@@ -178,7 +173,7 @@ Failure CopyPlan::WhyNot(const StorageItem& source, const StorageItem& target) {
         return Refusal("its name is not UTF-8, and cannot stand in an archive");
     }
     if (there.error != 0 && !there.isLink) return SystemFailure(there.error).In(name);
-    if (!there.IsMissing() && IsSameFile(source, target)) return Refusal("is the same file as " + name);
+    if (!there.IsMissing() && IsSameItem(source, target)) return Refusal("is the same file as " + name);
     if (there.isLink && there.IsMissing() && !options_.move) return Refusal(name + " is a link that leads nowhere");
     if (there.kind == StorageKind::Other) return Refusal(name + " is there and is no file");
     if (there.IsMissing() && target.shown.ends_with('/') && !source.facts.IsFolder()) {

@@ -23,15 +23,7 @@ using namespace std::chrono_literals;
 constexpr auto kQuietWait = 1s;
 constexpr auto kPoll = 20ms;
 
-const timespec& ModifiedTime(const struct stat& status) {
-#ifdef __APPLE__
-    return status.st_mtimespec;
-#else
-    return status.st_mtim;
-#endif
-}
-
-const timespec& ChangedTime(const struct stat& status) {
+timespec ChangedTime(const struct stat& status) {
 #ifdef __APPLE__
     return status.st_ctimespec;
 #else
@@ -41,10 +33,6 @@ const timespec& ChangedTime(const struct stat& status) {
 
 bool IsSameTime(const timespec& a, const timespec& b) {
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-}
-
-bool IsSameFile(const struct stat& a, const struct stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 bool IsSameState(const struct stat& a, const struct stat& b) {
@@ -70,7 +58,7 @@ Result<LockedArchive> LockedArchive::Open(const std::string& path, bool force,
     for (;;) {
         if (Failure failure = CheckRegularFile(archive.path_)) return failure;
         archive.file_ = OpenForLock(archive.path_, force);
-        if (!archive.file_.IsOpen() && errno == EACCES) return Failure{FailureKind::Refused, "it is write-protected"};
+        if (!archive.file_.IsOpen() && errno == EACCES) return Refusal("it is write-protected");
         if (!archive.file_.IsOpen()) return SystemFailure(errno);
         if (Failure failure = archive.Lock(tellWaiting)) return failure;
         struct stat now;
@@ -109,10 +97,10 @@ Failure LockedArchive::GiveAttributes(int to, bool force) const {
     if (fstat(to, &status) != 0) return SystemFailure(errno);
     const uid_t sameOwner = static_cast<uid_t>(-1);
     if (status.st_gid != status_.st_gid && fchown(to, sameOwner, status_.st_gid) != 0 && !force) {
-        return {FailureKind::Refused, "its group cannot be given to the new file; --force does without"};
+        return Refusal("its group cannot be given to the new file; --force does without");
     }
     if (!CopyExtendedAttributes(path_, to) && !force) {
-        return {FailureKind::Refused, "its extended attributes cannot be given to the new file; --force does without"};
+        return Refusal("its extended attributes cannot be given to the new file; --force does without");
     }
     return {};
 }

@@ -65,7 +65,7 @@ void RemoveLeftover(int folder, const char* name) {
     const FileDescriptor file(openat(folder, name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!file.IsOpen() || flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return;
     if (fstat(file.Get(), &opened) != 0 || fstatat(folder, name, &listed, AT_SYMLINK_NOFOLLOW) != 0) return;
-    if (opened.st_dev == listed.st_dev && opened.st_ino == listed.st_ino) unlinkat(folder, name, 0);
+    if (IsSameFile(opened, listed)) unlinkat(folder, name, 0);
 }
 
 // Some file systems cannot do this for a folder, and then need not.

@@ -4,6 +4,7 @@
 
 #include "host/archive/ArchiveRecords.h"
 #include "host/archive/DescriptorFile.h"
+#include "host/system/Paths.h"
 #include "storage/zip/ZipFormat.h"
 #include "storage/zip/ZipStorageFile.h"
 
@@ -61,7 +62,7 @@ Result<std::unique_ptr<const MemberNames>> MountedArchive::ReadNames() const {
 }
 
 bool MountedArchive::IsOf(const struct stat& status) const {
-    return !IsMember() && status.st_dev == status_.st_dev && status.st_ino == status_.st_ino;
+    return !IsMember() && IsSameFile(status, status_);
 }
 
 Result<RefPointer<File>> OpenMemberFile(ZipStorageVolume& volume, ZipTreeNode& node) {

@@ -118,7 +118,7 @@ Failure ScratchArchive::Fill(File& file, const ContentsReader& read, ContentsSum
         if (!count) return count.Why();
         if (*count == 0) return {};
         sums.Add(buffer_.get(), *count);
-        if (sums.Size() > kMaxOffset) return {FailureKind::Refused, "it is too large for an archive"};
+        if (sums.Size() > kMaxOffset) return Refusal("it is too large for an archive");
         if (!Write(file, *count, buffer_.get())) return {FailureKind::System, "there is not enough memory"};
     }
 }

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/system/Paths.h"
 #include "host/system/Utf8Text.h"
 
 namespace ZEMA {
@@ -32,14 +33,6 @@ ElementFlags FlagsOf(const struct stat& status) {
     return flags;
 }
 
-timespec ModifiedOf(const struct stat& status) {
-#ifdef __APPLE__
-    return status.st_mtimespec;
-#else
-    return status.st_mtim;
-#endif
-}
-
 StorageFacts FactsOfNative(const std::string& path) {
     StorageFacts facts;
     struct stat status;
@@ -53,7 +46,7 @@ StorageFacts FactsOfNative(const std::string& path) {
                                            : StorageKind::Other;
     if (facts.IsFile()) facts.size = static_cast<std::uint64_t>(status.st_size);
     facts.flags = FlagsOf(status);
-    facts.modified = ModifiedOf(status);
+    facts.modified = ModifiedTime(status);
     facts.mode = status.st_mode & 0777;
     return facts;
 }
@@ -177,7 +170,7 @@ Result<StorageItem> StorageTree::FindInside(const std::string& archive, const st
     std::vector<std::string> parts;
     const Result<MountedArchive::Pointer> mounted = Mount(archive);
     if (!mounted) return mounted.Why().kind == FailureKind::NoArchive ? NoFolder() : mounted.Why();
-    if (!SplitInside(rest, parts)) return Failure{FailureKind::Refused, "'..' leads out of the archive"};
+    if (!SplitInside(rest, parts)) return Refusal("'..' leads out of the archive");
     StorageItem item = RootItem(archive, archive, *mounted);
     for (const std::string& part : parts) {
         if (item.facts.IsFile()) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace ZEMA {
 
@@ -19,6 +20,10 @@ Failure SystemFailure(int error) {
     // Shorter than the system's text, which goes on "or directory" although nobody asked for one.
     if (error == ENOENT) return {FailureKind::Missing, "no such file", error};
     return {FailureKind::System, InLowerCase(std::strerror(error)), error};
+}
+
+Failure Refusal(std::string text) {
+    return {FailureKind::Refused, std::move(text)};
 }
 
 }  // namespace ZEMA

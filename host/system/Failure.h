@@ -39,6 +39,9 @@ struct [[nodiscard]] Failure {
 // The failure that an errno value stands for. The one place where the system's errors are put into words.
 Failure SystemFailure(int error);
 
+// A failure of the kind Refused.
+Failure Refusal(std::string text);
+
 // A value, or the failure that left none. Looking at the value of a failure is a mistake of ours.
 template <class T>
 class [[nodiscard]] Result {

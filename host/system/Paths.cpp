@@ -1,7 +1,5 @@
 #include "host/system/Paths.h"
 
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -48,6 +46,18 @@ Failure CheckRegularFile(const std::string& path) {
     if (stat(path.c_str(), &status) != 0) return SystemFailure(errno);
     if (!S_ISREG(status.st_mode)) return {FailureKind::WrongKind, KindText(status.st_mode)};
     return {};
+}
+
+bool IsSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+timespec ModifiedTime(const struct stat& status) {
+#ifdef __APPLE__
+    return status.st_mtimespec;
+#else
+    return status.st_mtim;
+#endif
 }
 
 bool LeadsIntoFile(const std::string& path) {

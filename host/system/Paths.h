@@ -1,6 +1,9 @@
 // Paths as texts, and what is found where they lead. Paths are bytes.
 #pragma once
 
+#include <sys/stat.h>
+
+#include <ctime>
 #include <string>
 
 #include "host/system/Failure.h"
@@ -16,6 +19,12 @@ std::string RealPath(const std::string& path);
 
 // Says what else is there unless the path leads to a regular file, also through links. Opens nothing.
 Failure CheckRegularFile(const std::string& path);
+
+// Whether both are of one file, under whatever names.
+bool IsSameFile(const struct stat& a, const struct stat& b);
+
+// When the contents of a file were changed.
+timespec ModifiedTime(const struct stat& status);
 
 // Whether the path goes on behind the name of a regular file, or of a link to one, as paths into archives do.
 bool LeadsIntoFile(const std::string& path);
