@@ -62,16 +62,19 @@ void RemoveLeftover(int folder, const char* name) {
     struct stat listed, opened;
     if (fstatat(folder, name, &listed, AT_SYMLINK_NOFOLLOW) != 0) return;
     if (!S_ISREG(listed.st_mode) || listed.st_uid != geteuid()) return;
-    const FileDescriptor file(openat(folder, name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (!file.IsOpen() || flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return;
+    constexpr int kFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const FileDescriptor file(Uninterrupted([&] { return openat(folder, name, kFlags); }));
+    if (!file.IsOpen() || Uninterrupted([&] { return flock(file.Get(), LOCK_EX | LOCK_NB); }) != 0) return;
     if (fstat(file.Get(), &opened) != 0 || fstatat(folder, name, &listed, AT_SYMLINK_NOFOLLOW) != 0) return;
     if (IsSameFile(opened, listed)) unlinkat(folder, name, 0);
 }
 
 // Some file systems cannot do this for a folder, and then need not.
 bool SyncFolder(const std::string& folder) {
-    const FileDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return descriptor.IsOpen() && (fsync(descriptor.Get()) == 0 || errno == EINVAL);
+    const FileDescriptor descriptor(
+        Uninterrupted([&] { return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!descriptor.IsOpen()) return false;
+    return Uninterrupted([&] { return fsync(descriptor.Get()); }) == 0 || errno == EINVAL;
 }
 
 }  // namespace
@@ -86,7 +89,8 @@ Failure MarkedFile::Create(const std::string& path) {
         const std::string name = NewName(path);
         if (name.empty()) return SystemFailure(errno);
         cleanup_.emplace(name);  // before there is a file that a signal could leave behind
-        file_ = FileDescriptor(open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+        constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+        file_ = FileDescriptor(Uninterrupted([&] { return open(name.c_str(), kFlags, 0600); }));
         if (!file_.IsOpen()) return SystemFailure(errno);
         name_ = name;
     } while (!Lock(file_.Get()));

@@ -97,7 +97,8 @@ std::uint64_t CopyInSystem(int from, std::uint64_t offset, int to, std::uint64_t
 #ifdef __linux__
     auto in = static_cast<off_t>(offset);
     auto out = static_cast<off_t>(target);
-    const ssize_t count = copy_file_range(from, &in, to, &out, static_cast<std::size_t>(size), 0);
+    const ssize_t count =
+        Uninterrupted([&] { return copy_file_range(from, &in, to, &out, static_cast<std::size_t>(size), 0); });
     return count < 0 ? 0 : static_cast<std::uint64_t>(count);
 #else
     static_cast<void>(from), static_cast<void>(offset), static_cast<void>(to), static_cast<void>(target);
