@@ -17,6 +17,10 @@ constexpr std::uint64_t kLargeArchive = 1 << 30;  // far from what an archive ca
 constexpr std::uint64_t kInMemory = 1 << 22;
 constexpr std::size_t kBufferSize = 1 << 18;
 
+Failure OutOfMemory() {
+    return {FailureKind::Limit, "there is not enough memory"};
+}
+
 }  // namespace
 
 // The bytes of one scratch archive. They stay in memory while they are few: adding a small member takes a dozen writes.
@@ -108,7 +112,7 @@ Failure ScratchArchive::MakeRoom() {
 
 Failure ScratchArchive::WhyNot() const {
     if (archive_->Error() != 0) return SystemFailure(archive_->Error());
-    return {FailureKind::System, "there is not enough memory"};
+    return OutOfMemory();
 }
 
 // Writes all that the reader gives.
@@ -119,7 +123,7 @@ Failure ScratchArchive::Fill(File& file, const ContentsReader& read, ContentsSum
         if (*count == 0) return {};
         sums.Add(buffer_.get(), *count);
         if (sums.Size() > kMaxOffset) return Refusal("it is too large for an archive");
-        if (!Write(file, *count, buffer_.get())) return {FailureKind::System, "there is not enough memory"};
+        if (!Write(file, *count, buffer_.get())) return OutOfMemory();
     }
 }
 
