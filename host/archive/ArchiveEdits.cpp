@@ -31,7 +31,7 @@ void ArchiveEdits::Begin(const std::set<std::string>& archives, bool force) {
         if (stat(real.c_str(), &status) == 0 && !locked.emplace(status.st_dev, status.st_ino).second) {
             edit.failure = Refusal("the command names the same file by another name too");
         } else if (!force && IsWriteProtected(real)) {
-            edit.failure = Refusal("it is write-protected");
+            edit.failure = WriteProtected();
         } else {
             Result<std::unique_ptr<ArchiveRewrite>> rewrite = ArchiveRewrite::Begin(real, options);
             if (rewrite) edit.rewrite = std::move(*rewrite);

@@ -1,12 +1,12 @@
 #include "host/archive/LockedArchive.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "host/archive/ExtendedAttributes.h"
 #include "host/archive/MarkedFile.h"
@@ -41,14 +41,17 @@ bool IsSameState(const struct stat& a, const struct stat& b) {
 }
 
 // For writing, since some file systems give no lock to a descriptor that is not.
-FileDescriptor OpenForLock(const std::string& path, bool force) {
-    constexpr int kFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    FileDescriptor file(Uninterrupted([&path] { return open(path.c_str(), O_RDWR | kFlags); }));
-    if (file.IsOpen() || !force || errno != EACCES) return file;
-    return FileDescriptor(Uninterrupted([&path] { return open(path.c_str(), O_RDONLY | kFlags); }));
+Result<FileDescriptor> OpenForLock(const std::string& path, bool force) {
+    Result<FileDescriptor> file = OpenRegularFile(path, O_RDWR);
+    if (file || file.Why().error != EACCES) return file;
+    return force ? OpenRegularFile(path) : WriteProtected();
 }
 
 }  // namespace
+
+Failure WriteProtected() {
+    return Refusal("it is write-protected; --force edits it all the same");
+}
 
 // Whoever had the lock before may have put another file in the place of the one that was opened.
 Result<LockedArchive> LockedArchive::Open(const std::string& path, bool force,
@@ -56,14 +59,12 @@ Result<LockedArchive> LockedArchive::Open(const std::string& path, bool force,
     LockedArchive archive;
     archive.path_ = RealPath(path);
     for (;;) {
-        if (Failure failure = CheckRegularFile(archive.path_)) return failure;
-        archive.file_ = OpenForLock(archive.path_, force);
-        if (!archive.file_.IsOpen() && errno == EACCES) return Refusal("it is write-protected");
-        if (!archive.file_.IsOpen()) return SystemFailure(errno);
+        Result<FileDescriptor> file = OpenForLock(archive.path_, force);
+        if (!file) return file.Why();
+        archive.file_ = std::move(*file);
         if (Failure failure = archive.Lock(tellWaiting)) return failure;
         struct stat now;
         if (fstat(archive.file_.Get(), &archive.status_) != 0) return SystemFailure(errno);
-        if (!S_ISREG(archive.status_.st_mode)) return Failure{FailureKind::WrongKind, "is not a regular file"};
         if (stat(archive.path_.c_str(), &now) == 0 && IsSameFile(now, archive.status_)) return archive;
     }
 }

@@ -45,4 +45,7 @@ private:
     struct stat status_ = {};
 };
 
+// Why an archive is not edited whose permissions are against it.
+Failure WriteProtected();
+
 }  // namespace ZEMA

@@ -38,8 +38,8 @@ FileDescriptor::~FileDescriptor() {
     if (descriptor_ >= 0) close(descriptor_);
 }
 
-Result<FileDescriptor> OpenRegularFile(const std::string& path) {
-    FileDescriptor file(Foundation::OpenRegularFile(path, O_RDONLY));
+Result<FileDescriptor> OpenRegularFile(const std::string& path, int mode) {
+    FileDescriptor file(Foundation::OpenRegularFile(path, mode));
     if (file.IsOpen()) return file;
     const int error = errno;
     if (Failure failure = CheckRegularFile(path)) return failure;  // says what it is instead

@@ -1,6 +1,8 @@
 // Files of the system by their descriptors: opening, reading and copying.
 #pragma once
 
+#include <fcntl.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -30,9 +32,9 @@ private:
     int descriptor_;
 };
 
-// Opens a regular file for reading, links followed. Anything else is refused at once: never opened, never waited
-// for. A lease that somebody holds on the file is waited for.
-Result<FileDescriptor> OpenRegularFile(const std::string& path);
+// Opens a regular file for one of O_RDONLY, O_WRONLY and O_RDWR, links followed. Anything else is refused at once:
+// never opened, never waited for. A lease that somebody holds on the file is waited for.
+Result<FileDescriptor> OpenRegularFile(const std::string& path, int mode = O_RDONLY);
 
 // The bytes of a regular file of at most `limit` bytes.
 Result<std::string> ReadRegularFile(const std::string& path, std::size_t limit);

@@ -179,7 +179,7 @@ TEST(WqfStorage, SaysWhyItChangesNothing) {
         {"cp b.txt x.wqf/dir/../a.txt/", "copy 'x.wqf/dir/../a.txt/': is no folder and no archive"},
         {"cp -r a.txt x.wqf", "copy 'a.txt': 'x.wqf/a.txt' is there and is no folder"},
         {"cp b.txt x.wqf/r.txt", "copy 'b.txt': 'x.wqf/r.txt' is write-protected (-f replaces it)"},
-        {"cp b.txt locked", "copy 'locked': it is write-protected"},
+        {"cp b.txt locked", "copy 'locked': it is write-protected; --force edits it all the same"},
         {"cp b.txt none/b.txt", "copy 'none/b.txt': no such file"},
         {"mv x.wqf/a.txt none/", "move 'x.wqf/a.txt': 'none/' is no folder"},
         {"cp b.txt x.wqf/none/", "copy 'b.txt': 'x.wqf/none/' is no folder"},
