@@ -74,21 +74,21 @@ void CopyPlan::LeaveOut(const StorageItem& source, const std::string& reason) {
 }
 
 bool CopyPlan::Make(const std::vector<std::string>& sources, const std::string& target) {
-    if (!FindTarget(sources, target)) return false;
+    hasSeveralSources_ = sources.size() > 1;
+    if (!FindTarget(target)) return false;
     for (const std::string& source : sources) {
         if (!AddOperand(source)) return false;
     }
     return !RefusesSideBySide() && !RefusesSizes();
 }
 
-bool CopyPlan::FindTarget(const std::vector<std::string>& sources, const std::string& target) {
+bool CopyPlan::FindTarget(const std::string& target) {
     Result<StorageItem> item = tree_.Find(target);
     // What cannot be opened is no folder, and may be replaced.
     if (item && !IsUnreadable(*item)) item = tree_.Enter(*item);
     if (!item) return Refuse(target, item.Why().text);
     target_ = *item;
     intoTarget_ = target_.facts.IsFolder();
-    if (sources.size() > 1 && !intoTarget_) return Refuse(target, "is no folder, and there are several sources");
     if (target_.archive && target_.archive->IsMember()) {
         return Refuse(target, "an archive in an archive can only be read");
     }
@@ -109,6 +109,9 @@ bool CopyPlan::AddSource(const StorageItem& source) {
         const std::string command = options_.move ? "mv" : "cp";
         LeaveOut(source, "neither it nor '" + target_.shown + "' lies in an archive; use " + command);
         return true;
+    }
+    if (hasSeveralSources_ && !intoTarget_) {
+        return Refuse(target_.shown, "is no folder, and there are several sources");
     }
     if (source.facts.IsFolder() && !options_.recursive) {
         LeaveOut(source, "is a folder (-r copies folders)");

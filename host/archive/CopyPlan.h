@@ -64,7 +64,7 @@ private:
         std::string name;  // empty where the source's contents go into the target by themselves
     };
 
-    bool FindTarget(const std::vector<std::string>& sources, const std::string& target);
+    bool FindTarget(const std::string& target);
     bool AddOperand(const std::string& source);
     bool AddSource(const StorageItem& source);
     bool AddTree(const Pending& top);
@@ -93,6 +93,7 @@ private:
     StorageTree tree_;
     StorageItem target_;
     bool intoTarget_ = false;
+    bool hasSeveralSources_ = false;
     std::vector<Operand> operands_;
     std::vector<Step> steps_;
     std::map<std::size_t, Names> names_;  // of all targets, by the step of their folder

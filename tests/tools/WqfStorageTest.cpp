@@ -175,7 +175,10 @@ TEST(WqfStorage, SaysWhyItChangesNothing) {
         {"ls cut", "list 'cut': it was cut short: its directory is missing"},
         {"cp -r y/ tree/t.txt", "copy 'y/': 'tree/t.txt' is there and is no folder"},
         {"cp tree x.wqf", "copy 'tree': is a folder (-r copies folders)"},
-        {"cp b.txt link tree/t.txt", "copy 'tree/t.txt': is no folder, and there are several sources"},
+        {"cp x.wqf/a.txt link tree/t.txt", "copy 'tree/t.txt': is no folder, and there are several sources"},
+        {"mv tree link none",
+         "move 'tree': neither it nor 'none' lies in an archive; use mv\n"
+         "wqf: cannot move 'link': neither it nor 'none' lies in an archive; use mv"},
         {"cp b.txt x.wqf/dir/../a.txt/", "copy 'x.wqf/dir/../a.txt/': is no folder and no archive"},
         {"cp -r a.txt x.wqf", "copy 'a.txt': 'x.wqf/a.txt' is there and is no folder"},
         {"cp b.txt x.wqf/r.txt", "copy 'b.txt': 'x.wqf/r.txt' is write-protected (-f replaces it)"},
