@@ -139,7 +139,8 @@ private:
     Failure TakeIntoArchive(const CopyPlan::Step& step, const StorageItem& source, const StorageItem& target) {
         ArchiveRewrite& archive = *edits_.Change(target.native);
         const MemberNames& names = **target.archive->Names();
-        const std::string spelling = names.SpellingOf(target.inner, target.innerBytes);
+        const std::string spelling = target.facts.IsMissing() ? names.NewSpellingOf(target.inner, target.innerBytes)
+                                                              : names.SpellingOf(target.inner, target.innerBytes);
         if (source.facts.IsFile()) {
             for (const std::uint32_t replaced : names.FilesAt(spelling)) archive.Remove(replaced);
             if (target.facts.IsFile()) TellOfOtherSpelling(target, spelling);

@@ -26,6 +26,13 @@ bool IsSameItem(const StorageItem& a, const StorageItem& b) {
     return stat(a.native.c_str(), &first) == 0 && stat(b.native.c_str(), &second) == 0 && IsSameFile(first, second);
 }
 
+// Whether the target is a name for the source itself that differs from its own in case, and that no member has.
+bool IsRespelling(const StorageItem& source, const StorageItem& target) {
+    if (!source.archive || !IsSameItem(source, target)) return false;
+    const MemberNames& names = **source.archive->Names();
+    return !names.IsThere(names.NewSpellingOf(target.inner, target.innerBytes));
+}
+
 // Whether a member is a symbolic link, whose contents are a path.
 bool IsLinkMember(const StorageItem& item) {
     if (!item.archive || !item.archive->Names() || !item.node || item.node->Header() == nullptr) return false;
@@ -129,10 +136,15 @@ bool CopyPlan::AddSource(const StorageItem& source) {
         LeaveOut(source, failure.text);
         return true;
     }
-    const std::string name = intoTarget_ ? OwnName(source) : std::string();
-    const Pending top = {source, name.empty() ? target_ : tree_.Child(target_, name), kNoStep, name};
+    const bool respells = options_.move && IsRespelling(source, target_);
+    const std::string name = intoTarget_ && !respells ? OwnName(source) : std::string();
+    Pending top = {source, name.empty() ? target_ : tree_.Child(target_, name), kNoStep, name};
+    if (respells) {  // the name is free: what is there goes away by getting it
+        top.target.node.Reset();
+        top.target.facts = StorageFacts();
+    }
     operands_.back().target = top.target;
-    if (RefusesPair(source, top.target)) return false;
+    if (!respells && RefusesPair(source, top.target)) return false;
     return options_.move && source.archive && source.archive == target_.archive ? AddRename(top) : AddTree(top);
 }
 

@@ -136,6 +136,14 @@ std::string MemberNames::SpellingOf(const BasicArray<String>& path, std::string_
     return spelling;
 }
 
+std::string MemberNames::NewSpellingOf(const BasicArray<String>& path, std::string_view bytes) const {
+    const std::size_t slash = bytes.rfind('/');
+    if (slash == std::string_view::npos) return std::string(bytes);
+    BasicArray<String> folder = path;
+    folder.PopBack();
+    return SpellingOf(folder, bytes.substr(0, slash)) + std::string(bytes.substr(slash));
+}
+
 const ZipTreeNode* MemberNames::Find(const BasicArray<String>& path) const {
     const ZipTreeNode* node = &volume_.RootNode();
     for (const String& part : path) {

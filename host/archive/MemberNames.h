@@ -44,6 +44,9 @@ public:
     // the one that paths lead to, and where nothing is there, the bytes spell what may come to be there.
     std::string SpellingOf(const BasicArray<String>& path, std::string_view bytes) const;
 
+    // How something new at the path is spelled: its own name as it is given.
+    std::string NewSpellingOf(const BasicArray<String>& path, std::string_view bytes) const;
+
     // What only differs from the spelling in its case: the files at the path, and what lies in the folder there. Of
     // members without UTF-8 names nobody can tell.
     Numbers OtherFilesAt(const BasicArray<String>& path, std::string_view spelling) const;
