@@ -16,16 +16,17 @@ std::mutex oneSession;
 
 // The local factory comes first: attaching it mounts the file system, without which there is nothing to look for
 // archives in.
-bool RegisterBackEnds() {
+bool RegisterBackEnds(StorageSession::Purpose purpose) {
     const RefPointer<ObjectFactory> factory = ObjectFactory::Instance();
+    const bool onlyReads = purpose == StorageSession::Purpose::Reading;
     return factory &&
            factory->Register(&typeid(MacOSXDirectory), New<MacOSXStorageFactory>().Get(), &typeid(Directory)) &&
-           factory->Register(&typeid(ZipStorageDirectory), New<ZipStorageFactory>().Get(), &typeid(Directory));
+           factory->Register(&typeid(ZipStorageDirectory), New<ZipStorageFactory>(onlyReads).Get(), &typeid(Directory));
 }
 
 }  // namespace
 
-StorageSession::StorageSession() : lock_(oneSession), ready_(RegisterBackEnds()) {}
+StorageSession::StorageSession(Purpose purpose) : lock_(oneSession), ready_(RegisterBackEnds(purpose)) {}
 
 StorageSession::RegistryEmptier::~RegistryEmptier() {
     ObjectRegistry::Instance()->RemoveAll();

@@ -22,7 +22,7 @@ Failure Load(const std::string& path, std::uint32_t options, DocumentCheck& chec
     const auto absolute = Foundation::StringWithFileSystemRepresentation(whole.string());
     if (!absolute) return {FailureKind::Unsupported, "the path is not UTF-8"};
     DocumentLoad load(options, &check.attempts);
-    const StorageSession storage;
+    const StorageSession storage(StorageSession::Purpose::Reading);
     if (!storage.Ready()) return {FailureKind::Limit, "the storage tree is not available"};
     check.loaded = load.Run(StoragePathOf(absolute.Get()));
     if (!check.loaded) return {};

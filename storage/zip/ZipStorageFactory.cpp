@@ -12,9 +12,9 @@ const char kExtension[] = ".zip";
 constexpr std::uint32_t kExtensionLength = sizeof kExtension - 1;
 
 // Opens the archive file for changes, or else for reading. `style` receives how.
-RefPointer<File> OpenArchive(const Path& path, bool create, AccessStyle& style) {
+RefPointer<File> OpenArchive(const Path& path, bool create, bool onlyReads, AccessStyle& style) {
     style = kReadWriteStyle;
-    RefPointer<File> file = path.OpenFile(&style, create);
+    RefPointer<File> file = onlyReads ? nullptr : path.OpenFile(&style, create);
     if (file || create) return file;
     style = kReadStyle;
     return path.OpenFile(&style, create);
@@ -46,7 +46,8 @@ Directory* MountVolume(ZipStorageVolume& volume, const String& name) {
 
 }  // namespace
 
-ZipStorageFactory::ZipStorageFactory() : SpecificObjectFactory(FactoryRank::Selective) {}
+ZipStorageFactory::ZipStorageFactory(bool onlyReads)
+    : SpecificObjectFactory(FactoryRank::Selective), onlyReads_(onlyReads) {}
 
 ZipStorageFactory::~ZipStorageFactory() = default;
 
@@ -58,7 +59,7 @@ Object* ZipStorageFactory::Create(ObjectFactoryArgs* args) {
     if (!open->create && !path.IsFile()) path.AppendToName(kExtension);
 
     AccessStyle style;
-    const RefPointer<File> archive = OpenArchive(path, open->create, style);
+    const RefPointer<File> archive = OpenArchive(path, open->create, onlyReads_, style);
     if (!archive) return nullptr;
     const RefPointer<ZipStorageVolume> volume = New<ZipStorageVolume>(archive.Get(), style);
     if (!volume->Open()) return nullptr;

@@ -9,7 +9,8 @@ namespace ZEMA {
 // what it recognises: an archive, by its contents and whatever its name is.
 class ZipStorageFactory : public SpecificObjectFactory {
 public:
-    ZipStorageFactory();
+    // A factory that only reads opens no archive for changes, and makes none.
+    explicit ZipStorageFactory(bool onlyReads = false);
 
     // For Directory::OpenArgs the root directory of the archive that the path names, which is entered in the directory
     // around it; null when there is no archive, or one that cannot be mounted. A path without a file is tried once more
@@ -21,6 +22,9 @@ public:
 
 protected:
     ~ZipStorageFactory() override;
+
+private:
+    const bool onlyReads_;
 };
 
 }  // namespace ZEMA

@@ -1,6 +1,8 @@
 // wqf check, scene and catalogue as processes.
 
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <nlohmann/json.hpp>
@@ -149,6 +151,24 @@ TEST(WqfCheck, PrintsEveryFormat) {
                             root + "/gone\n");
     EXPECT_EQ(text.err, "wqf: " + root + "/gone: no such file\n") << "of a path into an archive the loader knows more";
     EXPECT_EQ(Wqf({"scene", below}).err, "wqf: " + below + ": pathError path file" + below + "\n");
+}
+
+// Whoever watches a folder for documents to import would import them again each time they are looked at.
+TEST(WqfLook, OpensNothingForWriting) {
+    const TemporaryFolder folder;
+    const std::string model = In(5, "<Bricks/>");
+    const std::string inner = ArchiveBuilder().Stored("IMAGE100.WQFML", model).Bytes();
+    const std::string path =
+        folder.Write("a.wqf", ArchiveBuilder().Stored("IMAGE100.WQFML", model).Stored("b.wqf", inner).Bytes());
+    const int watch = inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(inotify_add_watch(watch, path.c_str(), IN_CLOSE_WRITE | IN_MODIFY | IN_ATTRIB), 0);
+    for (const char* command : {"check", "scene", "ls", "cat"}) {
+        EXPECT_EQ(Wqf({command, path}).exit, 0) << command;
+        EXPECT_EQ(Wqf({command, path + "/b.wqf"}).exit, 0) << command;
+    }
+    inotify_event event;
+    EXPECT_LT(read(watch, &event, sizeof(event)), 0);
+    close(watch);
 }
 
 TEST(WqfScene, PrintsOneDocument) {
