@@ -19,8 +19,6 @@ namespace {
 using Foundation::CFPointer;
 using Foundation::NSFileManager;
 
-constexpr const char* kModelName = "IMAGE100.WQFML";
-
 // What another loader may be able to read.
 constexpr std::uint32_t kWorthAnotherFormat = ModelLoader::Error::VersionKind | ModelLoader::Error::ParserKind;
 
@@ -141,6 +139,7 @@ void DocumentLoad::Record(const ModelLoader& loader, bool loaded) {
     LoadAttempt& attempt = attempts_->back();
     attempt.loaded = loaded;
     attempt.errorMask = loader.errorMask;
+    attempt.firstErrorKind = loader.errors.Empty() ? 0 : loader.errors[0]->kind;
     attempt.errors.clear();  // an earlier try may have run out of memory half way
     attempt.errors.reserve(loader.errors.Size());
     for (const RefPointer<ModelLoader::Error>& error : loader.errors) {

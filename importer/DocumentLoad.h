@@ -4,6 +4,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,13 +27,17 @@ String StoragePathOf(CFStringRef nativePath);
 // The option bits that the importer hands to the loaders.
 inline constexpr std::uint32_t kImportOptions = 1;
 
+// The member of an archive that is its model, in any case of letters.
+inline constexpr const char* kModelName = "IMAGE100.WQFML";
+
 // What one loader made of a document.
 struct LoadAttempt {
     std::uint32_t format = 0;  // of the markup: 5 or 4
     bool loaded = false;
     std::uint32_t errorMask = 0;
-    std::vector<std::string> errors;  // what each error says of itself, in UTF-8
-    std::string reason;               // when memory or a limit ended the attempt before its end: which
+    std::vector<std::string> errors;    // what each error says of itself, in UTF-8
+    std::uint32_t firstErrorKind = 0;   // of ModelLoader::Error; 0 where there is no error
+    std::optional<std::string> reason;  // when memory or a limit ended the attempt before its end: which
 };
 
 // Opens one document and loads its model: an archive is mounted and its model member read, anything else is read as a

@@ -16,8 +16,8 @@ namespace ZEMA {
 //          factories away from under another session.
 class StorageSession {
 public:
-    // What the tree is used for. Whoever only reads has no archive opened for changes, which
-    // would wake everybody who watches the file for writing, and would make an archive of an empty file.
+    // What the tree is used for. Whoever only reads has no archive opened for changes: that would wake everybody who
+    // watches the file for writing, and would make an archive of an empty file.
     enum class Purpose { Anything, Reading };
 
     explicit StorageSession(Purpose purpose = Purpose::Anything);

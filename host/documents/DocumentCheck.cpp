@@ -42,7 +42,7 @@ void WriteAttempt(const LoadAttempt& attempt, JsonWriter& json) {
     json.BeginArray();
     for (const std::string& error : attempt.errors) json.Text(error);
     json.EndArray();
-    if (!attempt.reason.empty()) json.Text("reason", attempt.reason);
+    if (attempt.reason) json.Text("reason", *attempt.reason);
     json.EndObject();
 }
 
@@ -54,7 +54,7 @@ std::string AttemptText(const LoadAttempt& attempt) {
     const std::string start = "  format " + std::to_string(attempt.format) + ": ";
     std::string text;
     for (const std::string& error : attempt.errors) text += Line(start + error);
-    if (!attempt.reason.empty()) text += Line(start + attempt.reason);
+    if (attempt.reason) text += Line(start + *attempt.reason);
     if (text.empty() && !attempt.loaded) text = Line(start + "the model is not complete, and no error is named");
     return text;
 }
@@ -68,7 +68,7 @@ DocumentCheck CheckDocument(const std::string& path, std::uint32_t options, RefP
     } catch (...) {
         // An attempt that was under way has noted the reason itself.
         check.loaded = false;
-        if (check.attempts.empty() || check.attempts.back().reason.empty())
+        if (check.attempts.empty() || !check.attempts.back().reason)
             check.failure = {FailureKind::Limit, ReasonOfException()};
     }
     return check;
@@ -82,7 +82,7 @@ std::vector<std::string> ReasonsOf(const DocumentCheck& check) {
     if (check.failure) return {check.failure.text};
     if (check.attempts.empty()) return {"no loader was asked"};
     const LoadAttempt& last = check.attempts.back();
-    if (!last.reason.empty()) return {last.reason};
+    if (last.reason) return {*last.reason};
     if (last.errors.empty()) return {"the model is not complete, and the loader names no error"};
     return last.errors;
 }
