@@ -86,7 +86,7 @@ struct XMLEventParser::Callbacks {
 
 XMLEventParser::~XMLEventParser() = default;
 
-bool XMLEventParser::Parse(const AString& text) {
+bool XMLEventParser::Parse(const AString& text, MarkupFault* fault) {
     if (text.Length() > static_cast<std::uint32_t>(std::numeric_limits<int>::max())) return false;
     std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
     if (!parser) throw std::bad_alloc();
@@ -97,8 +97,10 @@ bool XMLEventParser::Parse(const AString& text) {
     XML_SetAttlistDeclHandler(parser_, Callbacks::Attribute);
     DeliverText(deliversText_);
     declarationCount_ = 0;
+    isBeyondBounds_ = false;
     contentLeft_ = text.Length() * kContentRatio + kContentAllowance;
     const XML_Status status = XML_Parse(parser_, text.Data(), static_cast<int>(text.Length()), XML_TRUE);
+    if (status != XML_STATUS_OK && fault != nullptr) *fault = FaultHere();
     parser_ = nullptr;
     parser.reset();
     if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
@@ -106,12 +108,29 @@ bool XMLEventParser::Parse(const AString& text) {
 }
 
 void XMLEventParser::CountDeclaration() {
-    if (++declarationCount_ > kDeclarationLimit) Stop();
+    if (++declarationCount_ > kDeclarationLimit) StopAtBound();
 }
 
 void XMLEventParser::Charge(std::uint64_t size) {
-    if (size > contentLeft_) return Stop();
+    if (size > contentLeft_) return StopAtBound();
     contentLeft_ -= size;
+}
+
+void XMLEventParser::StopAtBound() {
+    isBeyondBounds_ = true;
+    Stop();
+}
+
+// A text that was cut off is the most frequent fault, and the parser has several names for it.
+MarkupFault XMLEventParser::FaultHere() const {
+    const XML_Error code = XML_GetErrorCode(parser_);
+    const char* text = XML_ErrorString(code);
+    if (isBeyondBounds_) text = "its declarations stand for more than a document may come to";
+    if (code == XML_ERROR_NO_ELEMENTS || code == XML_ERROR_UNCLOSED_TOKEN || code == XML_ERROR_PARTIAL_CHAR ||
+        code == XML_ERROR_UNCLOSED_CDATA_SECTION) {
+        text = "it ends too early";
+    }
+    return {XML_GetCurrentLineNumber(parser_), XML_GetCurrentColumnNumber(parser_) + 1, text == nullptr ? "" : text};
 }
 
 void XMLEventParser::Stop() {

@@ -11,6 +11,14 @@ struct XML_ParserStruct;
 
 namespace ZEMA {
 
+// Where a text ceases to be well-formed, and what is wrong there, in words that go on behind a colon. The loaders never
+// ask; it is for whoever explains a failure to people.
+struct MarkupFault {
+    std::uint64_t line = 0;    // counted from 1
+    std::uint64_t column = 0;  // characters, from 1
+    const char* text = "";     // lives as long as the program
+};
+
 // Parses one text and calls the operations of a subclass for what is in it. Texts are UTF-8 and gone when the operation
 // returns.
 //
@@ -30,8 +38,9 @@ protected:
     virtual ~XMLEventParser();
 
     // Parses the whole text, whose own declaration decides about its encoding. False when it is malformed, when Stop
-    // was called, when its declarations go beyond the bounds, or when it has 2^31 bytes or more.
-    [[nodiscard]] bool Parse(const AString& text);
+    // was called, when its declarations go beyond the bounds, or when it has 2^31 bytes or more. In the first and the
+    // third case `fault`, unless null, receives what was wrong.
+    [[nodiscard]] bool Parse(const AString& text, MarkupFault* fault = nullptr);
 
     // From an operation only. The parser may still close an element without content.
     void Stop();
@@ -50,10 +59,13 @@ private:
     void CountDeclaration();
     // Stops the parse where the document comes to more than it may.
     void Charge(std::uint64_t size);
+    void StopAtBound();
+    MarkupFault FaultHere() const;
 
     XML_ParserStruct* parser_ = nullptr;  // while Parse runs
     std::uint32_t declarationCount_ = 0;
     std::uint64_t contentLeft_ = 0;  // bytes that start tags and text may still come to
+    bool isBeyondBounds_ = false;
     bool deliversText_ = true;
     std::exception_ptr failure_;
 };
