@@ -4,6 +4,8 @@
 
 #include "host/archive/ArchiveRecords.h"
 #include "host/archive/DescriptorFile.h"
+#include "host/archive/ForeignMethods.h"
+#include "host/archive/LocalRecord.h"
 #include "host/system/Paths.h"
 #include "storage/zip/ZipFormat.h"
 #include "storage/zip/ZipStorageFile.h"
@@ -65,16 +67,33 @@ bool MountedArchive::IsOf(const struct stat& status) const {
     return !IsMember() && IsSameFile(status, status_);
 }
 
+namespace {
+
+// Why the storage tree does not open a member that is a file. It keeps that to itself, but the records tell.
+Failure WhyClosed(ZipStorageVolume& volume, const ZipFileHeader& member) {
+    const Result<ArchiveRecords::Pointer> records = ArchiveRecords::Read(RefPointer<File>(&volume.Archive()));
+    if (!records) return records.Why();
+    std::size_t number = 0;
+    auto before = volume.MembersInDirectoryOrder().First();
+    for (; before != &member; before = ZipStorageVolume::DirectoryOrder::Next(before)) ++number;
+    const ArchiveEntry entry = (*records)->Entry(number);
+    const Result<LocalRecord> local = ReadLocalRecord(**records, entry);
+    if (!local) return local.Why();
+    if (Failure failure = CheckReadable(entry, *local)) return failure;
+    if (entry.method != kMethodStored && entry.method != kMethodDeflated) {
+        return {FailureKind::Unsupported, "it is packed by " + NameOfMethod(entry.method)};
+    }
+    return {FailureKind::Damaged, "it is damaged: its contents do not unpack to their size"};
+}
+
+}  // namespace
+
 Result<RefPointer<File>> OpenMemberFile(ZipStorageVolume& volume, ZipTreeNode& node) {
     RefPointer<File> file(ZipStorageFile::Open(volume, node, nullptr, kReadStyle, nullptr));
     if (file) return file;
     const ZipFileHeader* const member = node.Header();
     if (member == nullptr || member->elementFlags.IsDirectory()) return Failure{FailureKind::WrongKind, "is a folder"};
-    if ((member->flags & kFlagEncrypted) != 0) return Failure{FailureKind::Unsupported, "it is encrypted"};
-    if (member->method != kMethodStored && member->method != kMethodDeflated) {
-        return Failure{FailureKind::Unsupported, "it is packed by a method that is not supported"};
-    }
-    return Failure{FailureKind::Damaged, "its records disagree, or it is damaged"};
+    return WhyClosed(volume, *member);
 }
 
 }  // namespace ZEMA
