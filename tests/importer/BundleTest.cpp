@@ -4,11 +4,14 @@
 #include <gtest/gtest.h>
 #include <stdio.h>
 
+#include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 
-#include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
+#include "host/print/JsonWriter.h"
+#include "host/print/PropertyList.h"
 #include "host/system/FileDescriptor.h"
 #include "host/system/Utf8Text.h"
 #include "importer/AttributeSet.h"
@@ -28,6 +31,28 @@ std::string OutputOf(const std::string& command) {
     return output;
 }
 
+constexpr const char* kLanguages[] = {"da", "de", "en"};
+
+// A file of the bundle, as text.
+std::string Read(const std::string& name) {
+    const Result<std::string> text = ReadRegularFile(ZEMA_BUNDLE "/Contents/" + name, 1 << 20);
+    EXPECT_TRUE(text) << name << ": " << text.Why().text;
+    return text ? *text : "";
+}
+
+// The texts by their keys. A line that is none would have the system pass over all of them.
+std::map<std::string, std::string> StringsOf(const std::string& language, const std::string& name) {
+    static const std::regex form(R"re(("([^"]+)"|([\w.]+)) = "([^"]+)";)re");
+    std::map<std::string, std::string> strings;
+    std::istringstream lines(Read("Resources/" + language + ".lproj/" + name));
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch match;
+        EXPECT_TRUE(std::regex_match(line, match, form)) << language << ", " << line;
+        strings[match.str(2) + match.str(3)] = match.str(4);
+    }
+    return strings;
+}
+
 }  // namespace
 
 TEST(Bundle, ExportsItsFiveFunctionsAndNothingElse) {
@@ -40,25 +65,76 @@ TEST(Bundle, ExportsItsFiveFunctionsAndNothingElse) {
                                               "T MetadataImporterQueryInterface"}));
 }
 
-TEST(Bundle, DeclaresTheFactoryThatItHas) {
-    const Result<BundleInfo> info = ReadBundleInfo(ZEMA_BUNDLE);
-    ASSERT_TRUE(info) << info.Why().text;
-    ASSERT_EQ(info->factories.size(), 1u);
-    EXPECT_EQ(info->factories[0].type, "8B08C4BF-415B-11D8-B3F9-0003936726FC");
-    EXPECT_EQ(info->factories[0].factory, ZEMA_METADATA_IMPORTER_FACTORY_ID);
-    EXPECT_EQ(info->contentType, "com.zema.wqf");
+// The keys that the system documents for a metadata importer: one that is missing or misspelt and the bundle is passed
+// over, without a word.
+TEST(Bundle, SaysOfItselfWhatTheSystemAsks) {
+    const Result<Value> list = ReadPropertyList(Read("Info.plist"));
+    ASSERT_TRUE(list) << list.Why().text;
+    const struct {
+        const char* key;
+        std::string json;
+    } rows[] = {
+        {"CFBundleDevelopmentRegion", R"("en")"},
+        {"CFBundleExecutable", R"("WQFImporter")"},
+        {"CFBundleIdentifier", R"("com.zema.wqf.importer")"},
+        {"CFBundleInfoDictionaryVersion", R"("6.0")"},
+        {"CFBundlePackageType", R"("BNDL")"},
+        {"CFBundleVersion", R"(")" ZEMA_VERSION R"(")"},
+        {"CFBundleDocumentTypes", R"([{"CFBundleTypeName":"WQF document","CFBundleTypeRole":"MDImporter",)"
+                                  R"("LSItemContentTypes":["com.zema.wqf","com.zema.wqfml"]}])"},
+        {"CFPlugInDynamicRegistration", R"("NO")"},
+        {"CFPlugInDynamicRegisterFunction", R"("")"},
+        {"CFPlugInUnloadFunction", R"("")"},
+        {"CFPlugInFactories", R"({")" ZEMA_METADATA_IMPORTER_FACTORY_ID R"(":"MetadataImporterPluginFactory"})"},
+        {"CFPlugInTypes", R"({"8B08C4BF-415B-11D8-B3F9-0003936726FC":[")" ZEMA_METADATA_IMPORTER_FACTORY_ID R"("]})"},
+    };
+    for (const auto& row : rows) {
+        const Value* const value = Find(*list->AsDictionary(), row.key);
+        EXPECT_EQ(value == nullptr ? "missing" : JsonText(*value), row.json) << row.key;
+    }
 }
 
-// A misspelt name would show its attribute nowhere and be noticed by nobody.
-TEST(Bundle, DescribesItsAttributesInTheSchema) {
+// Every type that the importer is for: known by its ending, with all attributes in the schema, and with a name in every
+// language. What is left out shows nowhere and is noticed by nobody.
+TEST(Bundle, DeclaresItsTypesAndAttributes) {
     std::string all;
-    const std::string schema = *ReadRegularFile(ZEMA_BUNDLE "/Contents/Resources/schema.xml", 1 << 20);
-    for (const CFStringRef name : AttributeNames()) {
-        all += (all.empty() ? "" : " ") + Utf8Of(name);
-        const bool described = schema.find("<attribute name=\"" + Utf8Of(name) + "\"") != std::string::npos;
-        EXPECT_EQ(described, Utf8Of(name).starts_with("com_zema_")) << Utf8Of(name);
+    for (const CFStringRef name : AttributeNames()) all += (all.empty() ? "" : " ") + Utf8Of(name);
+    const std::string schema = Read("Resources/schema.xml");
+    const Result<Value> list = ReadPropertyList(Read("Info.plist"));
+    ASSERT_TRUE(list) << list.Why().text;
+    const Value* const types = Find(*list->AsDictionary(), "UTImportedTypeDeclarations");
+    ASSERT_NE(types, nullptr);
+    std::string declared;
+    for (const Value& type : *types->AsList()) {
+        declared += JsonText(*Find(*type.AsDictionary(), "UTTypeIdentifier")) +
+                    JsonText(*Find(*type.AsDictionary(), "UTTypeTagSpecification"));
+        const std::string start = "<type name=\"" + *Find(*type.AsDictionary(), "UTTypeIdentifier")->AsText() + "\">";
+        const std::size_t at = schema.find(start);
+        ASSERT_NE(at, std::string::npos) << start;
+        EXPECT_EQ(schema.find("<allattrs>" + all + "</allattrs>", at), schema.find("<allattrs>", at)) << start;
+        for (const char* language : kLanguages) {
+            const std::string name = *Find(*type.AsDictionary(), "UTTypeDescription")->AsText();
+            EXPECT_NE(StringsOf(language, "InfoPlist.strings")[name], "") << language << ", " << name;
+        }
     }
-    EXPECT_NE(schema.find("<allattrs>" + all + "</allattrs>"), std::string::npos);
+    EXPECT_EQ(declared, R"("com.zema.wqf"{"public.filename-extension":["wqf"],"public.mime-type":"application/x-wqf"})"
+                        R"("com.zema.wqfml"{"public.filename-extension":["wqfml"],)"
+                        R"("public.mime-type":"application/x-wqfml+xml"})");
+}
+
+// The system knows its own attributes; ours need a kind, and a name and an explanation in every language.
+TEST(Bundle, NamesItsOwnAttributesInEveryLanguage) {
+    const std::string schema = Read("Resources/schema.xml");
+    for (const CFStringRef name : AttributeNames()) {
+        const std::string attribute = Utf8Of(name);
+        const bool ours = attribute.starts_with("com_zema_");
+        EXPECT_EQ(schema.find("<attribute name=\"" + attribute + "\"") != std::string::npos, ours) << attribute;
+        for (const char* language : kLanguages) {
+            std::map<std::string, std::string> strings = StringsOf(language, "schema.strings");
+            EXPECT_EQ(strings[attribute] != "", ours) << language << ", " << attribute;
+            EXPECT_EQ(strings[attribute + ".Description"] != "", ours) << language << ", " << attribute;
+        }
+    }
 }
 
 TEST(Bundle, CountsItsInstanceWhileAHostHoldsIt) {
