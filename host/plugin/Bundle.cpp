@@ -8,29 +8,11 @@
 
 #include "host/print/PropertyList.h"
 #include "host/system/FileDescriptor.h"
-
-#ifdef __APPLE__
-#include <mach-o/dyld.h>
-
-#include <climits>
-#endif
+#include "host/system/Paths.h"
 
 namespace ZEMA {
 
 namespace {
-
-// The folder of the running program, links followed; empty when the system cannot tell.
-std::filesystem::path ProgramFolder() {
-    std::error_code error;
-#ifdef __APPLE__
-    char path[PATH_MAX];
-    std::uint32_t size = sizeof(path);
-    if (_NSGetExecutablePath(path, &size) != 0) return {};
-    return std::filesystem::canonical(path, error).parent_path();
-#else
-    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-#endif
-}
 
 bool IsFolder(const std::filesystem::path& path) {
     std::error_code error;
@@ -153,14 +135,13 @@ Result<std::string> FindBundle(const std::string& given) {
         if (IsFolder(given)) return given;
         return Failure{FailureKind::Missing, given + ": there is no such bundle"};
     }
-    const std::filesystem::path prefix = ProgramFolder().parent_path();
-    if (prefix.empty()) {  // never looks in the current folder: whoever can write there would run code here
+    const std::string bundle = BesideProgram("lib/wqf/WQFImporter.mdimporter");
+    if (bundle.empty()) {  // never looks in the current folder: whoever can write there would run code here
         return Failure{FailureKind::Missing,
                        "the system does not tell where this program lies; name a bundle with --bundle"};
     }
-    const std::filesystem::path bundle = prefix / "lib/wqf/WQFImporter.mdimporter";
-    if (IsFolder(bundle)) return bundle.string();
-    return Failure{FailureKind::Missing, "there is no bundle " + bundle.string() + "; name one with --bundle"};
+    if (IsFolder(bundle)) return bundle;
+    return Failure{FailureKind::Missing, "there is no bundle " + bundle + "; name one with --bundle"};
 }
 
 Result<BundleInfo> ReadBundleInfo(const std::string& bundle) {

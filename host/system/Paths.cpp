@@ -4,9 +4,29 @@
 #include <filesystem>
 #include <system_error>
 
+#ifdef __APPLE__
+#include <mach-o/dyld.h>
+
+#include <climits>
+#include <cstdint>
+#endif
+
 namespace ZEMA {
 
 namespace {
+
+// The folder of the running program, links followed; empty when the system cannot tell.
+std::filesystem::path ProgramFolder() {
+    std::error_code error;
+#ifdef __APPLE__
+    char path[PATH_MAX];
+    std::uint32_t size = sizeof(path);
+    if (_NSGetExecutablePath(path, &size) != 0) return {};
+    return std::filesystem::canonical(path, error).parent_path();
+#else
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+#endif
+}
 
 const char* KindText(mode_t mode) {
     switch (mode & S_IFMT) {
@@ -39,6 +59,11 @@ std::string RealPath(const std::string& path) {
     std::error_code error;
     const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
     return error ? path : real.string();
+}
+
+std::string BesideProgram(const std::string& path) {
+    const std::filesystem::path prefix = ProgramFolder().parent_path();
+    return prefix.empty() ? "" : (prefix / path).string();
 }
 
 Failure CheckRegularFile(const std::string& path) {

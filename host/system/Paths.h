@@ -17,6 +17,10 @@ std::string NameOf(const std::string& path);
 // The path without links, as far as there is anything; as it is where the system cannot tell.
 std::string RealPath(const std::string& path);
 
+// What is installed with this program: `path` from the folder around the one that the program lies in, links followed.
+// Empty when the system does not tell where that is.
+std::string BesideProgram(const std::string& path);
+
 // Says what else is there unless the path leads to a regular file, also through links. Opens nothing.
 Failure CheckRegularFile(const std::string& path);
 
