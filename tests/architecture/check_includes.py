@@ -27,7 +27,9 @@ ROOMS = {
                        "platform"],
     "host/workers": ["host/documents", "host/plugin", "host/print", "host/system", "platform"],
     "host/archive": ["host/system", "storage/zip", "storage", "core", "platform"],
-    "tools/wqf": ["host/workers", "host/archive", "host/documents", "host/plugin", "host/print", "host/system", "importer", "loader",
+    "host/handlers": ["host/documents", "host/print", "host/system"],
+    "tools/wqf": ["host/workers", "host/archive", "host/documents", "host/handlers", "host/plugin", "host/print",
+                  "host/system", "importer", "loader",
                   "scene", "storage", "core", "platform"],
 }
 
@@ -38,6 +40,7 @@ WALLS = {
     "utf8proc.h": (["platform"], ".cpp"),
     "archive.h": (["host/archive"], ".cpp"),
     "archive_entry.h": (["host/archive"], ".cpp"),
+    "nlohmann/": (["host/handlers"], ".cpp"),
     "CLI/": (["tools/wqf"], ".cpp"),
 }
 
