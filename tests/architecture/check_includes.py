@@ -27,7 +27,7 @@ ROOMS = {
                        "platform"],
     "host/workers": ["host/documents", "host/plugin", "host/print", "host/system", "platform"],
     "host/archive": ["host/system", "storage/zip", "storage", "core", "platform"],
-    "host/handlers": ["host/documents", "host/print", "host/system"],
+    "host/handlers": ["host/archive", "host/documents", "host/print", "host/system"],
     "tools/wqf": ["host/workers", "host/archive", "host/documents", "host/handlers", "host/plugin", "host/print",
                   "host/system", "importer", "loader",
                   "scene", "storage", "core", "platform"],
