@@ -79,24 +79,32 @@ void AddPaths(CLI::App& parser, std::vector<std::string>& paths, const std::stri
     parser.add_option_function<std::vector<std::string>>("PATH", set, help)->type_name("");
 }
 
-// The names of a command's output formats; the first is what it prints unless told otherwise.
-template <class Format>
-void AddFormat(CLI::App& parser, Format& format, const std::vector<std::pair<std::string, Format>>& names) {
-    std::string choices;
-    for (const auto& [name, value] : names) choices += (choices.empty() ? "" : ", ") + name;
+// One of several names; the first is what is meant unless told otherwise. They stand where others have the kind of
+// their value.
+template <class Choice>
+void AddChoice(CLI::App& parser, const std::string& name, Choice& choice,
+               const std::vector<std::pair<std::string, Choice>>& names, const std::string& help) {
+    std::string kind, choices;
+    for (const auto& [word, value] : names) {
+        kind += (kind.empty() ? "" : "|") + word;
+        choices += (choices.empty() ? "" : ", ") + word;
+    }
     const auto find = [names](const std::string& wanted) {
         const auto named = [&](const auto& item) { return item.first == Bared(wanted); };
         const auto found = std::find_if(names.begin(), names.end(), named);
-        return found == names.end() ? std::nullopt : std::optional<Format>(found->second);
+        return found == names.end() ? std::nullopt : std::optional<Choice>(found->second);
     };
-    const auto set = [&format, find](const std::string& name) { format = *find(name); };
-    const auto check = [find, choices](const std::string& name) {
-        return find(name) ? std::string() : "'" + Bared(name) + "' is none of " + choices;
+    const auto set = [&choice, find](const std::string& word) { choice = *find(word); };
+    const auto check = [find, choices](const std::string& word) {
+        return find(word) ? std::string() : "'" + Bared(word) + "' is none of " + choices;
     };
-    format = names.front().second;
-    parser.add_option_function<std::string>("--format", set, "How to print: " + choices)
-        ->type_name("FORMAT")
-        ->check(check);
+    choice = names.front().second;
+    parser.add_option_function<std::string>(name, set, help)->type_name(kind)->check(check);
+}
+
+template <class Format>
+void AddFormat(CLI::App& parser, Format& format, const std::vector<std::pair<std::string, Format>>& names) {
+    AddChoice(parser, "--format", format, names, "How to print");
 }
 
 void AddDocumentPaths(CLI::App& parser, DocumentPaths& documents, const std::string& help) {
