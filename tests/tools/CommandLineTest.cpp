@@ -40,6 +40,9 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
         {{"scene"}, "wqf: no PATH is given\n"},
         {{"scene", "a", "b"}, "wqf: only one PATH is taken\n"},
         {{"scene", "--options", "4294967296", "a"}, "wqf: --options: '4294967296' is no number of 32 bits\n"},
+        {{"handler"}, "wqf: no INDEXER is given\n"},
+        {{"handler", "tracker"}, "wqf: INDEXER: 'tracker' is none of recoll, kfilemetadata\n"},
+        {{"setup", "kfilemetadata"}, "wqf: INDEXER: 'kfilemetadata' is none of recoll\n"},
         {{"catalogue", "a"}, "wqf: takes no argument, as 'a'\n"},
     };
     for (const auto& row : rows) {

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "host/system/Output.h"
+#include "tools/wqf/DesktopCommands.h"
 #include "tools/wqf/DocumentCommands.h"
 #include "tools/wqf/ExitStatus.h"
 #include "tools/wqf/StorageCommands.h"
@@ -273,6 +274,35 @@ Action DeclareMend(CLI::App& parser) {
         [options, paths] { return paths->empty() ? WrongUse("mend", "no PATH is given") : RunMend(*options, *paths); };
 }
 
+Action DeclareHandler(CLI::App& parser) {
+    const auto indexer = std::make_shared<std::optional<Indexer>>();
+    parser.footer(
+        "Started by the indexer, as its configuration tells it; 'wqf setup' enters it there. The indexer asks on "
+        "standard\n"
+        "input and is answered on standard output.");
+    AddChoice<std::optional<Indexer>>(parser, "INDEXER", *indexer,
+                                      {{"recoll", Indexer::Recoll}, {"kfilemetadata", Indexer::KFileMetaData}},
+                                      "Who asks: Recoll, for many documents, or the file indexer of KDE, for one");
+    indexer->reset();
+    return [indexer] { return *indexer ? RunHandler(**indexer) : WrongUse("handler", "no INDEXER is given"); };
+}
+
+Action DeclareSetup(CLI::App& parser) {
+    const auto options = std::make_shared<SetupOptions>();
+    const auto indexer = std::make_shared<std::optional<Indexer>>();
+    parser.footer(
+        "The lines stand between two marks. Done again it brings them up to date; what stands around them is left "
+        "alone.");
+    AddText(parser, "--confdir", options->configuration, "DIR",
+            "The indexer's configuration; otherwise the one that it takes by itself");
+    AddFlag(parser, "--remove", options->remove, "Take the lines out again");
+    AddChoice<std::optional<Indexer>>(parser, "INDEXER", *indexer, {{"recoll", Indexer::Recoll}},
+                                      "Whose configuration the handler is entered in");
+    indexer->reset();
+    return
+        [options, indexer] { return *indexer ? RunSetupRecoll(*options) : WrongUse("setup", "no INDEXER is given"); };
+}
+
 constexpr Command kCommands[] = {
     {"import", "Print the attributes that the plug-in imports from documents", DeclareImport},
     {"check", "Tell whether documents load, and what is wrong with them", DeclareCheck},
@@ -286,6 +316,8 @@ constexpr Command kCommands[] = {
     {"mkdir", "Make folders in archives", DeclareMkdir},
     {"new", "Make empty archives", DeclareNew},
     {"mend", "Write archives anew so that they can be imported", DeclareMend},
+    {"handler", "Read documents for an indexer of the desktop", DeclareHandler},
+    {"setup", "Have an indexer of the desktop find documents, or no longer", DeclareSetup},
 };
 
 const Command* FindCommand(const std::string& name) {
