@@ -1,6 +1,6 @@
 # The few commands that people type; what they build is described in CMakeLists.txt and CMakePresets.json.
 
-.PHONY: run test bench clang tsan format tidy clean
+.PHONY: run test bench clang tsan fuzz format tidy clean
 
 # Prints the attributes of the samples, or of DOC=path.
 run:
@@ -28,6 +28,13 @@ bench:
 	cmake --build --preset bench
 	bench/run build/bench
 
+# Looks for inputs that break a promise: every target for a minute, or SECONDS=600, or only those in TARGETS=import.
+fuzz:
+	scripts/install-dependencies fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	fuzz/run build/fuzz $(or $(SECONDS),60) $(TARGETS)
+
 # Fails where clang-format would change something.
 format:
 	scripts/install-dependencies format
@@ -37,7 +44,7 @@ format:
 tidy:
 	scripts/install-dependencies tidy
 	cmake --preset clang -DZEMA_TESTS=OFF -B build/tidy
-	git ls-files -z '*.cpp' ':!tests' ':!bench' | xargs -0 -n 8 -P 2 clang-tidy -p build/tidy --quiet
+	git ls-files -z '*.cpp' ':!tests' ':!bench' ':!fuzz' | xargs -0 -n 8 -P 2 clang-tidy -p build/tidy --quiet
 
 clean:
 	rm -rf build

@@ -36,6 +36,9 @@ if(ZEMA_SANITIZE)
     -fsanitize=${ZEMA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(zema_options INTERFACE -fsanitize=${ZEMA_SANITIZE})
 endif()
+if(ZEMA_FUZZ)
+  target_compile_options(zema_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # zema_library(storage_zip SOURCES a.cpp ... USES ZEMA::storage ... HIDES ZLIB::ZLIB ...)
 # USES: what our headers show; HIDES: what only our sources touch.
