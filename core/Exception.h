@@ -12,13 +12,10 @@ public:
     Exception(const Exception&) = delete;
     Exception& operator=(const Exception&) = delete;
 
-    std::uint32_t Code() const { return code_; }
-
 protected:
     explicit Exception(std::uint32_t code) : code_(code) {}
 
-private:
-    std::uint32_t code_;
+    const std::uint32_t code_;  // which condition it tells of
 };
 
 // Thrown as a pointer to the one process-wide instance: catch `RangeException*` (or `Exception*`) and never delete it.

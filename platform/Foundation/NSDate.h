@@ -17,7 +17,6 @@ public:
 
     static NSDate dateWithTimespec(const std::timespec& time);
 
-    NSTimeInterval timeIntervalSinceReferenceDate() const { return sinceReferenceDate_; }
     NSTimeInterval timeIntervalSinceDate(const NSDate& other) const {
         return sinceReferenceDate_ - other.sinceReferenceDate_;
     }
