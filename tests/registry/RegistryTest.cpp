@@ -60,6 +60,8 @@ TEST(ObjectRegistry, MakesAnObjectOnceAndAnswersNullWhenNothingIsMadeOrTaken) {
     EXPECT_TRUE(registry->Register(2, nullptr));
     EXPECT_EQ(registry->GetOrCreate(2, refusing), nullptr);
     EXPECT_EQ(refusing.callCount, 1);  // the stored null was the answer
+    EXPECT_FALSE(registry->Register(2, refusing.make().Get()));
+    EXPECT_EQ(log, (EventLog{"asked", "end", "end"}));  // under a taken key it is not asked at all
 
     // Its key is taken while it is asked; nobody holds a reference that would keep it alive.
     log.clear();

@@ -37,9 +37,13 @@ TEST(HostileText, BoundsWhatDeclarationsStandFor) {
     const std::string elements = "<!ENTITY e '" + Repeated("<p/>", 100) + "'>";
     const std::string longDefault = "<!ATTLIST p a CDATA '" + Repeated("v", 100000) + "'>";
     const std::string longEntity = "<!ENTITY e '" + Repeated("v", 100000) + "'>";
-    std::string plain, tenDefaults;
+    std::string plain;
     for (int i = 0; i < 1000; ++i) plain += "<!ENTITY e" + std::to_string(i) + " '<p/>'>";
-    for (int i = 0; i < 10; ++i) tenDefaults += "<!ATTLIST part default" + std::to_string(i) + " CDATA '1234567'>";
+    const auto defaults = [](int count) {
+        std::string all;
+        for (int i = 0; i < count; ++i) all += "<!ATTLIST part default" + std::to_string(i) + " CDATA '1234567'>";
+        return all;
+    };
     std::string chain = "<!ENTITY e0 'x'>";
     for (int i = 1; i < 100000; ++i) {
         chain += "<!ENTITY e" + std::to_string(i) + " '&e" + std::to_string(i - 1) + ";'>";
@@ -52,8 +56,10 @@ TEST(HostileText, BoundsWhatDeclarationsStandFor) {
     } rows[] = {
         {"many entities, one in another", plain + "<!ENTITY e '&e999;'>", "&e;", true},
         {"a few megabytes of defaults", longDefault, Repeated("<p/>", 40), true},
-        {"a plain document with defaults", tenDefaults, Repeated("<part designID='3005' materials='21'/>", 50000),
+        {"a plain document with defaults", defaults(10), Repeated("<part designID='3005' materials='21'/>", 50000),
          true},
+        {"as many attributes as may be declared", defaults(512), "", true},
+        {"one more", defaults(513), "", false},
         {"entities nested deep in content", chain, "&e99999;", false},
         {"entities nested deep in a value", chain, "<p a='&e99999;'/>", false},
         {"a long default", longDefault, Repeated("<p/>", 20000), false},
