@@ -8,6 +8,7 @@
 #include "loader/format4/ModelLoaderWQFML4.h"
 #include "scene/StorageScene.h"
 #include "scene/StorageScene2.h"
+#include "tests/loader/SceneText.h"
 #include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
@@ -79,6 +80,7 @@ struct Loaded {
     }
 
     Scene* operator->() const { return scene.Get(); }
+    std::string At(const std::string& place) const { return SceneText(*scene, place); }
     // Of the first model.
     StorageScene::Rigid& Group(std::size_t index) const { return *scene->models[0].rigids[index]; }
     StorageScene::Part& Part(std::size_t part) const { return *Group(0).parts[part]; }

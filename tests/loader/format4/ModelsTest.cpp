@@ -1,8 +1,6 @@
 // What is in a scene: groups, joints, parts, and the corrections of old designs.
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "loader/DesignCatalogue.h"
 #include "tests/loader/format4/Documents.h"
 
@@ -28,62 +26,47 @@ TEST(Format4Models, ReadsGroupsPartsAndTheirNumbers) {
 }
 
 TEST(Format4Models, ReadsJoints) {
-    using Vectors = std::array<Vector3, 6>;
-    const LoadedScene loaded(
+    const ConvertedDocument document(
         Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/><GroupRef groupRef='2'/></Joint>"
                    "<Joint type='HINGE'><GroupRef groupRef='1' ax='1' ay='0' zx='-1' zz='0' tx='1' ty='2' tz='3'/>"
                    "<GroupRef groupRef='2' ay='-1' zy='1' zz='0' tx='4' ty='5' tz='6'/></Joint>")));
-    const Vectors vectors[] = {{{{0, 1, 0}, {0, 0, 1}, {0, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 0}}},
-                               {{{1, 0, 0}, {-1, 0, 0}, {1, 2, 3}, {0, -1, 0}, {0, 1, 0}, {4, 5, 6}}}};
-    ASSERT_TRUE(loaded.succeeded);
-    for (std::size_t i = 0; i < 2; ++i) {
-        const StorageScene::Joint& joint = loaded->models[0].joints[i];
-        EXPECT_EQ((Vectors{joint.a1, joint.z1, joint.t1, joint.a2, joint.z2, joint.t2}), vectors[i]);
-        EXPECT_EQ(joint.type, i == 0 ? 1U : 0U);
-    }
-}
-
-// A joint's handlers leave at the first closing "Joint", also when that closes one inside; what follows is then read as
-// if it stood in the model.
-TEST(Format4Models, JointEndsAtTheFirstClosingTag) {
-    const LoadedScene loaded(
+    EXPECT_EQ(document.At("/rigidSystems/0/joints"),
+              R"([{"a1":[0,1,0],"a2":[0,1,0],"rigid1":[0,0],"rigid2":[0,1],"type":1,"z1":[0,0,1],"z2":[0,0,1]},)"
+              R"({"a1":[1,0,0],"a2":[0,-1,0],"rigid1":[0,0],"rigid2":[0,1],"t1":[1,2,3],"t2":[4,5,6],)"
+              R"("z1":[-1,0,0],"z2":[0,1,0]}])");
+    // A joint's handlers leave at the first closing "Joint", also when that closes one inside; what follows is then
+    // read as if it stood in the model.
+    const ConvertedDocument inside(
         Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/>"
                    "<GroupRef groupRef='2'/><Joint/><Group refID='3'/></Joint><Group refID='4'/>")));
-    EXPECT_TRUE(loaded.succeeded);
-    EXPECT_EQ(loaded->models[0].joints.Size(), 1U);
-    EXPECT_EQ(loaded->models[0].rigids.Size(), 4U);
-}
-
-using Numbers = std::vector<unsigned long>;
-
-Numbers NumbersOf(const BasicArray<unsigned long>& numbers) {
-    return {numbers.begin(), numbers.end()};
+    EXPECT_EQ(inside.At("/rigidSystems/0/rigids"), "[{},{},{},{}]");
+    EXPECT_EQ(inside->rigidSystems[0].joints.Size(), 1U);
 }
 
 TEST(Format4Models, ReadsSurfacesOfParts) {
-    const struct {
-        const char* content;
-        Numbers materials;
-        Numbers decoration;  // once converted
-    } rows[] = {
-        {"<SubMaterial surfaceID='3' materialID='5'/>", {21, 0, 0, 5}, {}},
-        {"<SubMaterial surfaceID='1' materialID='5'/><SubMaterial surfaceID='1' materialID='6'/>", {21, 6}, {}},
-        {"<SubMaterial surfaceID='0' materialID='5'/>", {21}, {}},
-        {"<SubMaterial surfaceID='2' materialID='0'/>", {21}, {}},
-        {"<SubMaterial><SubMaterial x='' surfaceID='1' materialID='5'/></SubMaterial>", {21, 5}, {}},
-        {"<Other><SubMaterial surfaceID='1' materialID='5'/></Other>", {21}, {}},
-        {"<Part refID='2' materialID='1'><SubMaterial surfaceID='1' materialID='5'/></Part>", {21}, {}},
-        {"<Decoration surfaceID='2' decorationID='5'/><Decoration surfaceID='2' decorationID='6'/>", {21}, {0, 0, 6}},
-        {"<Decoration surfaceID='1' decorationID='5'/><Decoration surfaceID='1'/>", {21}, {0, 0}},
-        {"<Decoration decorationID='5'/>", {21}, {5}},
-        {"<Decoration surfaceID='1' decorationID='5'><Decoration surfaceID='2'/></Decoration>", {21}, {0, 5, 0}},
+    const std::pair<const char*, const char*> rows[] = {
+        {"<SubMaterial surfaceID='3' materialID='5'/>", R"({"materials":[21,0,0,5]})"},
+        {"<SubMaterial surfaceID='1' materialID='5'/><SubMaterial surfaceID='1' materialID='6'/>",
+         R"({"materials":[21,6]})"},
+        {"<SubMaterial surfaceID='0' materialID='5'/>", R"({"materials":[21]})"},
+        {"<SubMaterial surfaceID='2' materialID='0'/>", R"({"materials":[21]})"},
+        {"<SubMaterial><SubMaterial x='' surfaceID='1' materialID='5'/></SubMaterial>", R"({"materials":[21,5]})"},
+        {"<Other><SubMaterial surfaceID='1' materialID='5'/></Other>", R"({"materials":[21]})"},
+        {"<Part refID='2' materialID='1'><SubMaterial surfaceID='1' materialID='5'/></Part>", R"({"materials":[21]})"},
+        {"<Decoration surfaceID='2' decorationID='5'/><Decoration surfaceID='2' decorationID='6'/>",
+         R"({"decoration":[0,0,6],"materials":[21]})"},
+        {"<Decoration surfaceID='1' decorationID='5'/><Decoration surfaceID='1'/>",
+         R"({"decoration":[0,0],"materials":[21]})"},
+        {"<Decoration decorationID='5'/>", R"({"decoration":[5],"materials":[21]})"},
+        {"<Decoration surfaceID='1' decorationID='5'><Decoration surfaceID='2'/></Decoration>",
+         R"({"decoration":[0,5,0],"materials":[21]})"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.content);
-        const ConvertedDocument converted(Root(Group(Part(1, "", row.content))));
-        ASSERT_EQ(converted->bricks.Size(), 1U);
-        EXPECT_EQ(NumbersOf(converted->bricks[0]->parts[0]->materials), row.materials);
-        EXPECT_EQ(NumbersOf(converted->bricks[0]->parts[0]->decoration), row.decoration);
+    for (const auto& [content, expected] : rows) {
+        SCOPED_TRACE(content);
+        const ConvertedDocument converted(Root(Group(Part(1, "", content))));
+        auto part = nlohmann::json::parse(converted.At("/bricks/0/parts/0"));
+        part.erase("bones");
+        EXPECT_EQ(part.dump(), expected);
     }
 }
 

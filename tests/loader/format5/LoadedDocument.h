@@ -1,14 +1,10 @@
 // A format-5 document as text, and what became of it.
 #pragma once
 
-#include <algorithm>
-#include <nlohmann/json.hpp>
-
 #include "core/RefPointer.h"
-#include "host/print/JsonWriter.h"
-#include "host/print/SceneJson.h"
 #include "loader/format5/ModelLoaderWQFML5.h"
 #include "scene/StorageScene2.h"
+#include "tests/loader/SceneText.h"
 #include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
@@ -32,18 +28,6 @@ inline std::string BrickWithBone() {
     return "<Brick refID='1' designID='1'><Part refID='1' designID='2' materials='3'><Bone refID='1'/></Part></Brick>";
 }
 
-// A scene's JSON without what has its default: nothing, zeros, the placement at the origin, a camera's field of view.
-inline nlohmann::json Told(nlohmann::json value) {
-    using Json = nlohmann::json;
-    static const Json defaults = {
-        "", 0, 80, false, nullptr, Json::array(), {0, 0, 0}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
-    for (auto item = value.begin(); value.is_structured() && item != value.end();) {
-        *item = Told(*item);
-        item = value.is_object() && std::ranges::count(defaults, *item) != 0 ? value.erase(item) : std::next(item);
-    }
-    return value;
-}
-
 struct LoadedDocument {
     explicit LoadedDocument(const std::string& text, const RefPointer<DesignTemplates>& templates = nullptr)
         : loader(New<ModelLoaderWQFML5>(templates)), scene(New<StorageScene2>()) {
@@ -51,11 +35,7 @@ struct LoadedDocument {
     }
 
     Words Errors() const { return Descriptions(*loader); }
-    // A part of the scene, by its place as in "/bricks/0/parts", or all of it.
-    std::string At(const std::string& place = "") const {
-        const auto json = nlohmann::json::parse(JsonOf([this](JsonWriter& writer) { WriteScene(*scene, writer); }));
-        return Told(json.at(nlohmann::json::json_pointer(place))).dump();
-    }
+    std::string At(const std::string& place = "") const { return SceneText(*scene, place); }
     StorageScene2::Part& Part(std::size_t brick, std::size_t part = 0) const {
         return *scene->bricks[brick]->parts[part];
     }
