@@ -71,7 +71,7 @@ TEST(HostileText, BoundsWhatDeclarationsStandFor) {
         SCOPED_TRACE(row.what);
         const ParsedText node("<!DOCTYPE r [" + row.declarations + "]><r>" + row.content + "</r>");
         EXPECT_EQ(node.succeeded, row.succeeds);
-        EXPECT_EQ(IsEmpty(*node), !row.succeeds);
+        EXPECT_EQ(Shape(*node).empty(), !row.succeeds);
     }
 }
 
@@ -85,7 +85,7 @@ TEST(HostileText, RefusesWhatTheParserCannotCount) {
     const auto node = New<XMLDOMAString>();
     node->SetAttribute("a", "1");
     EXPECT_FALSE(node->Parse(text, nullptr));
-    EXPECT_TRUE(IsEmpty(*node));
+    EXPECT_EQ(Shape(*node), "");
 }
 
 }  // namespace

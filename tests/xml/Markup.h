@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "core/RefPointer.h"
 #include "xml/XMLDOMNodeAString.h"
@@ -13,24 +12,17 @@ inline AString Bytes(const std::string& text) {
     return {text.data(), static_cast<std::uint32_t>(text.size())};
 }
 
-template <class Texts>
-std::vector<std::string> Strings(const Texts& texts) {
-    std::vector<std::string> strings;
-    for (const AString& text : texts) strings.emplace_back(text.View());
-    return strings;
-}
-
-// "name=value" for each attribute.
-inline std::vector<std::string> AttributesOf(const XMLDOMNodeAString& node) {
-    std::vector<std::string> attributes;
+// The whole tree: "name[attribute=value,...]'line|line'(child)(child)".
+inline std::string Shape(const XMLDOMNodeAString& node) {
+    std::string shape(node.name.View()), attributes, lines;
     for (const auto& [name, value] : node.attributes) {
-        attributes.push_back(std::string(name.View()) + "=" + std::string(value.View()));
+        attributes.append(attributes.empty() ? "" : ",").append(name.View()).append("=").append(value.View());
     }
-    return attributes;
-}
-
-inline bool IsEmpty(const XMLDOMNodeAString& node) {
-    return node.name.IsEmpty() && node.attributes.Empty() && node.children.Empty() && node.textLines.Empty();
+    for (const AString& line : node.textLines) lines.append(lines.empty() ? "" : "|").append(line.View());
+    if (!attributes.empty()) shape += "[" + attributes + "]";
+    if (!lines.empty()) shape += "'" + lines + "'";
+    for (const auto& child : node.children) shape += "(" + Shape(*child) + ")";
+    return shape;
 }
 
 // A document that was parsed, and whether that succeeded.
