@@ -60,8 +60,10 @@ TEST(DesignCorrections, ActBeforeThePlacement) {
     expected.m[14] = 3 - 0.4F;
     ExpectNear(first->bones[0]->transformation, expected);
 
+    Vector3 sums;
     for (const auto& row : SecondCorrections()) {
         SCOPED_TRACE(row.design);
+        sums = {sums.x + row.angle, sums.y + row.y, sums.z + row.z};
         const RefPointer<StorageScene2::Part> part = PartOf(row.design, 2);
         CorrectPart(*part, Version(100), nullptr);
         const float s = std::sin(row.angle);
@@ -69,6 +71,9 @@ TEST(DesignCorrections, ActBeforeThePlacement) {
         ExpectNear(part->bones[0]->transformation, {{0, 1, 0, 0, -c, 0, s, 0, s, 0, c, 0, 1 - row.y, 2, 3 + row.z, 1}});
         EXPECT_EQ(part->bones[1]->transformation, kPlacement) << "only the first bone moves";
     }
+    EXPECT_NEAR(sums.x, 0.418879, 1e-6) << "whatever designs have them, the angles and distances are these";
+    EXPECT_NEAR(sums.y, 4.1375, 1e-5);
+    EXPECT_NEAR(sums.z, 0.149, 1e-6);
     CorrectPart(*PartOf(SecondCorrections()[0].design, 0), Version(1), nullptr);  // no bone, nothing to move
 }
 

@@ -180,6 +180,11 @@ TEST(CFStringFind, FindsAsMeasured) {
         EXPECT_EQ(found.location, row.value("location", -7));
         EXPECT_EQ(found.length, row.value("length", -7));
     }
+    // Letters beyond ASCII, the larger one first.
+    const Held<CFCharacterSetRef> set(CFCharacterSetCreateWithCharactersInString(nullptr, MakeText("€é").get()));
+    CFRange found = {};
+    EXPECT_TRUE(CFStringFindCharacterFromSet(MakeText("é").get(), set.get(), {0, 1}, 0, &found));
+    EXPECT_TRUE(CFStringFindCharacterFromSet(MakeText("€").get(), set.get(), {0, 1}, 0, &found));
 }
 
 TEST(CFStringSplit, CutsAsMeasured) {
