@@ -4,8 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <map>
+#include <algorithm>
 #include <set>
+#include <sstream>
 #include <string>
 #include <tuple>
 
@@ -36,55 +37,118 @@ struct Fixture : TemporaryFolder {
         fs::create_directories(*this / "folder/below");
         Write("folder/inside", "");
         fs::create_directory(*this / "empty");
+        fs::create_symlink(*this / "empty", *this / "folder/out");
         fs::create_symlink("file", *this / "link");
         fs::create_symlink("folder", *this / "link-to-folder");
         fs::create_symlink("nowhere", *this / "dangling");
         mkfifo((*this / "pipe").c_str(), 0600);
     }
     Text At(const std::string& name) const { return MakeText(*this / name); }
+    bool Move(const std::string& from, const std::string& to) const {
+        return Manager().moveItemAtPath(At(from).get(), At(to).get());
+    }
 };
 
-CFPointer<CFArrayRef> Contents(const std::string& path) {
-    return Manager().contentsOfDirectoryAtPath(MakeText(path).get());
-}
-
-std::set<std::string> NamesIn(const CFPointer<CFArrayRef>& array) {
+// The names in a folder, in order; "none" where they cannot be told.
+std::string NamesIn(const Text& path) {
+    const CFPointer<CFArrayRef> array = Manager().contentsOfDirectoryAtPath(path.get());
+    if (!array) return "none";
     std::set<std::string> names;
     for (CFIndex index = 0; index < CFArrayGetCount(array.Get()); ++index) {
-        names.insert(*FileSystemRepresentation(static_cast<CFStringRef>(CFArrayGetValueAtIndex(array.Get(), index))));
+        names.insert(Utf8(static_cast<CFStringRef>(CFArrayGetValueAtIndex(array.Get(), index))));
     }
-    return names;
+    std::string joined;
+    for (const std::string& name : names) joined += name + ",";
+    return joined;
 }
 
-TEST(NSFileManager, TellsWhatIsThere) {
+// What is told of an item, what a walk through it finds, and which of the changes can be made, each in a new fixture.
+std::string AnswersFor(const char* name) {
     const Fixture fixture;
-    const struct {
-        const char* name;
-        bool exists, isDirectory;
-        std::optional<NSFileType> type;
-        std::uint64_t size;  // where the system does not choose it
-    } rows[] = {
-        {"file", true, false, NSFileTypeRegular, 4},
-        {"folder", true, true, NSFileTypeDirectory, 0},
-        {"link", true, false, NSFileTypeSymbolicLink, 4},
-        {"link-to-folder", true, true, NSFileTypeSymbolicLink, 6},
-        {"dangling", false, false, NSFileTypeSymbolicLink, 7},
-        {"pipe", true, false, NSFileTypeUnknown, 0},
-        {"missing", false, false, {}, 0},
-        {"file/below", false, false, {}, 0},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        bool isDirectory = false;
-        EXPECT_EQ(Manager().fileExistsAtPath(fixture.At(row.name).get(), &isDirectory), row.exists);
-        EXPECT_EQ(isDirectory, row.isDirectory);
-        const auto attributes = Manager().attributesOfItemAtPath(fixture.At(row.name).get());
-        ASSERT_EQ(attributes.has_value(), row.type.has_value());
-        if (!attributes) continue;
-        EXPECT_EQ(attributes->fileType, row.type);
-        EXPECT_EQ(row.type == NSFileTypeDirectory ? 0 : attributes->fileSize, row.size);
+    const Text path = fixture.At(name);
+    std::ostringstream answers;
+    bool isDirectory = false;
+    answers << (Manager().fileExistsAtPath(path.get(), &isDirectory) ? isDirectory ? "folder" : "item" : "nothing");
+    if (const auto attributes = Manager().attributesOfItemAtPath(path.get())) {
+        answers << " of type " << static_cast<int>(*attributes->fileType);
+        if (attributes->fileType != NSFileTypeDirectory) answers << ", " << *attributes->fileSize << " bytes";
     }
+    answers << "; " << NamesIn(path) << " ";
+    NSDirectoryEnumerator items = Manager().enumeratorAtPath(path.get());
+    int links = 0, others = 0;
+    while (items.nextObject()) ++(items.fileAttributes()->fileType == NSFileTypeSymbolicLink ? links : others);
+    answers << links << "+" << others << ";";
+    const Fixture forCreation, forMove;
+    if (Manager().createFileAtPath(forCreation.At(name).get())) {
+        const struct stat status = StatusOf(forCreation / name);
+        EXPECT_EQ(status.st_mode, S_IFREG | 0644u);
+        EXPECT_EQ(status.st_size, 0);
+        answers << " created";
+    }
+    if (forMove.Move(name, "new")) answers << " moved";
+    if (Manager().removeItemAtPath(path.get())) answers << " removed";
+    EXPECT_FALSE(Manager().removeItemAtPath(path.get()));
+    EXPECT_TRUE(fs::exists(fixture / "empty")) << "behind a link in the folder";
+    EXPECT_EQ(NamesIn(forCreation.At("")).find(".new"), std::string::npos) << "nothing is left beside the file";
+    return answers.str();
+}
+
+TEST(NSFileManager, AnswersForEachKindOfItem) {
+    const mode_t mask = umask(022);
+    const std::pair<const char*, const char*> rows[] = {
+        {"file", "item of type 0, 4 bytes; none 0+0; created moved removed"},
+        {"folder", "folder of type 1; below,inside,out, 1+2; moved removed"},
+        {"link", "item of type 2, 4 bytes; none 0+0; created moved removed"},
+        {"link-to-folder", "folder of type 2, 6 bytes; below,inside,out, 0+0; moved removed"},
+        {"dangling", "nothing of type 2, 7 bytes; none 0+0; created moved removed"},
+        {"pipe", "item of type 6, 0 bytes; none 0+0; moved removed"},
+        {"missing", "nothing; none 0+0; created"},
+        {"missing/x", "nothing; none 0+0;"},
+        {"file/below", "nothing; none 0+0;"},
+    };
+    for (const auto& [name, answers] : rows) EXPECT_EQ(AnswersFor(name), answers) << name;
     EXPECT_FALSE(Manager().fileExistsAtPath(nullptr));
+    umask(mask);
+}
+
+TEST(NSFileManager, CreatesAFileInThePlaceOfAnother) {
+    const Fixture fixture;
+    fs::create_hard_link(fixture / "file", fixture / "second-name");
+    fixture.Write(".new-" + std::to_string(getpid()) + "-0", "left by somebody who had this number");
+    chmod((fixture / "file").c_str(), 0);
+    EXPECT_TRUE(Manager().createFileAtPath(fixture.At("file").get()));
+    EXPECT_EQ(StatusOf(fixture / "file").st_size, 0);
+    EXPECT_EQ(StatusOf(fixture / "second-name").st_size, 4) << "the old file keeps its text under its other name";
+}
+
+TEST(NSFileManager, MovesToFreeNamesOnly) {
+    const Fixture fixture;
+    for (const auto& [from, to] : {std::pair("file", "pipe"),
+                                   {"empty", "folder"},
+                                   {"file", "dangling"},
+                                   {"file", "file"},
+                                   {"file", "missing/new"},
+                                   {"folder", "folder/x"}}) {
+        EXPECT_FALSE(fixture.Move(from, to)) << from << " to " << to;
+        EXPECT_TRUE(fs::exists(fixture / from)) << from << " to " << to;
+    }
+}
+
+TEST(NSFileManager, ListsTheNamesThatCanBeNamedAndWalksDepthFirst) {
+    const TemporaryFolder folder;
+    const Text path = MakeText(folder.Path().string());
+    EXPECT_EQ(NamesIn(path), "") << "empty, not none";
+    for (const char* name : {".hidden", "\xEF\xBB\xBFmarked", "caf\xC3\xA9"}) folder.Write(name, "");
+    folder.Write("caf\xE9", "");
+    fs::create_directories(folder / "folder/caf\xE9");
+    folder.Write("folder/caf\xE9/unnamed", "");
+    folder.Write("folder/deep", "");
+    EXPECT_EQ(NamesIn(path), ".hidden,caf\xC3\xA9,folder,\xEF\xBB\xBFmarked,");
+    NSDirectoryEnumerator items = Manager().enumeratorAtPath(path.get());
+    std::vector<std::string> walked;
+    for (StringPointer item = items.nextObject(); item; item = items.nextObject()) walked.push_back(Utf8(item));
+    EXPECT_EQ(walked.size(), 5u);
+    EXPECT_EQ(*std::next(std::ranges::find(walked, "folder")), "folder/deep");
 }
 
 TEST(NSFileManager, SetsAttributesThroughLinks) {
@@ -101,86 +165,6 @@ TEST(NSFileManager, SetsAttributesThroughLinks) {
     EXPECT_EQ(status.st_atim.tv_nsec, 123'456'000) << "the time of access goes along";
     EXPECT_FALSE(Manager().setAttributes(changed, fixture.At("missing").get()));
     EXPECT_FALSE(Manager().setAttributes({}, fixture.At("dangling").get()));
-}
-
-TEST(NSFileManager, CreatesAFileInThePlaceOfAnother) {
-    const Fixture fixture;
-    const mode_t mask = umask(022);
-    fs::create_hard_link(fixture / "file", fixture / "second-name");
-    fixture.Write(".new-" + std::to_string(getpid()) + "-0", "left by somebody who had this number");
-    chmod((fixture / "file").c_str(), 0);
-    const std::pair<const char*, bool> rows[] = {
-        {"new", true},     {"file", true},  {"link", true},       {"dangling", true},
-        {"folder", false}, {"pipe", false}, {"missing/x", false}, {"link-to-folder", false},
-    };
-    for (const auto& [name, created] : rows) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(Manager().createFileAtPath(fixture.At(name).get()), created);
-        if (!created) continue;
-        const struct stat status = StatusOf(fixture / name);
-        EXPECT_EQ(status.st_mode, S_IFREG | 0644u);
-        EXPECT_EQ(status.st_size, 0);
-    }
-    umask(mask);
-    EXPECT_EQ(StatusOf(fixture / "second-name").st_size, 4) << "the old file keeps its text under its other name";
-    EXPECT_TRUE(fs::is_fifo(fixture / "pipe"));
-    EXPECT_EQ(NamesIn(Contents(fixture.Path())).size(), 10u) << "nothing is left beside the files";
-}
-
-TEST(NSFileManager, RemovesTreesButNoTargets) {
-    const Fixture fixture;
-    fs::create_symlink(fixture / "empty", fixture / "folder/out");
-    for (const char* name : {"link", "link-to-folder", "dangling", "folder", "pipe"}) {
-        EXPECT_TRUE(Manager().removeItemAtPath(fixture.At(name).get())) << name;
-        EXPECT_FALSE(Manager().removeItemAtPath(fixture.At(name).get())) << name;
-    }
-    EXPECT_EQ(NamesIn(Contents(fixture.Path())), (std::set<std::string>{"empty", "file"}));
-}
-
-TEST(NSFileManager, MovesToFreeNamesOnly) {
-    const std::tuple<const char*, const char*, bool> rows[] = {
-        {"folder", "new", true},        {"dangling", "new", true},     {"file", "pipe", false},
-        {"empty", "folder", false},     {"file", "dangling", false},   {"file", "file", false},
-        {"file", "missing/new", false}, {"folder", "folder/x", false},
-    };
-    for (const auto& [from, to, moved] : rows) {
-        const Fixture fixture;
-        EXPECT_EQ(Manager().moveItemAtPath(fixture.At(from).get(), fixture.At(to).get()), moved)
-            << from << " to " << to;
-        EXPECT_NE(fs::exists(fs::symlink_status(fixture / from)), moved) << from << " to " << to;
-    }
-}
-
-TEST(NSFileManager, ListsTheNamesThatCanBeNamed) {
-    const TemporaryFolder folder;
-    EXPECT_EQ(NamesIn(Contents(folder.Path())).size(), 0u) << "empty, not null";
-    const std::set<std::string> names = {".hidden", "\xEF\xBB\xBFmarked", "caf\xC3\xA9"};
-    for (const std::string& name : names) folder.Write(name, "");
-    folder.Write("caf\xE9", "");
-    EXPECT_EQ(NamesIn(Contents(folder.Path())), names);
-    fs::create_symlink(".", folder / ".link");
-    EXPECT_EQ(NamesIn(Contents(folder / ".link")).size(), 4u);
-    EXPECT_FALSE(Contents(folder / ".hidden"));
-    EXPECT_FALSE(Contents(folder / "missing"));
-}
-
-TEST(NSFileManager, WalksDepthFirstAndEntersNoLink) {
-    const Fixture fixture;
-    fixture.Write("folder/below/deep", "12345");
-    fs::create_directory(fixture / "folder/caf\xE9");
-    fixture.Write("folder/caf\xE9/unnamed", "");
-    fs::create_symlink(fixture / "empty", fixture / "folder/out");
-    NSDirectoryEnumerator items = Manager().enumeratorAtPath(fixture.At("folder").get());
-    std::map<std::string, std::size_t> order;
-    for (StringPointer item = items.nextObject(); item; item = items.nextObject()) {
-        order.insert({Utf8(item), order.size()});
-        EXPECT_EQ(items.fileAttributes()->fileType == NSFileTypeSymbolicLink, Utf8(item) == "out");
-    }
-    EXPECT_EQ(order.size(), 4u);
-    EXPECT_LT(order.at("below"), order.at("below/deep"));
-    for (const char* name : {"empty", "file", "missing", "link-to-folder"}) {
-        EXPECT_FALSE(Manager().enumeratorAtPath(fixture.At(name).get()).nextObject()) << name;
-    }
 }
 
 }  // namespace
