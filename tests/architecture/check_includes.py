@@ -28,6 +28,7 @@ ROOMS = {
     "host/workers": ["host/documents", "host/plugin", "host/print", "host/system", "platform"],
     "host/archive": ["host/system", "storage/zip", "storage", "core", "platform"],
     "host/handlers": ["host/archive", "host/documents", "host/print", "host/system"],
+    "host/search": [],
     "tools/wqf": ["host/workers", "host/archive", "host/documents", "host/handlers", "host/plugin", "host/print",
                   "host/system", "importer", "loader",
                   "scene", "storage", "core", "platform"],
@@ -37,7 +38,7 @@ ROOMS = {
 WALLS = {
     "zlib.h": (["storage/zip", "host/archive"], ".cpp"),
     "expat.h": (["xml"], ".cpp"),
-    "utf8proc.h": (["platform"], ".cpp"),
+    "utf8proc.h": (["platform", "host/search"], ".cpp"),
     "archive.h": (["host/archive"], ".cpp"),
     "archive_entry.h": (["host/archive"], ".cpp"),
     "nlohmann/": (["host/handlers"], ".cpp"),
