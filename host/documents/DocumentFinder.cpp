@@ -57,7 +57,8 @@ Result<std::vector<std::string>> ReadPathList(const std::string& file) {
     return paths;
 }
 
-bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents) {
+bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents,
+                   const std::function<void()>& inFolder) {
     std::error_code error;
     if (!fs::is_directory(path, error)) {
         documents.push_back({path, CheckRegularFile(path)});
@@ -67,6 +68,7 @@ bool FindDocuments(const std::string& path, std::vector<FoundDocument>& document
     for (std::vector<std::string> folders = {path}; !folders.empty();) {
         const std::string folder = std::move(folders.back());
         folders.pop_back();
+        if (inFolder) inFolder();
         SearchFolder(folder, folders, found);
     }
     std::sort(found.begin(), found.end(),

@@ -1,6 +1,7 @@
 // From the paths that a user names, or a list of them, to the documents.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,9 @@ struct FoundDocument {
 //
 // Anything else is a document whatever its ending, and has a failure unless it is a regular file or a link to one.
 //
-// Returns false when `path` is a folder in which nothing was found.
-bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents);
+// Returns false when `path` is a folder in which nothing was found. Calls `inFolder`, unless it is empty, before it
+// looks into each folder.
+bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents,
+                   const std::function<void()>& inFolder = {});
 
 }  // namespace ZEMA

@@ -1,25 +1,20 @@
 // Finds and reads documents in processes of their own.
 #pragma once
 
-#include <chrono>
-#include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "host/documents/DocumentFinder.h"
 #include "host/documents/DocumentRecord.h"
 #include "host/system/Failure.h"
+#include "host/workers/WorkerOptions.h"
 
 namespace ZEMA {
 
-// How many workers there may be, and what each is held to.
-struct WorkerOptions {
-    unsigned jobs = 0;  // 0: one for each processor, as soon as more than a handful of documents wait
-    std::chrono::milliseconds timeout = std::chrono::seconds(60);  // for a document
-    std::uint64_t memory = std::uint64_t{2} << 30;  // bytes above what a worker has before its first document
-};
+class WorkerPool;
 
 // Has documents read by processes that can do nothing but read, so that none of them can harm the others, the program
 // or the user. A worker that crashes, or takes too much time or memory, costs the document that it was at; its record
@@ -29,11 +24,11 @@ struct WorkerOptions {
 // Start it before anything else is opened: workers are copies of the program as it was then, with the plug-in loaded
 // and the work chosen. They start when there is something to do, and stay for the next call.
 //
-// Ownership: the work, and what it refers to, must outlive this. Workers end with it, or with the process.
-// Threads:   one at a time, and always the one that started it.
+// Ownership: workers have what the work refers to as it was at the start. They end with this, or with the process.
+// Threads:   one at a time, and always the one that started it: the system ends the workers when that thread ends.
 class DocumentWorkers {
 public:
-    // What a worker does with a document. Exceptions end as reasons. What it writes to is its own copy.
+    // What a worker does with a document.
     using Work = std::function<DocumentRecord(const FoundDocument& document)>;
     // Puts the next document into `document`; false behind the last one.
     using Source = std::function<bool(FoundDocument& document)>;
@@ -50,18 +45,23 @@ public:
     void Find(const std::vector<std::string>& paths, std::vector<FoundDocument>& documents,
               std::vector<std::string>& empty);
 
-    // Reads documents as they are asked for. Their records come in the same order, each as soon as all before it have
-    // come. `source` is called some documents ahead.
+    // Reads documents. Their records come in the same order, each as soon as all before it have come. `source` is
+    // called some documents ahead.
     void Run(const Source& source, const Sink& sink);
 
     // Reads one document, as services want it that ask for one after the other.
     DocumentRecord Read(const FoundDocument& document);
 
-private:
-    explicit DocumentWorkers(Work work, const WorkerOptions& options);
+    // What could not be put up around the workers so far, in sentences; see Confine.
+    const std::set<std::string>& MissingWalls() const;
 
-    Work work_;
-    WorkerOptions options_;
+private:
+    explicit DocumentWorkers(std::unique_ptr<WorkerPool> pool);
+
+    std::unique_ptr<WorkerPool> pool_;
 };
+
+// What a worker makes of a document: the work's record or, of a failure at the limit of the memory, that.
+DocumentRecord RecordWithinMemory(const DocumentWorkers::Work& work, const FoundDocument& document);
 
 }  // namespace ZEMA

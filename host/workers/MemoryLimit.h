@@ -1,0 +1,19 @@
+// A limit on the memory of this process.
+#pragma once
+
+#include <cstdint>
+
+namespace ZEMA {
+
+// From now on this process gets no more than `bytes` above the address space that it has; requests beyond that fail as
+// if there were no more memory. Neither set nor noticed under the sanitizers, which reserve address space by the
+// terabyte.
+void LimitMemory(std::uint64_t bytes);
+
+// Whether this process has come within a tenth of its limit at any time, so that what failed may have failed for that.
+bool MemoryWasShort();
+
+// Whether so much of the limit has been in use that the next document should find a fresh process.
+bool MemoryIsWornOut();
+
+}  // namespace ZEMA
