@@ -36,7 +36,11 @@ void PrintMessage(std::string_view subject, std::string_view text) {
 
 void PrintMessage(std::string_view text) {
     // Where standard error cannot be written, there is no one left to tell.
-    (void)WriteAll(STDERR_FILENO, "wqf: " + EscapeControls(ReplaceInvalidUtf8(text)) + "\n");
+    (void)WriteAll(STDERR_FILENO, MessageLine(text));
+}
+
+std::string MessageLine(std::string_view text) {
+    return "wqf: " + EscapeControls(ReplaceInvalidUtf8(text)) + "\n";
 }
 
 ProgressLine::ProgressLine(std::size_t total)

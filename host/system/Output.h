@@ -32,6 +32,9 @@ void ReserveStandardDescriptors();
 void PrintMessage(std::string_view subject, std::string_view text);
 void PrintMessage(std::string_view text);
 
+// Such a line, for who has to have it ready.
+std::string MessageLine(std::string_view text);
+
 // A line on standard error that tells how far the work is. Only drawn on a terminal, for many documents, and a few
 // times a second. Whatever else is written must be written while it is hidden: standard output may be the same
 // terminal.

@@ -53,7 +53,7 @@ TEST_F(WqfImport, PrintsOneObjectForEachInput) {
     const std::string bad =
         folder_.Write("bad", R"(<WQFML versionMajor="5"><Bricks><Brick/><Brick/></Bricks></WQFML>)");
     const std::string root = folder_.Path().string();
-    const Result result = Wqf({"import", "--format=ndjson", good_, folder_ / "gone.wqf", folder_ / "pipe.wqf",
+    const Result result = Wqf({"import", "-q", "--format=ndjson", good_, folder_ / "gone.wqf", folder_ / "pipe.wqf",
                                folder_ / "empty", bare_, folder_ / "link", garbage, foreign, "/dev/null", bad});
     EXPECT_EQ(result.exit, 1);
     std::string expected = Imported(good_) + "\n" + NotImported(root + "/gone.wqf", "no such file") + "\n" +

@@ -5,6 +5,7 @@
 
 #include "host/archive/StorageReader.h"
 #include "host/archive/StorageTree.h"
+#include "host/confinement/Confinement.h"
 #include "host/system/Output.h"
 #include "tools/wqf/ExitStatus.h"
 #include "tools/wqf/StorageCommands.h"
@@ -29,6 +30,7 @@ void Print(const std::string& path, StorageTree& tree, Output& output, StorageRe
 }  // namespace
 
 int RunCat(const std::vector<std::string>& paths) {
+    Confine();
     StorageReport report = ReportOf("read");
     StorageTree tree;
     Output output;

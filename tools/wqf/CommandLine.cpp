@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <iterator>
@@ -114,6 +115,38 @@ void AddDocumentPaths(CLI::App& parser, DocumentPaths& documents, const std::str
     AddPaths(parser, documents.paths, help);
 }
 
+// A whole number of what `unit` says, and 0 where it makes sense.
+template <class Number>
+void AddNumber(CLI::App& parser, const std::string& name, Number least, const char* kind, const std::string& help,
+               const std::function<void(Number)>& set) {
+    const auto parse = [least](const std::string& text) {
+        Number number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool whole = error == std::errc() && end == text.data() + text.size() && number >= least;
+        return whole ? std::optional<Number>(number) : std::nullopt;
+    };
+    const auto check = [parse](const std::string& text) {
+        return parse(Bared(text)) ? std::string() : "'" + Bared(text) + "' is no such number";
+    };
+    parser
+        .add_option_function<std::string>(
+            name, [parse, set](const std::string& text) { set(*parse(Bared(text))); }, help)
+        ->type_name(kind)
+        ->check(check);
+}
+
+void AddRunOptions(CLI::App& parser, RunOptions& options) {
+    AddNumber<std::uint16_t>(parser, "--jobs", 1, "N", "How many documents to read at once (default: the processors)",
+                             [&options](std::uint16_t jobs) { options.workers.jobs = jobs; });
+    AddNumber<std::uint32_t>(
+        parser, "--timeout", 0, "SECONDS", "How long to try a document (default: 60; 0: for ever)",
+        [&options](std::uint32_t seconds) { options.workers.timeout = std::chrono::seconds(seconds); });
+    AddNumber<std::uint32_t>(parser, "--memory-limit", 1, "MIB", "What a document may take (default: 2048)",
+                             [&options](std::uint32_t size) { options.workers.memory = std::uint64_t{size} << 20; });
+    AddFlag(parser, "-q,--quiet", options.quiet, "Neither progress nor, for folders, sums");
+    AddFlag(parser, "--verbose", options.verbose, "Tell where documents could not be read as guarded as they should");
+}
+
 int WithDocuments(const char* command, const DocumentPaths& documents, const Action& run) {
     if (documents.paths.empty() != documents.files0From.empty()) return run();
     return WrongUse(command,
@@ -147,6 +180,7 @@ Action DeclareImport(CLI::App& parser) {
                              {"ndjson", RecordFormat::Ndjson},
                              {"plist", RecordFormat::PropertyList}});
     AddText(parser, "--bundle", options->bundle, "DIR", "The plug-in bundle, where it is not beside the program");
+    AddRunOptions(parser, options->run);
     AddDocumentPaths(parser, options->documents, "Documents, or folders to search for *.wqf and *.wqfml");
     return [options] { return WithDocuments("import", options->documents, [&] { return RunImport(*options); }); };
 }
@@ -157,6 +191,7 @@ Action DeclareCheck(CLI::App& parser) {
     AddFormat<RecordFormat>(
         parser, options->format,
         {{"text", RecordFormat::Text}, {"json", RecordFormat::Json}, {"ndjson", RecordFormat::Ndjson}});
+    AddRunOptions(parser, options->run);
     AddDocumentPaths(parser, options->documents,
                      "Documents, also in archives, or folders to search for *.wqf and *.wqfml");
     return [options] { return WithDocuments("check", options->documents, [&] { return RunCheck(*options); }); };

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "host/confinement/Confinement.h"
 #include "host/documents/DocumentCheck.h"
-#include "host/documents/DocumentFinder.h"
 #include "host/documents/DocumentRecord.h"
 #include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
@@ -16,29 +16,10 @@
 #include "host/print/SceneJson.h"
 #include "host/system/Output.h"
 #include "host/system/Paths.h"
+#include "host/system/Utf8Text.h"
 #include "tools/wqf/ExitStatus.h"
 
 namespace ZEMA {
-
-namespace {
-
-// All documents in order, with a message for each folder that has none. Null, with a message, when the list of paths
-// cannot be read.
-std::optional<std::vector<FoundDocument>> FindNamedDocuments(const DocumentPaths& named) {
-    const Result<std::vector<std::string>> paths =
-        named.files0From.empty() ? named.paths : ReadPathList(named.files0From);
-    if (!paths) {
-        PrintMessage(named.files0From, paths.Why().text);
-        return std::nullopt;
-    }
-    std::vector<FoundDocument> documents;
-    for (const std::string& path : *paths) {
-        if (!FindDocuments(path, documents)) PrintMessage(path, "there are no documents in this folder");
-    }
-    return documents;
-}
-
-}  // namespace
 
 namespace {
 
@@ -48,90 +29,102 @@ Result<PluginHost> LoadPlugin(const std::string& given) {
     return PluginHost::Load(*bundle);
 }
 
-// Returns how many documents were not imported. Ends early when nobody takes the output any more.
-std::size_t ImportAll(const PluginHost& host, const std::vector<FoundDocument>& documents, RecordWriter& writer,
-                      Output& output) {
-    ProgressLine progress(documents.size());
-    std::size_t done = 0;
-    std::size_t failed = 0;
-    for (const FoundDocument& document : documents) {
-        const DocumentRecord record = ImportDocument(host, document);
-        progress.Hide();
-        if (!output.Write(writer.Record(record))) break;
-        if (!record.imported) PrintMessage(record.path, record.error);
-        failed += record.imported ? 0 : 1;
-        progress.Show(++done, failed);
+// The records of an import as they are printed.
+class ImportPrinter : public RecordPrinter {
+public:
+    explicit ImportPrinter(RecordFormat format) : format_(format) {}
+
+    std::string Head(bool several) override {
+        writer_ = NewRecordWriter(format_, several);
+        return writer_->Head();
     }
-    return failed;
-}
+    std::string Record(const DocumentRecord& record) override { return writer_->Record(record); }
+    std::string Tail() override { return writer_->Tail(); }
+    std::string Problem(const DocumentRecord& record) override { return record.error; }
+
+private:
+    RecordFormat format_;
+    std::unique_ptr<RecordWriter> writer_;
+};
 
 }  // namespace
 
 int RunImport(const ImportOptions& options) {
-    const std::optional<std::vector<FoundDocument>> documents = FindNamedDocuments(options.documents);
-    if (!documents) return kExitWrongUse;
     Result<PluginHost> host = LoadPlugin(options.bundle);
     if (!host) {
         PrintMessage(host.Why().text);
         return kExitWrongUse;
     }
-
-    const std::unique_ptr<RecordWriter> writer = NewRecordWriter(options.format, documents->size() > 1);
-    Output output;
-    output.Write(writer->Head());
-    const std::size_t failed = ImportAll(*host, *documents, *writer, output);
-    output.Write(writer->Tail());
-
+    const int status = RunDocuments(
+        options.documents, options.run,
+        [&host](const FoundDocument& document) { return ImportDocument(*host, document); },
+        [&options] { return std::make_unique<ImportPrinter>(options.format); });
     if (const Failure failure = host->Close()) {
         PrintMessage(failure.text);
         return kExitSomeFailed;
     }
-    if (output.Failed()) return ExitStatusOf(output);
-    return failed == 0 ? kExitDone : kExitSomeFailed;
+    return status;
 }
 
 namespace {
 
-std::string RecordOf(const std::string& path, const DocumentCheck& check, RecordFormat format, JsonSequence& sequence) {
+// A check travels in words, as attributes of a record that counts as imported where nothing is wrong.
+constexpr const char* kText = "text";
+constexpr const char* kProblem = "problem";
+
+std::string TextOf(const std::string& path, const DocumentCheck& check, RecordFormat format) {
     if (format == RecordFormat::Text) return CheckText(path, check);
-    return sequence.Item(JsonOf([&](JsonWriter& json) { WriteCheck(path, check, json); }));
+    return JsonOf([&](JsonWriter& json) { WriteCheck(path, check, json); });
 }
 
-// The loaders call everything that they cannot read a path error; the system knows more.
-void PrintProblem(const FoundDocument& document) {
-    if (document.failure && !LeadsIntoFile(document.path)) PrintMessage(document.path, document.failure.text);
+DocumentRecord CheckToRecord(const FoundDocument& document, const CheckOptions& options) {
+    const DocumentCheck check = CheckDocument(document.path, options.loaderOptions);
+    DocumentRecord record{document.path, LoadedWithoutError(check), {}, {}};
+    if (!check.loaded) record.error = ReasonsOf(check).front();
+    record.attributes.push_back({kText, {TextOf(document.path, check, options.format)}});
+    // The loaders call everything that they cannot read a path error; the system knows more.
+    if (!check.loaded && document.failure && !LeadsIntoFile(document.path))
+        record.attributes.push_back({kProblem, {ReplaceInvalidUtf8(document.failure.text)}});
+    return record;
 }
 
-// Returns how many documents did not load without an error. Ends early when nobody takes the output any more.
-std::size_t CheckAll(const std::vector<FoundDocument>& documents, const CheckOptions& options, JsonSequence& sequence,
-                     Output& output) {
-    ProgressLine progress(documents.size());
-    std::size_t done = 0;
-    std::size_t failed = 0;
-    for (const FoundDocument& document : documents) {
-        const DocumentCheck check = CheckDocument(document.path, options.loaderOptions);
-        progress.Hide();
-        if (!output.Write(RecordOf(document.path, check, options.format, sequence))) break;
-        if (!check.loaded) PrintProblem(document);
-        failed += LoadedWithoutError(check) ? 0u : 1u;
-        progress.Show(++done, failed);
+// Such records as they are printed.
+class CheckPrinter : public RecordPrinter {
+public:
+    explicit CheckPrinter(RecordFormat format) : format_(format), sequence_(format == RecordFormat::Json) {}
+
+    std::string Head(bool) override { return format_ == RecordFormat::Text ? "" : sequence_.Head(); }
+    std::string Record(const DocumentRecord& record) override {
+        const std::string text = Words(record);
+        return format_ == RecordFormat::Text ? text : sequence_.Item(text);
     }
-    return failed;
-}
+    std::string Tail() override { return format_ == RecordFormat::Text ? "" : sequence_.Tail(); }
+    std::string Problem(const DocumentRecord& record) override {
+        const Value* const problem = Find(record.attributes, kProblem);
+        return problem != nullptr && problem->AsText() != nullptr ? *problem->AsText() : "";
+    }
+
+private:
+    // Of a document that could not be checked, why.
+    std::string Words(const DocumentRecord& record) const {
+        const Value* const text = Find(record.attributes, kText);
+        if (text != nullptr && text->AsText() != nullptr && !record.passing) return *text->AsText();
+        DocumentCheck check;
+        check.failure = {FailureKind::Limit, record.error};
+        return TextOf(record.path, check, format_);
+    }
+
+    RecordFormat format_;
+    JsonSequence sequence_;
+};
 
 }  // namespace
 
 int RunCheck(const CheckOptions& options) {
-    const std::optional<std::vector<FoundDocument>> documents = FindNamedDocuments(options.documents);
-    if (!documents) return kExitWrongUse;
-    JsonSequence sequence(options.format == RecordFormat::Json);
-    Output output;
-    const bool isText = options.format == RecordFormat::Text;
-    if (!isText) output.Write(sequence.Head());
-    const std::size_t failed = CheckAll(*documents, options, sequence, output);
-    if (!isText) output.Write(sequence.Tail());
-    if (output.Failed()) return ExitStatusOf(output);
-    return failed == 0 ? kExitDone : kExitSomeFailed;
+    return RunDocuments(
+        options.documents, options.run,
+        [&options](const FoundDocument& document) { return CheckToRecord(document, options); },
+        [&options] { return std::make_unique<CheckPrinter>(options.format); });
 }
 
 namespace {
@@ -161,6 +154,7 @@ void PrintReasons(const std::string& path, const DocumentCheck& check) {
 }  // namespace
 
 int RunScene(const SceneOptions& options) {
+    Confine();
     RefPointer<StorageScene2> scene;
     const DocumentCheck check = CheckDocument(options.path, options.loaderOptions, &scene);
     Output output;

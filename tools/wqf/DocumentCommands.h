@@ -3,24 +3,19 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "host/documents/DocumentRecord.h"
 #include "importer/DocumentLoad.h"
+#include "tools/wqf/DocumentRun.h"
 
 namespace ZEMA {
-
-// The paths themselves or a file that lists them, never both.
-struct DocumentPaths {
-    std::string files0From;
-    std::vector<std::string> paths;
-};
 
 // wqf import: prints the attributes that the plug-in imports.
 struct ImportOptions {
     std::string bundle;  // empty: where it is built or installed
     RecordFormat format = RecordFormat::Text;
     DocumentPaths documents;
+    RunOptions run;
 };
 int RunImport(const ImportOptions& options);
 
@@ -29,6 +24,7 @@ struct CheckOptions {
     std::uint32_t loaderOptions = kImportOptions;
     RecordFormat format = RecordFormat::Text;  // any but a property list
     DocumentPaths documents;
+    RunOptions run;
 };
 int RunCheck(const CheckOptions& options);
 

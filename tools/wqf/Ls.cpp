@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/archive/StorageTree.h"
+#include "host/confinement/Confinement.h"
 #include "host/print/JsonWriter.h"
 #include "host/system/Output.h"
 #include "host/system/Paths.h"
@@ -239,6 +240,7 @@ private:
 }  // namespace
 
 int RunLs(const ListOptions& options) {
+    Confine();
     StorageReport report = ReportOf("list");
     Lister lister(options, report);
     for (const std::string& path : options.paths) {
