@@ -62,7 +62,7 @@ private:
 
     // What is wrong for good. What the repair puts right is noted.
     Failure ExamineMember(const ArchiveEntry& entry) {
-        const Result<LocalRecord> local = ReadLocalRecord(*records_, entry);
+        const Result<LocalRecord> local = ReadLocalRecord(window_, *records_, entry);
         if (!local) return local.Why();
         if (entry.IsEncrypted()) return {FailureKind::Unsupported, "it is encrypted"};
         if (entry.uncompressedSize >= kMaxOffset) return {FailureKind::Unsupported, "it is larger than 4 GiB"};
@@ -100,6 +100,7 @@ private:
 
     const ArchiveRecords::Pointer records_;
     const bool drop_;
+    FileWindow window_;
     std::unordered_set<std::string_view> names_;
     MendReport report_;
 };
@@ -111,10 +112,11 @@ Failure Rewrite(const std::string& path, const MendOptions& options, int examine
     if (!rewrite) return rewrite.Why();
     if (!(*rewrite)->IsOf(examined)) return Refusal("somebody else has changed it meanwhile");
     const ArchiveRecords& records = *(*rewrite)->Records();
+    FileWindow window;
     for (std::size_t index = 0; index < records.Count(); ++index) {
         const ArchiveEntry entry = records.Entry(index);
         if (!IsForeignMethod(entry.method)) continue;
-        const Result<LocalRecord> local = ReadLocalRecord(records, entry);
+        const Result<LocalRecord> local = ReadLocalRecord(window, records, entry);
         if (!local) return OfMember(entry, local.Why());
         const Failure failure = (*rewrite)->Repack(index, UnpackForeign(records, entry, *local));
         if (failure) return OfMember(entry, failure);

@@ -96,6 +96,7 @@ private:
 
     const ArchivePlan& plan_;
     const ArchiveRecords& old_;
+    FileWindow window_;
     ArchiveLayout layout_;
     std::uint64_t offset_ = 0;  // where the next member goes
     std::uint64_t directorySize_ = 0;
@@ -116,7 +117,7 @@ Failure Planner::PlaceKept() {
     bool lastIsLost = false;
     for (const std::uint32_t index : order) {
         const ArchiveEntry entry = old_.Entry(index);
-        const Result<LocalRecord> local = ReadLocalRecord(old_, entry);
+        const Result<LocalRecord> local = ReadLocalRecord(window_, old_, entry);
         const bool stays = numbers[index] != kNone && TakesData(plan_.members[numbers[index]]);
         if (Failure failure = CheckOld(entry, local, stays)) return OfMember(entry, failure);
         const std::uint64_t start = std::min(entry.localHeaderOffset, old_.DirectoryOffset());
@@ -144,7 +145,7 @@ Failure Planner::PlaceAdded(std::size_t number) {
         return {};
     }
     const ArchiveEntry entry = member.source->Entry(member.index);
-    const Result<LocalRecord> local = ReadLocalRecord(*member.source, entry);
+    const Result<LocalRecord> local = ReadLocalRecord(window_, *member.source, entry);
     if (!local) return OfMember(entry, local.Why());
     if (Failure failure = CheckKept(entry, *local)) return OfMember(entry, failure);
     Place(number, &*local, false);
@@ -183,7 +184,7 @@ public:
         return {};
     }
 
-    Failure Append(DataRange data) {
+    Failure Append(DataRange data, FileWindow& window) {
         const auto* const native = dynamic_cast<const DescriptorFile*>(data.file);
         if (native != nullptr && data.size > kSmallCopy) {
             if (Failure failure = Flush()) return failure;
@@ -191,11 +192,9 @@ public:
         }
         while (data.size > 0) {
             const std::uint64_t part = std::min(data.size, kSmallCopy);
-            if (Failure failure = MakeRoom(part)) return failure;
-            const std::size_t used = buffer_.size();
-            buffer_.resize(used + static_cast<std::size_t>(part));
-            if (!ReadAt(*data.file, data.offset, part, &buffer_[used]))
-                return {FailureKind::System, "it cannot be read"};
+            const char* const bytes = window.Find(*data.file, data.offset, part);
+            if (bytes == nullptr) return {FailureKind::System, "it cannot be read"};
+            if (Failure failure = Append(std::string_view(bytes, static_cast<std::size_t>(part)))) return failure;
             data.offset += part;
             data.size -= part;
         }
@@ -241,11 +240,12 @@ private:
 Failure WriteMembers(const ArchivePlan& plan, const ArchiveLayout& layout, Writer& writer) {
     RefPointer<DescriptorFile> scratch;
     if (plan.scratch >= 0) scratch = New<DescriptorFile>(plan.scratch);
+    FileWindow window;
     for (const std::uint32_t number : layout.order) {
         const PlannedMember& member = plan.members[number];
         std::optional<LocalRecord> local;
         if (member.source) {
-            Result<LocalRecord> read = ReadLocalRecord(*member.source, member.source->Entry(member.index));
+            Result<LocalRecord> read = ReadLocalRecord(window, *member.source, member.source->Entry(member.index));
             if (read) local = std::move(*read);
         }
         const LocalRecord* const record = local ? &*local : nullptr;
@@ -255,7 +255,7 @@ Failure WriteMembers(const ArchivePlan& plan, const ArchiveLayout& layout, Write
         DataRange data = DataOf(member, record);
         if (data.file == nullptr) data.file = scratch.Get();
         if (Failure failure = writer.Append(LocalHeaderOf(HeadersOf(plan, member, record)))) return failure;
-        if (Failure failure = writer.Append(data)) return failure;
+        if (Failure failure = writer.Append(data, window)) return failure;
     }
     return {};
 }
@@ -285,7 +285,8 @@ Result<ArchiveLayout> LayOutArchive(const ArchivePlan& plan) {
 Failure WriteArchive(const ArchivePlan& plan, const ArchiveLayout& layout, int to) {
     Writer writer(to);
     if (layout.frontSize > 0) {
-        if (Failure failure = writer.Append({&plan.old->Archive(), 0, layout.frontSize})) return failure;
+        FileWindow window;
+        if (Failure failure = writer.Append({&plan.old->Archive(), 0, layout.frontSize}, window)) return failure;
     }
     if (Failure failure = WriteMembers(plan, layout, writer)) return failure;
     if (Failure failure = WriteDirectory(plan, layout, writer)) return failure;

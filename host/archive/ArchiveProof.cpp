@@ -19,31 +19,33 @@ namespace ZEMA {
 namespace {
 
 constexpr std::uint64_t kPieceSize = 1 << 18;
+constexpr std::size_t kRunLength = 16;  // of members that one thread looks at before it leaves some to the other one
 constexpr std::size_t kLocalTime = 10;
 constexpr std::size_t kLocalDate = 12;
 
-// Without the lock that operations on files of the storage tree take, where it is not needed.
-bool ReadPiece(File& file, std::uint64_t offset, std::size_t size, void* buffer) {
-    const auto* const native = dynamic_cast<const DescriptorFile*>(&file);
-    return native == nullptr ? ReadAt(file, offset, size, buffer)
-                             : ReadAllAt(native->Descriptor(), native->Start() + offset, size, buffer);
-}
+// One thread's view of the new archive and of those that its members came from.
+struct Windows {
+    FileWindow now;
+    FileWindow before;
+};
 
 // Compares every other piece of two ranges, from the first or the second one on.
-bool HasSamePieces(File& a, std::uint64_t offsetA, File& b, std::uint64_t offsetB, std::uint64_t size, bool second) {
-    std::string bytesA, bytesB;
+bool HasSamePieces(Windows& windows, File& now, std::uint64_t offsetNow, File& before, std::uint64_t offsetBefore,
+                   std::uint64_t size, bool second) {
     for (std::uint64_t done = second ? kPieceSize : 0; done < size; done += 2 * kPieceSize) {
-        bytesA.resize(static_cast<std::size_t>(std::min(kPieceSize, size - done)));
-        bytesB.resize(bytesA.size());
-        if (!ReadPiece(a, offsetA + done, bytesA.size(), bytesA.data())) return false;
-        if (!ReadPiece(b, offsetB + done, bytesB.size(), bytesB.data())) return false;
-        if (bytesA != bytesB) return false;
+        const std::uint64_t part = std::min(kPieceSize, size - done);
+        const char* const bytesNow = windows.now.Find(now, offsetNow + done, part);
+        const char* const bytesBefore = windows.before.Find(before, offsetBefore + done, part);
+        if (bytesNow == nullptr || bytesBefore == nullptr) return false;
+        if (std::memcmp(bytesNow, bytesBefore, static_cast<std::size_t>(part)) != 0) return false;
     }
     return true;
 }
 
-bool HasSameBytes(File& a, File& b, std::uint64_t size) {
-    return HasSamePieces(a, 0, b, 0, size, false) && HasSamePieces(a, 0, b, 0, size, true);
+bool HasSameFront(File& now, File& before, std::uint64_t size) {
+    Windows windows;
+    return HasSamePieces(windows, now, 0, before, 0, size, false) &&
+           HasSamePieces(windows, now, 0, before, 0, size, true);
 }
 
 // Whether `now` is `before` but for parts that went.
@@ -109,29 +111,31 @@ public:
 
 private:
     std::size_t FindWrong(std::size_t half) const {
+        Windows windows;
         std::size_t number = 0;
-        while (number < plan_.members.size() && Holds(number, half)) ++number;
+        while (number < plan_.members.size() && Holds(windows, number, half)) ++number;
         return number;
     }
 
     // Looks at one half of what is to be seen of a member: its headers and the first of its pieces, or the others.
-    bool Holds(std::size_t number, std::size_t half) const {
+    bool Holds(Windows& windows, std::size_t number, std::size_t half) const {
         const PlannedMember& member = plan_.members[number];
         const ArchiveEntry now = written_->Entry(number);
-        const bool isSecond = number % 2 != half;
+        const bool isSecond = number / kRunLength % 2 != half;
         if (isSecond && now.compressedSize < kPieceSize - kLongestDescriptor) return true;
-        const Result<LocalRecord> local = ReadLocalRecord(*written_, now);
+        const Result<LocalRecord> local = ReadLocalRecord(windows.now, *written_, now);
         if (!local) return false;
-        if (member.source) return HoldsOld(member, now, *local, isSecond);
+        if (member.source) return HoldsOld(windows, member, now, *local, isSecond);
         if (isSecond) return true;
         const bool hasData = member.change->data ? HasNewData(*member.change->data, now, *local) : local->dataSize == 0;
         return hasData && IsNewEntry(now, *local, *member.change);
     }
 
     // What is encrypted has its descriptor compared too.
-    bool HoldsOld(const PlannedMember& member, const ArchiveEntry& now, const LocalRecord& local, bool isSecond) const {
+    bool HoldsOld(Windows& windows, const PlannedMember& member, const ArchiveEntry& now, const LocalRecord& local,
+                  bool isSecond) const {
         const ArchiveEntry entry = member.source->Entry(member.index);
-        const Result<LocalRecord> before = ReadLocalRecord(*member.source, entry);
+        const Result<LocalRecord> before = ReadLocalRecord(windows.before, *member.source, entry);
         if (!before) return false;
         const bool renamed = now.name != entry.name;
         if (!isSecond &&
@@ -141,8 +145,8 @@ private:
         }
         if (member.change && member.change->data) return isSecond || HasNewData(*member.change->data, now, local);
         return before->dataSize == local.dataSize &&
-               HasSamePieces(written_->Archive(), local.dataOffset, member.source->Archive(), before->dataOffset,
-                             local.dataSize + local.descriptorSize, isSecond);
+               HasSamePieces(windows, written_->Archive(), local.dataOffset, member.source->Archive(),
+                             before->dataOffset, local.dataSize + local.descriptorSize, isSecond);
     }
 
     bool HasNewData(const PackedData& data, const ArchiveEntry& now, const LocalRecord& local) const {
@@ -170,7 +174,7 @@ Failure ProveArchive(const ArchivePlan& plan, const ArchiveLayout& layout, int w
     const Result<ArchiveRecords::Pointer> records = ArchiveRecords::Read(New<DescriptorFile>(written));
     if (!records || (*records)->Count() != plan.members.size()) return wrong;
     if (!plan.drop && (*records)->Trailer() != plan.old->Trailer()) return wrong;
-    if (layout.frontSize > 0 && !HasSameBytes((*records)->Archive(), plan.old->Archive(), layout.frontSize)) {
+    if (layout.frontSize > 0 && !HasSameFront((*records)->Archive(), plan.old->Archive(), layout.frontSize)) {
         return wrong;
     }
     if (plan.mending && !IsFineArchive((*records)->Archive())) return wrong;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/archive/DescriptorFile.h"
+#include "host/system/FileDescriptor.h"
 #include "storage/zip/ZipFormat.h"
 #include "storage/zip/ZipRecords.h"
 
@@ -13,6 +15,10 @@ namespace {
 constexpr std::uint16_t kFlagStrongEncryption = 0x0040;  // APPNOTE 7.2: more records than these belong to the member
 constexpr std::uint16_t kFlagMaskedHeader = 0x2000;      // the local header does not tell what the directory does
 constexpr char kDescriptorSignature[] = {'P', 'K', 7, 8};
+
+constexpr std::uint64_t kWideWindow = 1 << 18;
+constexpr std::uint64_t kNarrowWindow = 1 << 12;  // as much as a header mostly needs
+constexpr std::uint64_t kCloseBy = 1 << 16;
 
 // Takes the sizes from the ZIP64 part of the extra field where the header has no room for them; it always has both.
 void WidenSizes(LocalRecord& local) {
@@ -56,28 +62,52 @@ bool LocalRecord::HasDescriptor() const {
     return (flags & kFlagDescriptor) != 0;
 }
 
-Result<LocalRecord> ReadLocalRecord(const ArchiveRecords& archive, const ArchiveEntry& entry) {
+bool FileWindow::Holds(const File& file, std::uint64_t offset, std::uint64_t size) const {
+    return file_ == &file && offset >= offset_ && size <= size_ && offset - offset_ <= size_ - size;
+}
+
+// Operations on files of the storage tree take a lock that threads would wait for, and that no descriptor needs.
+bool FileWindow::Fill(File& file, std::uint64_t offset, std::uint64_t size) {
+    if (buffer_.size() < size) buffer_.resize(static_cast<std::size_t>(size));
+    const auto* const native = dynamic_cast<const DescriptorFile*>(&file);
+    const bool done = native == nullptr ? ReadAt(file, offset, size, buffer_.data())
+                                        : ReadAllAt(native->Descriptor(), native->Start() + offset,
+                                                    static_cast<std::size_t>(size), buffer_.data());
+    file_ = done ? &file : nullptr;
+    offset_ = offset;
+    size_ = size;
+    return done;
+}
+
+const char* FileWindow::Find(File& file, std::uint64_t offset, std::uint64_t size) {
+    if (!Holds(file, offset, size)) {
+        const bool follows = file_ == &file && offset >= requested_ && offset - requested_ < kCloseBy;
+        const std::uint64_t fileSize = GetSize(file);
+        if (offset > fileSize || size > fileSize - offset) return nullptr;
+        const std::uint64_t wanted = std::max(size, follows ? kWideWindow : kNarrowWindow);
+        if (!Fill(file, offset, std::min(wanted, fileSize - offset))) return nullptr;
+    }
+    requested_ = offset + size;
+    return buffer_.data() + (offset - offset_);
+}
+
+Result<LocalRecord> ReadLocalRecord(FileWindow& window, const ArchiveRecords& archive, const ArchiveEntry& entry) {
     const Failure missing{FailureKind::Damaged, "its local header is missing"};
     const Failure leaves{FailureKind::Damaged, "its data reach behind the end of the archive"};
+    const Failure unread{FailureKind::System, "it cannot be read"};
     const std::uint64_t fileSize = archive.FileSize();
     const std::uint64_t start = entry.localHeaderOffset;
     if (start > fileSize || fileSize - start < kLocalHeaderSize) return missing;
 
-    // Mostly the name is as long as in the directory and the extra field short: then one call reads all.
     LocalRecord local;
-    const std::uint64_t expected = kLocalHeaderSize + entry.name.size() + 64;
-    local.bytes.resize(static_cast<std::size_t>(std::min(expected, fileSize - start)));
-    if (!ReadAt(archive.Archive(), start, local.bytes.size(), local.bytes.data())) {
-        return Failure{FailureKind::System, "it cannot be read"};
-    }
     ZipLocalHeader header;
-    if (!ParseLocalHeader(local.bytes.data(), header)) return missing;
+    const char* bytes = window.Find(archive.Archive(), start, kLocalHeaderSize);
+    if (bytes == nullptr) return unread;
+    if (!ParseLocalHeader(bytes, header)) return missing;
     if (header.Size() > fileSize - start) return leaves;
-    const std::size_t read = std::min<std::size_t>(local.bytes.size(), header.Size());
-    local.bytes.resize(header.Size());
-    if (!ReadAt(archive.Archive(), start + read, header.Size() - read, local.bytes.data() + read)) {
-        return Failure{FailureKind::System, "it cannot be read"};
-    }
+    bytes = window.Find(archive.Archive(), start, header.Size());
+    if (bytes == nullptr) return unread;
+    local.bytes.assign(bytes, header.Size());
     local.flags = header.flags;
     local.method = header.method;
     local.crc32 = header.crc32;
@@ -89,12 +119,10 @@ Result<LocalRecord> ReadLocalRecord(const ArchiveRecords& archive, const Archive
     if (local.dataSize > fileSize - local.dataOffset) return leaves;
 
     if (local.HasDescriptor()) {
-        char bytes[kLongestDescriptor];
         const std::uint64_t behind = local.dataOffset + local.dataSize;
-        const std::uint64_t available = std::min<std::uint64_t>(sizeof(bytes), fileSize - behind);
-        if (!ReadAt(archive.Archive(), behind, available, bytes)) {
-            return Failure{FailureKind::System, "it cannot be read"};
-        }
+        const std::uint64_t available = std::min<std::uint64_t>(kLongestDescriptor, fileSize - behind);
+        bytes = window.Find(archive.Archive(), behind, available);
+        if (bytes == nullptr) return unread;
         local.descriptorSize = MatchDescriptor(bytes, static_cast<std::size_t>(available), entry);
     }
     return local;

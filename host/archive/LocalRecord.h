@@ -1,10 +1,12 @@
-// The local header of an archive member, and where its bytes lie.
+// Reading members where they lie: the local header, and the bytes behind it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "host/archive/ArchiveRecords.h"
+#include "storage/File.h"
 
 namespace ZEMA {
 
@@ -29,8 +31,35 @@ struct LocalRecord {
     std::uint64_t End() const { return dataOffset + dataSize + descriptorSize; }
 };
 
-// Reads it. Fails, as Damaged, where there is no local header or the data leave the file.
-Result<LocalRecord> ReadLocalRecord(const ArchiveRecords& archive, const ArchiveEntry& entry);
+// Bytes of files. Members are mostly looked at in the order in which they lie, and many are small: while one request
+// follows closely on another, the system is asked once for what many of them want.
+//
+// Files:   none of them changes meanwhile, or goes.
+// Threads: each has its own.
+class FileWindow {
+public:
+    // The bytes, which are there until the next call; null where they cannot be read.
+    const char* Find(File& file, std::uint64_t offset, std::uint64_t size);
+
+private:
+    bool Holds(const File& file, std::uint64_t offset, std::uint64_t size) const;
+    bool Fill(File& file, std::uint64_t offset, std::uint64_t size);
+
+    const File* file_ = nullptr;
+    std::uint64_t offset_ = 0;
+    std::uint64_t size_ = 0;
+    std::uint64_t requested_ = 0;  // up to where
+    std::string buffer_;
+};
+
+// Reads the local header. Fails, as Damaged, where there is none or the data leave the file.
+Result<LocalRecord> ReadLocalRecord(FileWindow& window, const ArchiveRecords& archive, const ArchiveEntry& entry);
+
+// The same for one member alone.
+inline Result<LocalRecord> ReadLocalRecord(const ArchiveRecords& archive, const ArchiveEntry& entry) {
+    FileWindow window;
+    return ReadLocalRecord(window, archive, entry);
+}
 
 // Why a member cannot be written anew from its directory entry without a loss, if so: records that disagree, and forms
 // of encryption and ZIP64 that the entry alone does not describe.
