@@ -15,7 +15,11 @@ namespace {
 
 // The name under which a thing goes into a folder; empty for a folder without one, whose contents go in by themselves.
 std::string OwnName(const StorageItem& item) {
-    if (item.archive && !item.inner.Empty()) return std::string(item.node->Name().ToAString().View());
+    if (item.archive && !item.inner.Empty()) {
+        const auto& names = item.archive->Names();
+        return names ? NameOf((*names)->SpellingOf(item.inner, item.innerBytes))
+                     : std::string(item.node->Name().ToAString().View());
+    }
     const std::string name = NameOf(item.archive && item.archive->IsMember() ? item.shown : item.native);
     return name == "." || name == ".." ? std::string() : name;
 }
@@ -255,7 +259,10 @@ void CopyPlan::LeaveOutHidden(const StorageItem& source) {
 }
 
 void CopyPlan::LeaveOutBelowFile(const StorageItem& source) {
-    if (!source.archive || !source.facts.IsFile() || source.node->GetChildren().Empty()) return;
+    if (!source.archive || !source.facts.IsFile()) return;
+    const auto& names = source.archive->Names();
+    const bool hasHidden = names && !(*names)->HiddenBelow(source.inner).empty();
+    if (source.node->GetChildren().Empty() && !hasHidden) return;
     LeaveOut(source, "what lies below it is left out, since it is a file");
 }
 

@@ -184,6 +184,12 @@ MemberNames::Numbers MemberNames::Hidden(const BasicArray<String>& path) const {
     return numbers;
 }
 
+MemberNames::Numbers MemberNames::HiddenBelow(const BasicArray<String>& path) const {
+    Numbers numbers = Hidden(path);
+    std::erase_if(numbers, [&](std::uint32_t number) { return !LiesBelow(names_[number], path.Size()); });
+    return numbers;
+}
+
 std::vector<const ZipFileHeader*> MembersBelow(const ZipTreeNode& top) {
     std::vector<const ZipFileHeader*> members;
     std::vector<const ZipTreeNode*> pending = {&top};

@@ -55,6 +55,7 @@ public:
     // What lies at the path, or below it, and no path leads to: another member has its name, or it is no name for a
     // file. Folders of which there is another one do not count.
     Numbers Hidden(const BasicArray<String>& path) const;
+    Numbers HiddenBelow(const BasicArray<String>& path) const;
 
 private:
     Numbers::const_iterator FirstFrom(std::string_view name) const;

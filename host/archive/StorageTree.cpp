@@ -79,6 +79,12 @@ StorageItem RootItem(const std::string& shown, const std::string& native, const 
     return item;
 }
 
+// Whether a folder is there to which no path leads, since nothing in it has a name that is UTF-8.
+bool IsUnseenFolder(const StorageItem& item) {
+    if (!item.facts.IsMissing() || !item.archive->Names()) return false;
+    return !(*item.archive->Names())->Inside(item.innerBytes).empty();
+}
+
 // The components of a path inside an archive; false where ".." leads out of it.
 bool SplitInside(const std::string& rest, std::vector<std::string>& parts) {
     for (std::size_t begin = 0; begin < rest.size();) {
@@ -178,7 +184,7 @@ Result<StorageItem> StorageTree::FindInside(const std::string& archive, const st
             if (!entered) return entered;
             item = *entered;
         }
-        if (!item.facts.IsFolder()) return WhyNoFolder(item.facts);
+        if (!item.facts.IsFolder() && !IsUnseenFolder(item)) return WhyNoFolder(item.facts);
         Descend(item, part);
     }
     return item;
