@@ -97,6 +97,11 @@ void JsonWriter::Text(std::string_view utf8) {
     HandOnWhenFull();
 }
 
+void JsonWriter::Path(std::string_view key, std::string_view bytes) {
+    Text(key, bytes);
+    if (!IsUtf8(bytes)) Text(std::string(key) + "Bytes", Base64Of(bytes));
+}
+
 void JsonWriter::Number(std::uint64_t number) {
     Digits digits;
     Word(Print(number, digits));

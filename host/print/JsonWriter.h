@@ -37,6 +37,8 @@ public:
     void Null();
 
     void Text(std::string_view key, std::string_view utf8) { Key(key), Text(utf8); }
+    // Any bytes; those that are not UTF-8 also in base64, under the key with "Bytes" behind it.
+    void Path(std::string_view key, std::string_view bytes);
     void Number(std::string_view key, std::uint64_t number) { Key(key), Number(number); }
     void Float(std::string_view key, float number) { Key(key), Float(number); }
     void Bool(std::string_view key, bool value) { Key(key), Bool(value); }

@@ -55,6 +55,14 @@ std::string NameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);  // npos + 1 is 0
 }
 
+Result<std::string> AbsolutePath(const std::string& path) {
+    if (path.starts_with('/')) return path;
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::current_path(error);
+    if (error) return SystemFailure(error.value());
+    return (folder / path).string();
+}
+
 std::string RealPath(const std::string& path) {
     std::error_code error;
     const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);

@@ -14,6 +14,9 @@ namespace ZEMA {
 std::string FolderOf(const std::string& path);
 std::string NameOf(const std::string& path);
 
+// The path from the root on; nothing is taken out of it.
+Result<std::string> AbsolutePath(const std::string& path);
+
 // The path without links, as far as there is anything; as it is where the system cannot tell.
 std::string RealPath(const std::string& path);
 

@@ -61,6 +61,19 @@ std::string ReplaceInvalidUtf8(std::string_view bytes) {
     return text;
 }
 
+std::string Base64Of(std::string_view bytes) {
+    constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        std::uint32_t group = 0;
+        for (std::size_t j = i; j < i + 3; ++j) group = group << 8 | (j < bytes.size() ? ByteAt(bytes, j) : 0u);
+        for (int shift = 18; shift >= 0; shift -= 6) text += kDigits[group >> shift & 0x3F];
+    }
+    const std::size_t padding = (3 - bytes.size() % 3) % 3;
+    text.replace(text.size() - padding, padding, padding, '=');
+    return text;
+}
+
 std::string EscapeControls(std::string_view utf8) {
     std::string text;
     text.reserve(utf8.size());

@@ -14,6 +14,9 @@ bool IsUtf8(std::string_view bytes);
 // shown.
 std::string ReplaceInvalidUtf8(std::string_view bytes);
 
+// Any bytes as ASCII text (RFC 4648, section 4), for formats that hold nothing but characters.
+std::string Base64Of(std::string_view bytes);
+
 // UTF-8 with every control character (U+0000 to U+001F, U+007F to U+009F) as \u00XX: one line stays one line, and no
 // document steers a terminal.
 std::string EscapeControls(std::string_view utf8);

@@ -71,7 +71,7 @@ std::string ColumnsText(const StorageFacts& facts) {
 // {"path", "name", "type", "size", "flags", "modified"}; the time is in UTC, and null where it is not known.
 void WriteEntry(JsonWriter& json, const std::string& path, const StorageEntry& entry) {
     json.BeginObject();
-    json.Text("path", path);
+    json.Path("path", path);
     json.Text("name", entry.name);
     json.Text("type", TypeOf(entry.facts));
     json.Number("size", entry.facts.size);
