@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "platform/Foundation/NSPathUtilities.h"
 #include "platform/Foundation/Uninterrupted.h"
@@ -134,32 +135,41 @@ NSFileAttributes FileAttributesOf(const struct stat& status) {
     return attributes;
 }
 
+struct NSDirectoryEnumerator::Walk {
+    fs::path start;
+    fs::recursive_directory_iterator item;  // the first one before the walk has begun
+    bool hasBegun = false;
+
+    bool IsAtEnd() const { return item == fs::recursive_directory_iterator(); }
+};
+
 NSDirectoryEnumerator::NSDirectoryEnumerator(CFStringRef path) {
-    const std::optional<std::string> start = FileSystemRepresentation(path);
-    if (!start) return;
-    start_ = *start;
+    const std::string start = SystemPath(path);
     // The library would enter a start that is a link.
     std::error_code error;
-    if (!fs::is_directory(fs::symlink_status(start_, error))) return;
-    walk_ = fs::recursive_directory_iterator(start_, fs::directory_options::skip_permission_denied, error);
+    if (!fs::is_directory(fs::symlink_status(start, error))) return;
+    fs::recursive_directory_iterator first(start, fs::directory_options::skip_permission_denied, error);
+    walk_.reset(new Walk{start, std::move(first)});
 }
 
+NSDirectoryEnumerator::~NSDirectoryEnumerator() = default;
+
 CFPointer<CFStringRef> NSDirectoryEnumerator::nextObject() {
-    for (; walk_ != fs::recursive_directory_iterator();) {
+    while (walk_ != nullptr && !walk_->IsAtEnd()) {
         std::error_code error;  // an error ends the walk
-        if (begun_) walk_.increment(error);
-        begun_ = true;
-        if (walk_ == fs::recursive_directory_iterator()) break;
-        const fs::path below = walk_->path().lexically_relative(start_);
+        if (walk_->hasBegun) walk_->item.increment(error);
+        walk_->hasBegun = true;
+        if (walk_->IsAtEnd()) break;
+        const fs::path below = walk_->item->path().lexically_relative(walk_->start);
         if (auto name = StringWithFileSystemRepresentation(below.native())) return name;
-        walk_.disable_recursion_pending();
+        walk_->item.disable_recursion_pending();
     }
     return {};
 }
 
 std::optional<NSFileAttributes> NSDirectoryEnumerator::fileAttributes() const {
     struct stat status = {};
-    if (walk_ == fs::recursive_directory_iterator() || lstat(walk_->path().c_str(), &status) != 0) return {};
+    if (walk_ == nullptr || walk_->IsAtEnd() || lstat(walk_->item->path().c_str(), &status) != 0) return {};
     return FileAttributesOf(status);
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
+#include <memory>
 #include <optional>
 
 #include "platform/Foundation/CFPointer.h"
@@ -45,6 +45,8 @@ FOUNDATION_EXPORT NSFileAttributes FileAttributesOf(const struct stat& status);
 // A directory is read only when the walk goes on behind it, so its permissions may be changed before.
 class FOUNDATION_EXPORT NSDirectoryEnumerator {
 public:
+    ~NSDirectoryEnumerator();
+
     // The next path, relative to the start; null at the end.
     CFPointer<CFStringRef> nextObject();
 
@@ -55,9 +57,8 @@ private:
     friend class NSFileManager;
     explicit NSDirectoryEnumerator(CFStringRef path);
 
-    std::filesystem::path start_;
-    std::filesystem::recursive_directory_iterator walk_;
-    bool begun_ = false;
+    struct Walk;
+    std::unique_ptr<Walk> walk_;  // null where there is nothing to walk through
 };
 
 // The calls of the shared file manager that are in use.
