@@ -28,8 +28,11 @@ std::uint32_t Clamp(std::uint32_t length, std::uint32_t p, std::uint32_t n) {
 
 AString::AString(const char* text) : AString(text, LengthOf(text)) {}
 
-AString::AString(const char* bytes, std::uint32_t count) {
-    Append(bytes, count);
+AString::AString(const char* bytes, std::uint32_t count, MemoryBlocks* blocks) {
+    if (count == 0) return;
+    characters_ = Allocate(count, blocks);
+    std::memcpy(characters_, bytes, count);
+    SetLength(count);
 }
 
 AString::AString(const AString& other) noexcept : characters_(other.characters_) {
@@ -54,10 +57,10 @@ AString& AString::operator=(AString&& other) noexcept {
     return *this;
 }
 
-char* AString::Allocate(std::uint32_t capacity) {
+char* AString::Allocate(std::uint32_t capacity, MemoryBlocks* blocks) {
     if (capacity > kMaximumLength) RangeException::Throw();
     const std::uint32_t size = (capacity + 1) | 32;  // of the characters with their terminator
-    void* const block = ::operator new (sizeof(Header) + std::size_t{size});
+    void* const block = MemoryBlocks::Allocate(sizeof(Header) + std::size_t{size}, blocks);
     new (block) Header{0, size - 1, 0};
     char* const characters = static_cast<char*>(block) + sizeof(Header);
     characters[0] = 0;
@@ -69,7 +72,7 @@ void AString::Release() noexcept {
     Header* const header = HeaderOf(characters_);
     characters_ = nullptr;
     if (header->shareCount == 0) {
-        ::operator delete(header);
+        MemoryBlocks::Free(header);
     } else {
         --header->shareCount;
     }

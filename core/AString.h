@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "core/MemoryBlocks.h"
+
 namespace ZEMA {
 
 // "No position" in results, "up to the end" in counts. Lengths and positions of both text classes are 32 bits wide.
@@ -22,7 +24,7 @@ class AString {
 public:
     AString() = default;
     AString(const char* text);  // up to the terminator; null is the empty text
-    AString(const char* bytes, std::uint32_t count);
+    AString(const char* bytes, std::uint32_t count, MemoryBlocks* blocks = nullptr);
     AString(const AString& other) noexcept;
     AString(AString&& other) noexcept;
     ~AString();
@@ -79,7 +81,7 @@ private:
 
     static Header* HeaderOf(char* characters) { return static_cast<Header*>(static_cast<void*>(characters)) - 1; }
 
-    static char* Allocate(std::uint32_t capacity);  // an empty text
+    static char* Allocate(std::uint32_t capacity, MemoryBlocks* blocks = nullptr);  // an empty text
     void Release() noexcept;
     void MoveTo(std::uint32_t capacity);
     void SetLength(std::uint32_t length);

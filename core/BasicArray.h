@@ -5,12 +5,16 @@
 #include <new>
 #include <utility>
 
+#include "core/MemoryBlocks.h"
+
 namespace ZEMA {
 
 // Elements by value, in the order in which they were pushed.
 //
 // Growth copies the old elements, then the new one, and only then destroys the old ones, so an element of the array
 // itself may be pushed. A failed copy or allocation leaves the array as it was.
+//
+// What grows may take its block from a MemoryBlocks, which need not live as long as the array does.
 //
 // Errors: allocation failure is std::bad_alloc; an index out of range is the caller's mistake.
 template <class T>
@@ -25,7 +29,7 @@ public:
     BasicArray(BasicArray&& other) noexcept { Swap(other); }
     virtual ~BasicArray() {
         Destroy(begin_, end_);
-        Free(begin_);
+        MemoryBlocks::Free(begin_);
     }
 
     BasicArray& operator=(const BasicArray& other) {
@@ -52,19 +56,13 @@ public:
     const T* end() const { return end_; }
 
     // A full block grows to the larger of one and a half times its capacity and four more elements.
-    void PushBack(const T& element) {
-        if (end_ == endOfCapacity_) {
-            Grow(Larger(Capacity() + Capacity() / 2, Size() + 4), element);
-        } else {
-            new (end_) T(element);
-            ++end_;
-        }
-    }
+    void PushBack(const T& element, MemoryBlocks* blocks = nullptr) { Append(element, blocks); }
+    void PushBack(T&& element, MemoryBlocks* blocks = nullptr) { Append(std::move(element), blocks); }
 
     // Makes room for `capacity` elements in all, exactly; less than the present capacity changes nothing.
-    void Reserve(std::size_t capacity) {
+    void Reserve(std::size_t capacity, MemoryBlocks* blocks = nullptr) {
         if (capacity <= Capacity()) return;
-        Block block(capacity);
+        Block block(capacity, blocks);
         block.CopyFrom(begin_, end_);
         Replace(block);
     }
@@ -94,18 +92,20 @@ public:
 private:
     // A block under construction: destroys what it holds unless an array takes it over.
     struct Block {
-        explicit Block(std::size_t capacity) : begin(Allocate(capacity)), end(begin), endOfCapacity(begin + capacity) {}
+        explicit Block(std::size_t capacity, MemoryBlocks* blocks = nullptr)
+            : begin(Allocate(capacity, blocks)), end(begin), endOfCapacity(begin + capacity) {}
         Block(const Block&) = delete;
         Block& operator=(const Block&) = delete;
         ~Block() {
             Destroy(begin, end);
-            Free(begin);
+            MemoryBlocks::Free(begin);
         }
         void CopyFrom(const T* first, const T* last) {
             for (; first != last; ++first) Append(*first);
         }
-        void Append(const T& element) {
-            new (end) T(element);
+        template <class Element>
+        void Append(Element&& element) {
+            new (end) T(std::forward<Element>(element));
             ++end;
         }
         T* begin;
@@ -113,22 +113,28 @@ private:
         T* endOfCapacity;
     };
 
-    static T* Allocate(std::size_t capacity) {
+    static T* Allocate(std::size_t capacity, MemoryBlocks* blocks) {
+        static_assert(alignof(T) <= alignof(void*));
         if (capacity == 0) return nullptr;
         if (capacity > static_cast<std::size_t>(-1) / 2 / sizeof(T)) throw std::bad_alloc();
-        return static_cast<T*>(::operator new[](capacity * sizeof(T)));
+        return static_cast<T*>(MemoryBlocks::Allocate(capacity * sizeof(T), blocks));
     }
-    static void Free(T* block) { ::operator delete[](block); }
     static void Destroy(T* first, T* last) {
         for (; first != last; ++first) first->~T();
     }
     static std::size_t Larger(std::size_t a, std::size_t b) { return a < b ? b : a; }
 
-    void Grow(std::size_t capacity, const T& element) {
-        Block block(capacity);
-        block.CopyFrom(begin_, end_);
-        block.Append(element);
-        Replace(block);
+    template <class Element>
+    void Append(Element&& element, MemoryBlocks* blocks) {
+        if (end_ == endOfCapacity_) {
+            Block block(Larger(Capacity() + Capacity() / 2, Size() + 4), blocks);
+            block.CopyFrom(begin_, end_);
+            block.Append(std::forward<Element>(element));
+            Replace(block);
+        } else {
+            new (end_) T(std::forward<Element>(element));
+            ++end_;
+        }
     }
 
     // Destroys the old elements after the new block stands.

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <utility>
 
 namespace ZEMA {
 
@@ -19,6 +20,7 @@ public:
     virtual ~BasicDeque() = default;
 
     void PushBack(const T& element) { blocks_.push_back(element); }
+    void PushBack(T&& element) { blocks_.push_back(std::move(element)); }
     void PopBack() { blocks_.pop_back(); }
     T& Back() { return blocks_.back(); }
     const T& Back() const { return blocks_.back(); }

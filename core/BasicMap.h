@@ -6,19 +6,21 @@
 #include <utility>
 
 #include "core/Less.h"
+#include "core/MemoryBlocks.h"
 
 namespace ZEMA {
 
 // Unique keys in ascending order under Cmp; a face over the standard library's red-black tree, one allocation a node.
-// Positions are the standard iterators: `position->first` is the key, `position->second` the value.
+// With a MemoryBlocks, which must outlive the map, the nodes come from there. Positions are the standard iterators: `position->first` is the key, `position->second` the value.
 template <class K, class V, class Cmp = Less<K>>
 class BasicMap {
 public:
-    using Tree = std::map<K, V, Cmp>;
+    using Tree = std::map<K, V, Cmp, BlockAllocator<std::pair<const K, V>>>;
     using Position = typename Tree::iterator;
     using ConstPosition = typename Tree::const_iterator;
 
     BasicMap() = default;
+    explicit BasicMap(MemoryBlocks& nodes) : tree_(typename Tree::allocator_type(&nodes)) {}
     BasicMap(const BasicMap&) = default;
     BasicMap(BasicMap&&) noexcept = default;
     BasicMap& operator=(const BasicMap&) = default;

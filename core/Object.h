@@ -2,7 +2,10 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+
+#include "core/MemoryBlocks.h"
 
 namespace ZEMA {
 
@@ -22,6 +25,12 @@ protected:
     virtual ~Object() = default;
 
 public:
+    // From the heap, or from blocks (see NewIn).
+    static void* operator new(std::size_t size) { return MemoryBlocks::Allocate(size, nullptr); }
+    static void* operator new(std::size_t size, MemoryBlocks* blocks) { return MemoryBlocks::Allocate(size, blocks); }
+    static void operator delete(void* object) { MemoryBlocks::Free(object); }
+    static void operator delete(void* object, MemoryBlocks*) { MemoryBlocks::Free(object); }
+
     // Called once, on the thread that dropped the last reference, just before the destructor. A class detaches itself
     // from shared structures here; it must neither throw nor hand out a new reference to itself.
     virtual void OnLastRelease();

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "core/MemoryBlocks.h"
+
 namespace ZEMA {
 
 // Holds one reference to an Object, or none.
@@ -70,6 +72,13 @@ bool operator==(const RefPointer<T>& a, std::nullptr_t) {
 template <class T, class... Arguments>
 RefPointer<T> New(Arguments&&... arguments) {
     return RefPointer<T>(new T(std::forward<Arguments>(arguments)...));
+}
+
+// The same, with memory from blocks. The object may outlive them.
+template <class T, class... Arguments>
+RefPointer<T> NewIn(MemoryBlocks& blocks, Arguments&&... arguments) {
+    static_assert(alignof(T) <= alignof(void*));
+    return RefPointer<T>(new (&blocks) T(std::forward<Arguments>(arguments)...));
 }
 
 }  // namespace ZEMA
