@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "core/BasicDeque.h"
 #include "core/BasicMap.h"
 #include "core/ByteText.h"
+#include "core/MemoryBlocks.h"
 #include "xml/TextPieces.h"
 #include "xml/XMLDOMNodeAString.h"
 #include "xml/XMLEventParser.h"
@@ -29,9 +31,6 @@ std::size_t HashOf(std::string_view text) {
     return static_cast<std::size_t>(mixed >> 40);
 }
 
-AString CopyOf(std::string_view text) {
-    return AString(text.data(), static_cast<std::uint32_t>(text.size()));
-}
 
 // Remembers texts, so that one seen before is handed out as a share of its buffer instead of a new one. Names and most
 // attribute values of a document are few and come thousands of times.
@@ -40,6 +39,9 @@ AString CopyOf(std::string_view text) {
 // handing out costs the same whatever the texts are.
 class SharedTexts {
 public:
+    // New texts stand in `blocks`.
+    explicit SharedTexts(MemoryBlocks& blocks) : blocks_(blocks) {}
+
     AString Share(std::string_view text);
 
 private:
@@ -47,6 +49,11 @@ private:
     static constexpr std::size_t kLongest = 32;
     static constexpr std::size_t kSlotCount = 1024;
 
+    AString CopyOf(std::string_view text) {
+        return AString(text.data(), static_cast<std::uint32_t>(text.size()), &blocks_);
+    }
+
+    MemoryBlocks& blocks_;
     std::array<AString, kSlotCount> slots_;
 };
 
@@ -86,24 +93,25 @@ private:
     void SetAttributes(Node& node, const char** attributes);
     void MergeAttributes(Node& node, const char** attributes);
 
+    MemoryBlocks blocks_;  // of all nodes but the root, with their arrays and texts
     RefPointer<Node> root;
     BasicDeque<Pair<RefPointer<Node>, AString>> elementStack;  // every open element and its text so far
     RefPointer<XMLDOMNodeAStringTester> tester;                // may be null
     bool atRoot = true;                                        // until the first start tag has been handled
-    SharedTexts texts_;
+    SharedTexts texts_{blocks_};
 };
 
 void ParseContext::StartElement(std::string_view name, const char** attributes) {
     RefPointer<Node> node = root;
     if (!elementStack.Empty()) {
-        node = New<Node>();
-        elementStack.Back().first->children.PushBack(node);
+        node = NewIn<Node>(blocks_);
+        elementStack.Back().first->children.PushBack(node, &blocks_);
     }
     node->name = texts_.Share(name);
     SetAttributes(*node, attributes);
     if (atRoot && tester && !tester->Test(*node)) Stop();
     atRoot = false;
-    elementStack.PushBack({node, AString()});
+    elementStack.PushBack({std::move(node), AString()});
 }
 
 // The parser has refused an element with an attribute twice, so only one that had attributes before needs a search.
@@ -111,7 +119,7 @@ void ParseContext::SetAttributes(Node& node, const char** attributes) {
     if (!node.attributes.Empty()) return MergeAttributes(node, attributes);
     std::size_t count = 0;
     while (attributes[count * 2] != nullptr) ++count;
-    node.attributes.Reserve(count);
+    node.attributes.Reserve(count, &blocks_);
     for (const char** attribute = attributes; *attribute != nullptr; attribute += 2) {
         node.attributes.PushBack({texts_.Share(attribute[0]), texts_.Share(attribute[1])});
     }
