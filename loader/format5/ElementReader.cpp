@@ -145,10 +145,10 @@ std::size_t CountListPieces(std::string_view list) {
 }
 
 bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::size_t leadingZeros,
-                    BasicArray<unsigned long>& numbers) {
+                    BasicArray<unsigned long>& numbers, MemoryBlocks* blocks) {
     const AString* list = node.FindAttribute(name);
     if (list == nullptr || list->IsEmpty()) return true;
-    numbers.Reserve(leadingZeros + CountListPieces(list->View()));
+    numbers.Reserve(leadingZeros + CountListPieces(list->View()), blocks);
     numbers.Resize(leadingZeros);
     bool complete = true;
     ForEachPiece(list->View(), ',', [&](std::string_view piece) {

@@ -8,6 +8,7 @@
 
 #include "core/BasicArray.h"
 #include "core/BasicMap.h"
+#include "core/MemoryBlocks.h"
 #include "core/RefPointer.h"
 #include "core/String.h"
 #include "scene/Matrix4.h"
@@ -44,7 +45,7 @@ std::size_t CountListPieces(std::string_view list);
 // Fills the empty `numbers` with those of a list, and 0 for each that cannot be read, and the answer is false then. An
 // absent or empty attribute adds nothing; any other puts `leadingZeros` zeros in front.
 bool ReadNumberList(const XMLDOMNodeAString& node, std::string_view name, std::size_t leadingZeros,
-                    BasicArray<unsigned long>& numbers);
+                    BasicArray<unsigned long>& numbers, MemoryBlocks* blocks = nullptr);
 
 // The object that a number stands for, or null.
 template <class T>
@@ -67,10 +68,10 @@ bool ReadReference(const XMLDOMNodeAString& node, std::string_view name, const B
 // nothing, and the answer is false then.
 template <class T>
 bool ReadReferenceList(const XMLDOMNodeAString& node, std::string_view name, const BasicMap<unsigned long, T*>& objects,
-                       BasicArray<RefPointer<T>>& references) {
+                       BasicArray<RefPointer<T>>& references, MemoryBlocks* blocks = nullptr) {
     const AString* list = node.FindAttribute(name);
     if (list == nullptr) return true;
-    references.Reserve(references.Size() + CountListPieces(list->View()));
+    references.Reserve(references.Size() + CountListPieces(list->View()), blocks);
     bool complete = true;
     ForEachPiece(list->View(), ',', [&](std::string_view piece) {
         std::uint32_t refID = 0;

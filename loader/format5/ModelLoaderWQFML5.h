@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/BasicMap.h"
+#include "core/MemoryBlocks.h"
 #include "loader/DesignCorrections.h"
 #include "loader/ModelLoader.h"
 #include "loader/Version.h"
@@ -65,6 +66,7 @@ private:
     bool ReadBrick(const Node& node, StorageScene2& scene);
     bool ReadPart(const Node& node, StorageScene2::Brick& brick);
     bool ReadPartLists(const Node& node, StorageScene2::Part& part);
+    RefPointer<StorageScene2::Brick> NewBrick(std::uint32_t design);
     bool ReadBone(const Node& node, StorageScene2::Part& part);
     void SplitBrick(std::uint32_t refID, StorageScene2& scene);
     void DropPart(const RefPointer<StorageScene2::Part>& part);
@@ -84,15 +86,18 @@ private:
 
     Version brickSetVersion;
     RefPointer<DesignTemplates> designTemplates;
-    ReferenceMap<StorageScene2::Camera> cameraMap;
-    ReferenceMap<StorageScene2::Brick> brickMap;
-    ReferenceMap<StorageScene2::Part> partMap;
-    ReferenceMap<StorageScene2::Bone> boneMap;
-    ReferenceMap<StorageScene2::Rigid> rigidMap;
+    ReferenceMap<StorageScene2::Camera> cameraMap{blocks_};
+    ReferenceMap<StorageScene2::Brick> brickMap{blocks_};
+    ReferenceMap<StorageScene2::Part> partMap{blocks_};
+    ReferenceMap<StorageScene2::Bone> boneMap{blocks_};
+    ReferenceMap<StorageScene2::Rigid> rigidMap{blocks_};
 
     // What splits take out of the scene. Kept until the next load, because `partMap` and `boneMap` still name it and
     // later references may find it there.
     BasicArray<RefPointer<StorageScene2::Part>> droppedParts_;
+
+    // Of the objects that a document has many of, with their lists and the maps' nodes.
+    MemoryBlocks blocks_;
 };
 
 }  // namespace ZEMA

@@ -9,12 +9,6 @@ namespace ZEMA {
 
 namespace {
 
-RefPointer<StorageScene2::Brick> NewBrick(std::uint32_t design) {
-    const RefPointer<StorageScene2::Brick> brick = New<StorageScene2::Brick>();
-    brick->designID = design;
-    return brick;
-}
-
 // Whether a refID is taken, with `place` where it stands or would stand.
 template <class Map>
 bool IsUsed(Map& map, typename Map::Position place, std::uint32_t refID) {
@@ -33,6 +27,12 @@ bool ModelLoaderWQFML5::ReadBricks(const Node& root, StorageScene2& scene) {
     return ReadChildren(*section, "Brick", [&](const Node& child) { return ReadBrick(child, scene); });
 }
 
+RefPointer<StorageScene2::Brick> ModelLoaderWQFML5::NewBrick(std::uint32_t design) {
+    RefPointer<StorageScene2::Brick> brick = NewIn<StorageScene2::Brick>(blocks_);
+    brick->designID = design;
+    return brick;
+}
+
 bool ModelLoaderWQFML5::ReadBrick(const Node& node, StorageScene2& scene) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BrickError>(BrickError::MissingRefID));
@@ -47,7 +47,7 @@ bool ModelLoaderWQFML5::ReadBrick(const Node& node, StorageScene2& scene) {
     brickMap.InsertBefore(place, refID, brick.Get());
     scene.bricks.PushBack(brick);
     const bool behaviors = ReadBehaviors(node, brick->behaviors);
-    brick->parts.Reserve(CountChildren(node, "Part"));
+    brick->parts.Reserve(CountChildren(node, "Part"), &blocks_);
     const bool parts = ReadChildren(node, "Part", [&](const Node& child) { return ReadPart(child, *brick); });
     brick->designID = SubstituteDesign(designID);
     if (brick->designID == CombinedDesign().combined) SplitBrick(refID, scene);
@@ -63,13 +63,13 @@ bool ModelLoaderWQFML5::ReadPart(const Node& node, StorageScene2::Brick& brick) 
     ReadUnsigned(node, "designID", designID);
     if (designID == 0) return Fail(New<PartError>(nullptr, PartError::MissingDesignID));
 
-    const RefPointer<StorageScene2::Part> part = New<StorageScene2::Part>(designID);
+    const RefPointer<StorageScene2::Part> part = NewIn<StorageScene2::Part>(blocks_, designID);
     if (!ReadPartLists(node, *part)) return false;
     partMap.InsertBefore(place, refID, part.Get());
     part->brick = &brick;
     brick.parts.PushBack(part);
     const bool behaviors = ReadBehaviors(node, part->behaviors);
-    part->bones.Reserve(CountChildren(node, "Bone"));
+    part->bones.Reserve(CountChildren(node, "Bone"), &blocks_);
     const bool bones = ReadChildren(node, "Bone", [&](const Node& child) { return ReadBone(child, *part); });
     part->designID = SubstituteDesign(designID);
     CorrectPart(*part, brickSetVersion, designTemplates.Get());
@@ -78,11 +78,11 @@ bool ModelLoaderWQFML5::ReadPart(const Node& node, StorageScene2::Brick& brick) 
 
 // False only when the part is left without a material; entries that cannot be read are raised and count as 0.
 bool ModelLoaderWQFML5::ReadPartLists(const Node& node, StorageScene2::Part& part) {
-    if (!ReadNumberList(node, "materials", 0, part.materials)) {
+    if (!ReadNumberList(node, "materials", 0, part.materials, &blocks_)) {
         Raise(New<PartError>(&part, PartError::WrongMaterial));
     }
     if (part.materials.Empty()) return Fail(New<PartError>(&part, PartError::MissingMaterial));
-    if (!ReadNumberList(node, "decoration", 1, part.decoration)) {
+    if (!ReadNumberList(node, "decoration", 1, part.decoration, &blocks_)) {
         Raise(New<PartError>(&part, PartError::WrongDecoration));
     }
     return true;
@@ -93,7 +93,7 @@ bool ModelLoaderWQFML5::ReadBone(const Node& node, StorageScene2::Part& part) {
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BoneError>(BoneError::MissingRefID));
     const auto place = boneMap.LowerBound(refID);
     if (IsUsed(boneMap, place, refID)) return Fail(New<BoneError>(BoneError::ReusedRefID));
-    const RefPointer<StorageScene2::Bone> bone = New<StorageScene2::Bone>();
+    const RefPointer<StorageScene2::Bone> bone = NewIn<StorageScene2::Bone>(blocks_);
     boneMap.InsertBefore(place, refID, bone.Get());
     bone->part = &part;
     part.bones.PushBack(bone);

@@ -31,12 +31,12 @@ struct OpenStepElement {
     std::size_t nextChild;
 };
 
-RefPointer<StorageScene2::BIStep> ReadStep(const XMLDOMNodeAString& node) {
-    const RefPointer<StorageScene2::BIStep> step = New<StorageScene2::BIStep>();
+RefPointer<StorageScene2::BIStep> ReadStep(const XMLDOMNodeAString& node, MemoryBlocks& blocks) {
+    RefPointer<StorageScene2::BIStep> step = NewIn<StorageScene2::BIStep>(blocks);
     ReadString(node, "name", step->name);
     ReadBool(node, "exploded", step->exploded);
     if (step->exploded) ReadVector3(node, "a", step->a);
-    step->events.Reserve(node.children.Size());
+    step->events.Reserve(node.children.Size(), &blocks);
     return step;
 }
 
@@ -114,11 +114,11 @@ bool ModelLoaderWQFML5::ReadRigid(const Node& node, StorageScene2::RigidSystem& 
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<RigidError>(RigidError::MissingRefID));
     if (rigidMap.Contains(refID)) return Fail(New<RigidError>(RigidError::ReusedRefID));
-    const RefPointer<StorageScene2::Rigid> rigid = New<StorageScene2::Rigid>();
+    const RefPointer<StorageScene2::Rigid> rigid = NewIn<StorageScene2::Rigid>(blocks_);
     system.rigids.PushBack(rigid);
     rigidMap.Insert(refID, rigid.Get());
     rigid->transformation = ReadTransformation(node);
-    return ReadReferenceList(node, "boneRefs", boneMap, rigid->bones);
+    return ReadReferenceList(node, "boneRefs", boneMap, rigid->bones, &blocks_);
 }
 
 bool ModelLoaderWQFML5::ReadJoint(const Node& node, StorageScene2::Joint& joint) const {
@@ -163,7 +163,7 @@ bool ModelLoaderWQFML5::ReadEvents(const Node& node, Events& events) {
         }
         const Node& child = *top.node->children[top.nextChild++];
         if (child.name == "Step") {
-            const RefPointer<StorageScene2::BIStep> step = ReadStep(child);
+            const RefPointer<StorageScene2::BIStep> step = ReadStep(child, blocks_);
             top.events->PushBack(step);
             open.PushBack({&child, &step->events, 0});
         } else if (child.name == "Camera") {
@@ -185,7 +185,7 @@ bool ModelLoaderWQFML5::ReadCameraEvent(const Node& node, Events& events) {
 }
 
 bool ModelLoaderWQFML5::ReadPartEvent(const Node& node, Events& events) {
-    const RefPointer<StorageScene2::BIPart> event = New<StorageScene2::BIPart>(nullptr);
+    const RefPointer<StorageScene2::BIPart> event = NewIn<StorageScene2::BIPart>(blocks_, nullptr);
     events.PushBack(event);
     ReadReference(node, "partRef", partMap, event->part);
     if (!event->part) return Fail(New<BIError>(BIError::NonExistingPart));
