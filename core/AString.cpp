@@ -35,28 +35,6 @@ AString::AString(const char* bytes, std::uint32_t count, MemoryBlocks* blocks) {
     SetLength(count);
 }
 
-AString::AString(const AString& other) noexcept : characters_(other.characters_) {
-    if (characters_ != nullptr) ++HeaderOf(characters_)->shareCount;
-}
-
-AString::AString(AString&& other) noexcept {
-    Swap(other);
-}
-
-AString::~AString() {
-    Release();
-}
-
-AString& AString::operator=(const AString& other) noexcept {
-    AString(other).Swap(*this);
-    return *this;
-}
-
-AString& AString::operator=(AString&& other) noexcept {
-    AString(std::move(other)).Swap(*this);
-    return *this;
-}
-
 char* AString::Allocate(std::uint32_t capacity, MemoryBlocks* blocks) {
     if (capacity > kMaximumLength) RangeException::Throw();
     const std::uint32_t size = (capacity + 1) | 32;  // of the characters with their terminator
@@ -65,17 +43,6 @@ char* AString::Allocate(std::uint32_t capacity, MemoryBlocks* blocks) {
     char* const characters = static_cast<char*>(block) + sizeof(Header);
     characters[0] = 0;
     return characters;
-}
-
-void AString::Release() noexcept {
-    if (characters_ == nullptr) return;
-    Header* const header = HeaderOf(characters_);
-    characters_ = nullptr;
-    if (header->shareCount == 0) {
-        MemoryBlocks::Free(header);
-    } else {
-        --header->shareCount;
-    }
 }
 
 void AString::MoveTo(std::uint32_t capacity) {
@@ -162,10 +129,6 @@ void AString::Erase(std::uint32_t p, std::uint32_t n) {
     Reserve(length);
     std::memmove(characters_ + p, characters_ + p + count, length - p - count);
     SetLength(length - count);
-}
-
-void AString::Swap(AString& other) noexcept {
-    std::swap(characters_, other.characters_);
 }
 
 bool AString::Holds(const char* bytes) const {

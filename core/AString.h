@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "core/MemoryBlocks.h"
 
@@ -25,11 +26,19 @@ public:
     AString() = default;
     AString(const char* text);  // up to the terminator; null is the empty text
     AString(const char* bytes, std::uint32_t count, MemoryBlocks* blocks = nullptr);
-    AString(const AString& other) noexcept;
-    AString(AString&& other) noexcept;
-    ~AString();
-    AString& operator=(const AString& other) noexcept;
-    AString& operator=(AString&& other) noexcept;
+    AString(const AString& other) noexcept : characters_(other.characters_) {
+        if (characters_ != nullptr) ++HeaderOf(characters_)->shareCount;
+    }
+    AString(AString&& other) noexcept : characters_(std::exchange(other.characters_, nullptr)) {}
+    ~AString() { Release(); }
+    AString& operator=(const AString& other) noexcept {
+        AString(other).Swap(*this);
+        return *this;
+    }
+    AString& operator=(AString&& other) noexcept {
+        AString(std::move(other)).Swap(*this);
+        return *this;
+    }
 
     std::uint32_t Length() const { return characters_ == nullptr ? 0 : HeaderOf(characters_)->length; }
     bool IsEmpty() const { return Length() == 0; }
@@ -62,7 +71,7 @@ public:
     void Erase(std::uint32_t p = 0, std::uint32_t n = npos);
     void Clear() { Reserve(0); }
 
-    void Swap(AString& other) noexcept;
+    void Swap(AString& other) noexcept { std::swap(characters_, other.characters_); }
 
     friend bool operator==(const AString& a, const AString& b) {
         return a.characters_ == b.characters_ || a.View() == b.View();
@@ -82,7 +91,15 @@ private:
     static Header* HeaderOf(char* characters) { return static_cast<Header*>(static_cast<void*>(characters)) - 1; }
 
     static char* Allocate(std::uint32_t capacity, MemoryBlocks* blocks = nullptr);  // an empty text
-    void Release() noexcept;
+    void Release() noexcept {
+        if (characters_ == nullptr) return;
+        Header* const header = HeaderOf(std::exchange(characters_, nullptr));
+        if (header->shareCount == 0) {
+            MemoryBlocks::Free(header);
+        } else {
+            --header->shareCount;
+        }
+    }
     void MoveTo(std::uint32_t capacity);
     void SetLength(std::uint32_t length);
     bool Holds(const char* bytes) const;  // whether they start inside this text

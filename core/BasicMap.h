@@ -11,7 +11,8 @@
 namespace ZEMA {
 
 // Unique keys in ascending order under Cmp; a face over the standard library's red-black tree, one allocation a node.
-// With a MemoryBlocks, which must outlive the map, the nodes come from there. Positions are the standard iterators: `position->first` is the key, `position->second` the value.
+// With a MemoryBlocks, which must outlive the map, the nodes come from there. Positions are the standard iterators:
+// `position->first` is the key, `position->second` the value.
 template <class K, class V, class Cmp = Less<K>>
 class BasicMap {
 public:

@@ -43,10 +43,6 @@ locale_t CLocale() {
 
 }  // namespace
 
-bool IsWhiteSpace(char byte) {
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
-
 std::uint32_t ParseUInt32(const char* text, const char** end, int base) {
     constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
     errno = 0;

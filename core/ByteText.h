@@ -7,7 +7,9 @@
 namespace ZEMA {
 
 // Space, tab, line feed, vertical tab, form feed, carriage return.
-bool IsWhiteSpace(char byte);
+inline bool IsWhiteSpace(char byte) {
+    return byte == ' ' || (byte >= '\t' && byte <= '\r');
+}
 
 // Reads an unsigned integer in `base` (0 chooses 16 after 0x, 8 after 0, else 10; 1 and above 36 read nothing) from
 // zero-terminated text. `end`, unless null, is set behind the last digit, or to `text` when there is none. `errno` is

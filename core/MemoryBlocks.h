@@ -94,8 +94,8 @@ private:
     char* end_ = nullptr;
 };
 
-// Hands a standard container its nodes. Where they go does not depend on where they are from, so containers may exchange
-// them.
+// Hands a standard container its nodes. Where they go does not depend on where they are from, so containers may
+// exchange them.
 template <class T>
 struct BlockAllocator {
     using value_type = T;
