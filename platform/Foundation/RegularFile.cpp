@@ -17,6 +17,18 @@ int OpenByName(const std::string& path, int flags) {
     return Uninterrupted([&] { return open(path.c_str(), flags | kFlags); });
 }
 
+// Reading for an index is no use of a file that its time of last access should tell of. The system allows leaving that
+// time alone to the owner of the file and to the superuser.
+int OpenQuietly(const std::string& path, int flags) {
+#ifdef O_NOATIME
+    if ((flags & O_ACCMODE) == O_RDONLY) {
+        const int descriptor = OpenByName(path, flags | O_NOATIME);
+        if (descriptor != -1 || errno != EPERM) return descriptor;
+    }
+#endif
+    return OpenByName(path, flags);
+}
+
 // The descriptor if it is one of a regular file; otherwise it is closed.
 int OnlyRegular(int descriptor) {
     struct stat status = {};
@@ -37,7 +49,7 @@ int OpenBetweenTwoLooks(const std::string& path, int mode) {
         errno = EINVAL;
         return -1;
     }
-    const int descriptor = OpenByName(path, mode | O_NONBLOCK);
+    const int descriptor = OpenQuietly(path, mode | O_NONBLOCK);
     return descriptor == -1 ? -1 : OnlyRegular(descriptor);
 }
 
@@ -49,7 +61,7 @@ int OpenRegularFile(const std::string& path, int mode) {
     int held = OpenByName(path, O_PATH);
     if (held != -1) held = OnlyRegular(held);
     if (held == -1) return -1;
-    const int descriptor = OpenByName("/proc/self/fd/" + std::to_string(held), mode);
+    const int descriptor = OpenQuietly("/proc/self/fd/" + std::to_string(held), mode);
     const int error = errno;
     close(held);
     errno = error;
