@@ -1,4 +1,4 @@
-// What becomes of a format-4 scene beyond what is compared for one model in both formats.
+// What becomes of a format-4 scene beyond what its document shows.
 #include <gtest/gtest.h>
 
 #include <utility>
@@ -23,17 +23,6 @@ const BasicArray<RefPointer<StorageScene2::BIEvent>>& EventsOf(const StorageScen
     return static_cast<const StorageScene2::BIStep&>(*scene.buildingInstructions[0].events[0]).events;
 }
 
-TEST(Conversion, BoneOfAReplacedPartBelongsToItsRigidAlone) {
-    const ConvertedDocument document(Root(Group(FlexPart(1, 0) + FlexPart(2, 0, "ty='5'"))));
-    const StorageScene2::Part& part = *document->bricks[0]->parts[0];
-    const auto& bones = document->rigidSystems[0].rigids[0]->bones;
-    ASSERT_EQ(bones.Size(), 2U);
-    ASSERT_EQ(part.bones.Size(), 1U);
-    EXPECT_EQ(part.bones[0], bones[1]);
-    EXPECT_EQ(bones[0]->part, &part);
-    EXPECT_EQ(part.brick, document->bricks[0].Get());
-}
-
 TEST(Conversion, SanitisesPlacements) {
     const LoadedScene loaded(Root(Group(Part(1, "tx='1'")) + Instruction(Step("", PartRef(1, "exploded=''")))));
     auto& group = loaded.Group(0).transformation;
@@ -48,18 +37,6 @@ TEST(Conversion, SanitisesPlacements) {
     EXPECT_EQ(rigid.transformation, Matrix4());
     EXPECT_EQ(rigid.bones[0]->transformation, Matrix4::FromTranslation({1, 0, 0}));
     EXPECT_EQ(static_cast<const StorageScene2::BIPart&>(*EventsOf(*target)[0]).transformation.m[10], -1);
-}
-
-TEST(Conversion, ConnectsRigidsOfTheSameModelOnly) {
-    const ConvertedDocument document(
-        Root("<Scene><Model><Group refID='1'/></Model><Model><Group refID='2'/>"
-             "<Joint name='j'><GroupRef groupRef='1' tx='4'/><GroupRef groupRef='2'/></Joint></Model></Scene>"));
-    ASSERT_TRUE(document.succeeded);
-    const StorageScene2::RigidSystem& system = document->rigidSystems[1];
-    ASSERT_EQ(system.joints.Size(), 1U);
-    EXPECT_EQ(system.joints[0].rigid1, nullptr);
-    EXPECT_EQ(system.joints[0].t1, (Vector3{4, 0, 0}));
-    EXPECT_EQ(system.joints[0].rigid2, system.rigids[0]);
 }
 
 TEST(Conversion, ExchangesCamerasAndMetadata) {

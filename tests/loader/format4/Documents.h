@@ -1,14 +1,13 @@
 // Format-4 documents as text, and what became of them.
 #pragma once
 
-#include <stdexcept>
 #include <type_traits>
 
 #include "core/RefPointer.h"
 #include "loader/format4/ModelLoaderWQFML4.h"
 #include "scene/StorageScene.h"
 #include "scene/StorageScene2.h"
-#include "tests/loader/SceneText.h"
+#include "tests/loader/DocumentCases.h"
 #include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
@@ -42,30 +41,6 @@ inline std::string Step(const std::string& attributes, const std::string& conten
 
 inline std::string PartRef(int part, const std::string& attributes = "") {
     return "<PartRef partRefID='" + std::to_string(part) + "' " + attributes + "/>";
-}
-
-// A document in which everything is right: cameras 1 and 2, groups 1 to 3 with parts 1 to 3, a joint, a step. Each
-// element has an attribute first that it should not have.
-inline std::string GoodDocument() {
-    return "<WQFML x='' versionMajor='4' versionMinor='0'>"
-           "<Meta><Application name='App'/></Meta>"
-           "<Cameras><Camera x='' refID='1'/><Camera refID='2'/></Cameras>"
-           "<Scene x='' cameraRefID='1'><Model x='' name='model'>"
-           "<Group x='' refID='1'><Part x='' refID='1' designID='3005' materialID='21'/>"
-           "<Part refID='2' designID='3004' materialID='21'/></Group>"
-           "<Group refID='2'><Part refID='3' designID='3003' materialID='21'/></Group><Group refID='3'/>"
-           "<Joint x='' name='joint'><GroupRef x='' groupRef='1' ax='0' ay='0' az='1'/><GroupRef groupRef='2'/></Joint>"
-           "</Model></Scene>"
-           "<BuildingInstructions><BuildingInstruction x='' cameraRefID='1'>"
-           "<Step x='' cameraRefID='2'><PartRef x='' partRefID='1'/></Step>"
-           "</BuildingInstruction></BuildingInstructions></WQFML>";
-}
-
-// `text` with its first `from` replaced; one that is not there is the test's own mistake.
-inline std::string Broken(std::string text, const std::string& from, const std::string& to) {
-    const std::size_t position = text.find(from);
-    if (position == std::string::npos) throw std::logic_error("nothing to break: " + from);
-    return text.replace(position, from.size(), to);
 }
 
 // What a document gives: the scene of format 4, joints included, or the one that it is converted into.

@@ -13,12 +13,6 @@ inline std::string Wqfml(const std::string& sections) {
     return "<WQFML versionMajor='5'>" + sections + "</WQFML>";
 }
 
-using Numbers = std::vector<unsigned long>;
-
-inline Numbers NumbersOf(const BasicArray<unsigned long>& numbers) {
-    return {numbers.begin(), numbers.end()};
-}
-
 inline std::string Bricks(const std::string& bricks) {
     return "<Bricks>" + bricks + "</Bricks>";
 }

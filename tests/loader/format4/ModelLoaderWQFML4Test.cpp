@@ -1,13 +1,57 @@
-// What is in a scene: groups, joints, parts, and the corrections of old designs.
+#include "loader/format4/ModelLoaderWQFML4.h"
+
 #include <gtest/gtest.h>
 
 #include "loader/DesignCatalogue.h"
+#include "tests/loader/DocumentCases.h"
 #include "tests/loader/format4/Documents.h"
 
 namespace ZEMA::testing {
 namespace {
 
-TEST(Format4Models, ReadsGroupsPartsAndTheirNumbers) {
+TEST(ModelLoaderWQFML4, MakesOfDocumentsWhatTheyAreCasesOf) {
+    for (const char* subject : {"document", "models", "flexes", "failures", "conversion"}) {
+        SCOPED_TRACE(subject);
+        ExpectCases<ModelLoaderWQFML4>(std::string(ZEMA_CASES "/") + subject + ".cases");
+    }
+}
+
+TEST(ModelLoaderWQFML4, SecondRootIsReadUnderAWrongOne) {
+    const LoadedScene loaded("<WQFML versionMajor='5'>" + Root(Model("")) + "<Scene><Model name='x'/></Scene>" +
+                             "<WQFML versionMajor='3'/></WQFML>");
+    ASSERT_EQ(loaded->models.Size(), 1U);
+    EXPECT_EQ(Utf8(loaded->models[0].name), "model");
+    EXPECT_EQ(Descriptions(*loaded.loader), (Words{"versionError expected Version 4 actual Version 5"}))
+        << "what follows the second root is skipped";
+}
+
+TEST(ModelLoaderWQFML4, KeepsWhatIsThereOfMetadataThatBreakOff) {
+    const LoadedScene cut("<WQFML versionMajor='4'><Meta><E>text");
+    EXPECT_FALSE(cut.succeeded);
+    EXPECT_EQ(Utf8(cut->meta[0].value), "text");
+}
+
+TEST(ModelLoaderWQFML4, GoesOnBehindAFailure) {
+    const std::string text = Root(
+        "<Scene cameraRefID='9'><Model><Group refID='1'><Part refID='1' materialID='21'/>"
+        "<Part><SubMaterial surfaceID='1' materialID='2'/></Part></Group></Model></Scene>" +
+        Instruction(Step("", PartRef(9))));
+    const Words errors{"cameraError error detail nonExistingCamera", "partError error detail missingRefID",
+                       "biError error detail nonExistingPart"};
+    const LoadedScene loaded(text);
+    EXPECT_EQ(Descriptions(*loaded.loader), errors);
+    EXPECT_EQ(loaded.loader->errorMask, 8U | 32U | 256U);
+    ASSERT_EQ(loaded.Group(0).parts.Size(), 1U) << "the part is dropped";
+    EXPECT_EQ(loaded.Part(0).materials.Size(), 1U) << "and what was in it is nobody's";
+    EXPECT_EQ(Descriptions(*LoadedScene(Broken(text, "</WQFML>", "")).loader).size(), 4U) << "the parser's comes last";
+
+    EXPECT_TRUE(loaded.loader->LoadScene(Bytes(Root("")), loaded.scene.Get(), 0));
+    EXPECT_TRUE(loaded.loader->errors.Empty() && loaded.loader->errorMask == 0 && loaded->models.Empty());
+    const ConvertedDocument converted(text);
+    EXPECT_TRUE(converted->meta.Empty() && converted->rigidSystems.Empty()) << "a failed load converts nothing";
+}
+
+TEST(ModelLoaderWQFML4, ReadsGroupsPartsAndTheirNumbers) {
     const LoadedScene loaded(Root(Model("<Group type='6' name='a' tyre='6' axe='6' tx='5'>" +
                                         Part(7, "name='\xC3\xA4' itemNos='1,2'") + Part(7, "itemNos='\xC3\xA4'") +
                                         "</Group><Group refID='010'/><Group refID='010'/><Group refID='-1'/>"
@@ -25,51 +69,6 @@ TEST(Format4Models, ReadsGroupsPartsAndTheirNumbers) {
         << "the later part is meant";
 }
 
-TEST(Format4Models, ReadsJoints) {
-    const ConvertedDocument document(
-        Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/><GroupRef groupRef='2'/></Joint>"
-                   "<Joint type='HINGE'><GroupRef groupRef='1' ax='1' ay='0' zx='-1' zz='0' tx='1' ty='2' tz='3'/>"
-                   "<GroupRef groupRef='2' ay='-1' zy='1' zz='0' tx='4' ty='5' tz='6'/></Joint>")));
-    EXPECT_EQ(document.At("/rigidSystems/0/joints"),
-              R"([{"a1":[0,1,0],"a2":[0,1,0],"rigid1":[0,0],"rigid2":[0,1],"type":1,"z1":[0,0,1],"z2":[0,0,1]},)"
-              R"({"a1":[1,0,0],"a2":[0,-1,0],"rigid1":[0,0],"rigid2":[0,1],"t1":[1,2,3],"t2":[4,5,6],)"
-              R"("z1":[-1,0,0],"z2":[0,1,0]}])");
-    // A joint's handlers leave at the first closing "Joint", also when that closes one inside; what follows is then
-    // read as if it stood in the model.
-    const ConvertedDocument inside(
-        Root(Model("<Group refID='1'/><Group refID='2'/><Joint><GroupRef groupRef='1'/>"
-                   "<GroupRef groupRef='2'/><Joint/><Group refID='3'/></Joint><Group refID='4'/>")));
-    EXPECT_EQ(inside.At("/rigidSystems/0/rigids"), "[{},{},{},{}]");
-    EXPECT_EQ(inside->rigidSystems[0].joints.Size(), 1U);
-}
-
-TEST(Format4Models, ReadsSurfacesOfParts) {
-    const std::pair<const char*, const char*> rows[] = {
-        {"<SubMaterial surfaceID='3' materialID='5'/>", R"({"materials":[21,0,0,5]})"},
-        {"<SubMaterial surfaceID='1' materialID='5'/><SubMaterial surfaceID='1' materialID='6'/>",
-         R"({"materials":[21,6]})"},
-        {"<SubMaterial surfaceID='0' materialID='5'/>", R"({"materials":[21]})"},
-        {"<SubMaterial surfaceID='2' materialID='0'/>", R"({"materials":[21]})"},
-        {"<SubMaterial><SubMaterial x='' surfaceID='1' materialID='5'/></SubMaterial>", R"({"materials":[21,5]})"},
-        {"<Other><SubMaterial surfaceID='1' materialID='5'/></Other>", R"({"materials":[21]})"},
-        {"<Part refID='2' materialID='1'><SubMaterial surfaceID='1' materialID='5'/></Part>", R"({"materials":[21]})"},
-        {"<Decoration surfaceID='2' decorationID='5'/><Decoration surfaceID='2' decorationID='6'/>",
-         R"({"decoration":[0,0,6],"materials":[21]})"},
-        {"<Decoration surfaceID='1' decorationID='5'/><Decoration surfaceID='1'/>",
-         R"({"decoration":[0,0],"materials":[21]})"},
-        {"<Decoration decorationID='5'/>", R"({"decoration":[5],"materials":[21]})"},
-        {"<Decoration surfaceID='1' decorationID='5'><Decoration surfaceID='2'/></Decoration>",
-         R"({"decoration":[0,5,0],"materials":[21]})"},
-    };
-    for (const auto& [content, expected] : rows) {
-        SCOPED_TRACE(content);
-        const ConvertedDocument converted(Root(Group(Part(1, "", content))));
-        auto part = nlohmann::json::parse(converted.At("/bricks/0/parts/0"));
-        part.erase("bones");
-        EXPECT_EQ(part.dump(), expected);
-    }
-}
-
 std::string BrickSet(const std::string& version) {
     return "<BrickSet version='" + version + "'/>";
 }
@@ -82,7 +81,7 @@ Loaded<Scene> Corrected(std::uint32_t design, const std::string& brickSet) {
              Group(Part(1, "flexRefID='1' controlPoint='0' angle='90' designID='" + std::to_string(design) + "'"))));
 }
 
-TEST(Format4Models, CorrectsOldDesigns) {
+TEST(ModelLoaderWQFML4, CorrectsOldDesigns) {
     // By row of the table: the last version that still moves the design, and the next; null for a retired design.
     const std::pair<const char*, const char*> versions[] = {{"37.999.9", "38"}, {nullptr, nullptr}, {nullptr, nullptr},
                                                             {"37.999.9", "38"}, {"38.2.9", "38.3"}, {"38.999", "39"}};
@@ -106,7 +105,7 @@ TEST(Format4Models, CorrectsOldDesigns) {
     }
 }
 
-TEST(Format4Models, CorrectsByTheVersionOfTheBrickSet) {
+TEST(ModelLoaderWQFML4, CorrectsByTheVersionOfTheBrickSet) {
     const LegacyCorrection& retired = LegacyCorrections()[1];
     const std::pair<std::string, bool> rows[] = {
         {"", false},
