@@ -11,19 +11,30 @@ namespace {
 constexpr int kNewFile = ElementFlags::kReadable | ElementFlags::kWritable;
 constexpr int kNewDirectory = ElementFlags::kDirectory | ElementFlags::kReadable | ElementFlags::kEntriesWritable;
 
-class MemoryFile : public File {
+// A file or a directory that stands for a node.
+template <class Base>
+class MemoryElement : public Base {
 public:
-    MemoryFile(const String& name, Directory* parent, MemoryVolume& volume, MemoryNode& node)
-        : File(name, parent), volume_(volume), node_(node) {}
+    MemoryElement(const String& name, Directory* parent, MemoryVolume& volume, MemoryNode& node)
+        : Base(name, parent), volume_(volume), node_(node) {}
 
     bool SetFlags(const ElementFlags* flags) override {
-        return volume_.Allows("flags", Name()) && (node_.flags = *flags, true);
+        return volume_.Allows("flags", this->Name()) && (node_.flags = *flags, true);
     }
     ElementFlags GetFlags() override { return node_.flags; }
     bool SetTimes(const ElementTimes* times) override {
-        return volume_.Allows("times", Name()) && (node_.times = *times, true);
+        return volume_.Allows("times", this->Name()) && (node_.times = *times, true);
     }
     ElementTimes GetTimes() override { return node_.times; }
+
+protected:
+    MemoryVolume& volume_;
+    MemoryNode& node_;
+};
+
+class MemoryFile : public MemoryElement<File> {
+public:
+    using MemoryElement::MemoryElement;
 
     bool ReadAt(std::uint64_t offset, std::uint64_t size, void* buffer, std::uint64_t* done) override {
         if (!Seek(offset) || size > GetSize() - offset || volume_.Fails()) return Moved(false, size, done);
@@ -67,24 +78,12 @@ private:
         return whole;
     }
 
-    MemoryVolume& volume_;
-    MemoryNode& node_;
     std::uint64_t position_ = 0;
 };
 
-class MemoryDirectory : public Directory {
+class MemoryDirectory : public MemoryElement<Directory> {
 public:
-    MemoryDirectory(const String& name, Directory* parent, MemoryVolume& volume, MemoryNode& node)
-        : Directory(name, parent), volume_(volume), node_(node) {}
-
-    bool SetFlags(const ElementFlags* flags) override {
-        return volume_.Allows("flags", Name()) && (node_.flags = *flags, true);
-    }
-    ElementFlags GetFlags() override { return node_.flags; }
-    bool SetTimes(const ElementTimes* times) override {
-        return volume_.Allows("times", Name()) && (node_.times = *times, true);
-    }
-    ElementTimes GetTimes() override { return node_.times; }
+    using MemoryElement::MemoryElement;
 
     Directory* CreateChildObject(const String& name) override {
         MemoryNode* const child = Child(name);
@@ -133,9 +132,6 @@ private:
     MemoryNode* Child(const String& name) const {
         return node_.children.Contains(name) ? node_.children[name] : nullptr;
     }
-
-    MemoryVolume& volume_;
-    MemoryNode& node_;
 };
 
 BasicArray<String> Split(const char* path) {
