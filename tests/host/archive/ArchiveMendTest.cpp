@@ -33,14 +33,32 @@ BuiltArchive WithSecond(ArchiveMember second) {
     return ArchiveBuilder().Stored("a", "first").Add(second).Stored("c", "third").Build();
 }
 
+std::string Le(std::uint64_t value, int width) {
+    std::string bytes;
+    for (int i = 0; i < width; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFF);
+    return bytes;
+}
+
+// The same archive with a ZIP64 record and its locator before the end record, which then says nothing itself.
+std::string AsZip64(const BuiltArchive& archive) {
+    std::string bytes = archive.bytes.substr(0, archive.endRecord);
+    bytes += Le(0x06064B50, 4) + Le(44, 8) + Le(45, 2) + Le(45, 2) + Le(0, 8);
+    bytes += Le(archive.centralHeaders.size(), 8) + Le(archive.centralHeaders.size(), 8);
+    bytes += Le(archive.endRecord - archive.directory, 8) + Le(archive.directory, 8);
+    bytes += Le(0x07064B50, 4) + Le(0, 4) + Le(archive.endRecord, 8) + Le(1, 4);
+    return bytes + Le(0x06054B50, 4) + Le(0, 4) + Le(0xFFFFFFFF, 4) + Le(0xFFFFFFFF, 4) + Le(0xFFFFFFFF, 4) + Le(0, 2);
+}
+
 const std::map<std::string, std::string> kContents = {{"a", "first"}, {"b", "second"}, {"c", "third"}};
 
 }  // namespace
 
 TEST_F(ArchiveMendTest, PutsRightWhatTheDirectoryKnows) {
     const BuiltArchive good = WithSecond({.contents = "second"});
-    const std::string wide("\1\0\x10\0\6\0\0\0\0\0\0\0\6\0\0\0\0\0\0\0", 20);
-    BuiltArchive local64 = WithSecond({.contents = "second", .localExtra = wide});
+    BuiltArchive local64 = WithSecond({.contents = "second", .localExtra = Le(1, 2) + Le(16, 2) + Le(6, 8) + Le(6, 8)});
+    BuiltArchive central64 =
+        WithSecond({.contents = "second", .centralExtra = Le(1, 2) + Le(24, 2) + Le(6, 8) + Le(6, 8) + Le(36, 8)});
+    for (const std::size_t field : {20u, 24u, 42u}) central64.Set32(central64.centralHeaders[1] + field, 0xFFFFFFFF);
     for (const std::size_t field : {18u, 22u}) local64.Set32(local64.localHeaders[1] + field, 0xFFFFFFFF);
     const struct {
         const char* what;
@@ -57,6 +75,8 @@ TEST_F(ArchiveMendTest, PutsRightWhatTheDirectoryKnows) {
         {"a wrong count", BuiltArchive(good).Set32(good.endRecord + 8, 0x00090008).bytes,
          "its end record counts its members in two ways that differ"},
         {"something put in front", "#!/bin/sh\n" + good.bytes, "its directory is not where its end record says"},
+        {"ZIP64", AsZip64(central64), "it is a ZIP64 archive"},
+        {"ZIP64 behind something", "#!/bin/sh\n" + AsZip64(central64), "it is a ZIP64 archive"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
