@@ -74,16 +74,17 @@ void ExamineBoth(const ArchiveRecords::Pointer& records, ZipStorageVolume& volum
     const std::vector<ZipFileHeader*> members = MembersOf(volume);
     if (members.size() != records->Count()) return;  // a directory that ends early, which a volume does not mind
     std::map<ZipFileHeader*, PackedData> sound;
+    FileWindow window;
     for (std::size_t i = 0; i < members.size(); ++i) {
         const ArchiveEntry entry = records->Entry(i);
-        const Result<LocalRecord> local = ReadLocalRecord(*records, entry);
+        const Result<LocalRecord> local = ReadLocalRecord(window, *records, entry);
         const PackedData data = ExamineEntry(*records, entry, local);
         const bool located = volume.LocateData(*members[i]);
         if (!local) continue;
         const bool unpacks = entry.method == kMethodStored || entry.method == kMethodDeflated;
         Require(located == (unpacks && !CheckReadable(entry, *local)),
                 "both tell alike whether headers let a member be opened");
-        if (located && IsSound(records->Archive(), data)) sound.emplace(members[i], data);
+        if (located && IsSound(window, records->Archive(), data)) sound.emplace(members[i], data);
     }
     std::size_t reached = 0;
     for (ZipTreeNode* node : NodesOf(volume)) {

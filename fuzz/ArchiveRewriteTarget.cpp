@@ -130,10 +130,11 @@ void RequireMembers(const std::string& bytes, const std::vector<Expected>& membe
     const auto read = ArchiveRecords::Read(RefPointer<File>(new MemoryFile(bytes, false)));
     Require(read && (*read)->Count() == members.size(), "the new archive has the members that were planned");
     std::uint64_t end = 0;
+    FileWindow window;
     for (const std::uint32_t number : (*read)->FileOrder()) {
         const ArchiveEntry entry = (*read)->Entry(number);
         const Expected& member = members[number];
-        const Result<LocalRecord> local = ReadLocalRecord(**read, entry);
+        const Result<LocalRecord> local = ReadLocalRecord(window, **read, entry);
         Require(local && entry.localHeaderOffset >= end && !CheckKept(entry, *local), "members lie one by one");
         end = local->End();
         Require(entry.name == member.name && entry.comment == member.comment && entry.crc32 == member.crc32 &&
@@ -142,7 +143,7 @@ void RequireMembers(const std::string& bytes, const std::vector<Expected>& membe
         if (member.packed) {
             Require(PackedBytes(**read, entry) == *member.packed, "packed bytes are taken over");
         } else {
-            Require(IsSound((*read)->Archive(),
+            Require(IsSound(window, (*read)->Archive(),
                             {local->dataOffset, local->dataSize, member.size, member.crc32, entry.method}),
                     "what was packed anew unpacks");
         }

@@ -74,7 +74,7 @@ private:
             return {FailureKind::Unsupported, "it is packed by " + NameOfMethod(entry.method)};
         }
         const PackedData data{local->dataOffset, local->dataSize, entry.uncompressedSize, entry.crc32, entry.method};
-        if (!IsSound(records_->Archive(), data)) {
+        if (!IsSound(window_, records_->Archive(), data)) {
             return {FailureKind::Damaged, "it is damaged: its contents do not have their size and checksum"};
         }
         if (const Failure failure = CheckReadable(entry, *local)) Note(entry, failure);

@@ -127,7 +127,8 @@ private:
         if (!local) return false;
         if (member.source) return HoldsOld(windows, member, now, *local, isSecond);
         if (isSecond) return true;
-        const bool hasData = member.change->data ? HasNewData(*member.change->data, now, *local) : local->dataSize == 0;
+        const bool hasData =
+            member.change->data ? HasNewData(windows.now, *member.change->data, now, *local) : local->dataSize == 0;
         return hasData && IsNewEntry(now, *local, *member.change);
     }
 
@@ -143,15 +144,17 @@ private:
               HasSameExtra(local.Extra(), before->Extra(), renamed, !now.IsEncrypted()))) {
             return false;
         }
-        if (member.change && member.change->data) return isSecond || HasNewData(*member.change->data, now, local);
+        if (member.change && member.change->data)
+            return isSecond || HasNewData(windows.now, *member.change->data, now, local);
         return before->dataSize == local.dataSize &&
                HasSamePieces(windows, written_->Archive(), local.dataOffset, member.source->Archive(),
                              before->dataOffset, local.dataSize + local.descriptorSize, isSecond);
     }
 
-    bool HasNewData(const PackedData& data, const ArchiveEntry& now, const LocalRecord& local) const {
+    bool HasNewData(FileWindow& window, const PackedData& data, const ArchiveEntry& now,
+                    const LocalRecord& local) const {
         return now.uncompressedSize == data.unpackedSize && now.crc32 == data.crc32 &&
-               IsSound(written_->Archive(),
+               IsSound(window, written_->Archive(),
                        {local.dataOffset, local.dataSize, data.unpackedSize, data.crc32, now.method});
     }
 

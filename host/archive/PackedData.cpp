@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "host/archive/LocalRecord.h"
 #include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {
@@ -51,25 +52,25 @@ void ContentsSums::Add(const void* bytes, std::size_t count) {
     crc32_ = static_cast<std::uint32_t>(crc32_z(crc32_, static_cast<const Bytef*>(bytes), count));
 }
 
-bool IsSound(File& file, const PackedData& data) {
+bool IsSound(FileWindow& window, File& file, const PackedData& data) {
     const bool deflated = data.method == kMethodDeflated;
     if (!deflated && data.method != kMethodStored) return false;
     if (data.size == 0 && data.unpackedSize == 0) return data.crc32 == 0;  // some writers call nothing deflated
     Inflater inflater;
     if (!inflater.IsReady()) return false;
-    const auto input = std::make_unique_for_overwrite<unsigned char[]>(kBufferSize);
     const auto output = std::make_unique_for_overwrite<unsigned char[]>(kBufferSize);
     ContentsSums sums;
     int result = Z_OK;
     for (std::uint64_t done = 0; done < data.size && result == Z_OK;) {
         const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(data.size - done, kBufferSize));
-        if (!ReadAt(file, data.offset + done, part, input.get())) return false;
+        const char* const input = window.Find(file, data.offset + done, part);
+        if (input == nullptr) return false;
         done += part;
         if (!deflated) {
-            sums.Add(input.get(), part);
+            sums.Add(input, part);
             continue;
         }
-        inflater.stream.next_in = input.get();
+        inflater.stream.next_in = reinterpret_cast<z_const Bytef*>(const_cast<char*>(input));
         inflater.stream.avail_in = static_cast<uInt>(part);
         result = InflatePiece(inflater.stream, output.get(), data.unpackedSize, sums);
     }

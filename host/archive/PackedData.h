@@ -8,6 +8,8 @@
 
 namespace ZEMA {
 
+class FileWindow;
+
 // Where packed bytes are, and what they are. Sizes are bytes, the offset is from the start of the file.
 struct PackedData {
     std::uint64_t offset = 0;
@@ -31,6 +33,6 @@ private:
 
 // Whether the bytes unpack to exactly that size and checksum. Methods 0 and 8 only. Takes little memory, whatever the
 // sizes are.
-bool IsSound(File& file, const PackedData& data);
+bool IsSound(FileWindow& window, File& file, const PackedData& data);
 
 }  // namespace ZEMA
