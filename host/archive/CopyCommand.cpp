@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <vector>
 
 #include "host/archive/ArchiveCommands.h"
 #include "host/archive/ArchiveEdits.h"
@@ -186,8 +187,10 @@ private:
         members.insert(members.end(), inside.begin(), inside.end());
         // An empty folder that is there goes, so that there are not two of them.
         for (const std::uint32_t folder : names.FilesAt(spelling + "/")) archive.Remove(folder);
+        renamed_.resize(archive.Records()->Count());
         for (const std::uint32_t member : members) {
-            if (!renamed_.insert(member).second) continue;
+            if (renamed_[member]) continue;
+            renamed_[member] = true;
             const std::string name(names.Name(member));
             if (const Failure failure = archive.Rename(member, spelling + name.substr(old.size()))) {
                 return failure.In("'" + name + "'");
@@ -230,7 +233,7 @@ private:
     ArchiveEdits& edits_;
     StorageReport& report_;
     bool targetFailed_ = false;
-    std::set<std::uint32_t> renamed_;  // members of the target's archive
+    std::vector<bool> renamed_;  // of the members of the target's archive
 };
 
 // Of all archives that the command changes.
