@@ -20,49 +20,96 @@ namespace {
 
 using Node = XMLDOMNodeAString;
 
-// Mixes the length and the first and last eight bytes, which tell names and numbers apart well enough.
-std::size_t HashOf(std::string_view text) {
-    std::uint64_t head = 0;
-    std::uint64_t tail = 0;
-    const std::size_t count = text.size() < sizeof head ? text.size() : sizeof head;
-    std::memcpy(&head, text.data(), count);
-    std::memcpy(&tail, text.data() + text.size() - count, count);
-    const std::uint64_t mixed = (head ^ (tail << 7) ^ text.size()) * 0x9E3779B97F4A7C15U;
-    return static_cast<std::size_t>(mixed >> 40);
+// Names of attributes. The parser hands out each from one place for as long as it lives, so the place tells which it
+// is.
+//
+// The memory is bounded, as that of SharedTexts is.
+class AttributeNames {
+public:
+    // The names stand in `blocks`.
+    explicit AttributeNames(MemoryBlocks& blocks) : blocks_(blocks) {}
+
+    const AString& Share(std::string_view name) {
+        Slot& slot = slots_[reinterpret_cast<std::uintptr_t>(name.data()) / alignof(void*) % kSlotCount];
+        if (slot.place != name.data())
+            slot = {name.data(), AString(name.data(), static_cast<std::uint32_t>(name.size()), &blocks_)};
+        return slot.name;
+    }
+
+private:
+    static constexpr std::size_t kSlotCount = 256;
+
+    struct Slot {
+        const char* place = nullptr;
+        AString name;
+    };
+
+    MemoryBlocks& blocks_;
+    std::array<Slot, kSlotCount> slots_;
+};
+
+// The first and the last bytes of a text, which are all of it up to 16.
+struct Ends {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+
+    friend bool operator==(const Ends&, const Ends&) = default;
+};
+
+template <class Word>
+Ends EndsOf(std::string_view text) {
+    Word first = 0;
+    Word last = 0;
+    std::memcpy(&first, text.data(), sizeof(Word));
+    std::memcpy(&last, text.data() + text.size() - sizeof(Word), sizeof(Word));
+    return {first, last};
 }
 
+Ends EndsOf(std::string_view text) {
+    if (text.size() >= 8) return EndsOf<std::uint64_t>(text);
+    if (text.size() >= 4) return EndsOf<std::uint32_t>(text);
+    if (text.size() >= 2) return EndsOf<std::uint16_t>(text);
+    return EndsOf<std::uint8_t>(text);
+}
 
-// Remembers texts, so that one seen before is handed out as a share of its buffer instead of a new one. Names and most
-// attribute values of a document are few and come thousands of times.
+// Remembers texts, so that one seen before is handed out as a share of its buffer instead of a new one. Most attribute
+// values of a document are few and come thousands of times.
 //
 // The memory is bounded: each text has one slot, and a newer text takes the place of the one that has its slot. So
 // handing out costs the same whatever the texts are.
+template <std::size_t kSlotCount>
 class SharedTexts {
 public:
-    // New texts stand in `blocks`.
+    // The texts stand in `blocks`.
     explicit SharedTexts(MemoryBlocks& blocks) : blocks_(blocks) {}
 
-    AString Share(std::string_view text);
+    AString Share(std::string_view text) {
+        if (text.empty() || text.size() > kLongest) return CopyOf(text);
+        const Ends ends = EndsOf(text);
+        const std::uint64_t mixed = (ends.first ^ (ends.last << 7) ^ text.size()) * 0x9E3779B97F4A7C15U;
+        Slot& slot = slots_[(mixed >> 40) % kSlotCount];
+        const bool isSame = slot.ends == ends && slot.text.Length() == text.size() &&
+                            (text.size() <= sizeof(Ends) || slot.text.View() == text);
+        if (!isSame) slot = {ends, CopyOf(text)};
+        return slot.text;
+    }
 
 private:
     // Longer texts rarely come twice, and would be kept for nothing.
     static constexpr std::size_t kLongest = 32;
-    static constexpr std::size_t kSlotCount = 1024;
+
+    struct Slot {
+        Ends ends;
+        AString text;
+    };
 
     AString CopyOf(std::string_view text) {
         return AString(text.data(), static_cast<std::uint32_t>(text.size()), &blocks_);
     }
 
     MemoryBlocks& blocks_;
-    std::array<AString, kSlotCount> slots_;
+    std::array<Slot, kSlotCount> slots_;
 };
-
-AString SharedTexts::Share(std::string_view text) {
-    if (text.empty() || text.size() > kLongest) return CopyOf(text);
-    AString& slot = slots_[HashOf(text) % kSlotCount];
-    if (slot.View() != text) slot = CopyOf(text);
-    return slot;
-}
 
 // Puts the lines of `text` that are not blank into `lines`, trimmed. A text that is one such line is not copied.
 void SplitLines(const AString& text, BasicArray<AString>& lines) {
@@ -86,28 +133,30 @@ public:
     using XMLEventParser::Parse;
 
 private:
-    void StartElement(std::string_view name, const char** attributes) override;
+    void StartElement(std::string_view name, std::span<const XMLAttribute> attributes) override;
     void EndElement(std::string_view name) override;
     void CharacterData(std::string_view bytes) override;
 
-    void SetAttributes(Node& node, const char** attributes);
-    void MergeAttributes(Node& node, const char** attributes);
+    void SetAttributes(Node& node, std::span<const XMLAttribute> attributes);
+    void MergeAttributes(Node& node, std::span<const XMLAttribute> attributes);
 
     MemoryBlocks blocks_;  // of all nodes but the root, with their arrays and texts
     RefPointer<Node> root;
     BasicDeque<Pair<RefPointer<Node>, AString>> elementStack;  // every open element and its text so far
     RefPointer<XMLDOMNodeAStringTester> tester;                // may be null
     bool atRoot = true;                                        // until the first start tag has been handled
-    SharedTexts texts_{blocks_};
+    SharedTexts<64> elementNames_{blocks_};
+    AttributeNames attributeNames_{blocks_};
+    SharedTexts<1024> values_{blocks_};
 };
 
-void ParseContext::StartElement(std::string_view name, const char** attributes) {
+void ParseContext::StartElement(std::string_view name, std::span<const XMLAttribute> attributes) {
     RefPointer<Node> node = root;
     if (!elementStack.Empty()) {
         node = NewIn<Node>(blocks_);
         elementStack.Back().first->children.PushBack(node, &blocks_);
     }
-    node->name = texts_.Share(name);
+    node->name = elementNames_.Share(name);
     SetAttributes(*node, attributes);
     if (atRoot && tester && !tester->Test(*node)) Stop();
     atRoot = false;
@@ -115,23 +164,21 @@ void ParseContext::StartElement(std::string_view name, const char** attributes) 
 }
 
 // The parser has refused an element with an attribute twice, so only one that had attributes before needs a search.
-void ParseContext::SetAttributes(Node& node, const char** attributes) {
+void ParseContext::SetAttributes(Node& node, std::span<const XMLAttribute> attributes) {
     if (!node.attributes.Empty()) return MergeAttributes(node, attributes);
-    std::size_t count = 0;
-    while (attributes[count * 2] != nullptr) ++count;
-    node.attributes.Reserve(count, &blocks_);
-    for (const char** attribute = attributes; *attribute != nullptr; attribute += 2) {
-        node.attributes.PushBack({texts_.Share(attribute[0]), texts_.Share(attribute[1])});
+    node.attributes.Reserve(attributes.size(), &blocks_);
+    for (const XMLAttribute& attribute : attributes) {
+        node.attributes.PushBack({attributeNames_.Share(attribute.name), values_.Share(attribute.value)});
     }
 }
 
 // As SetAttribute for each, with one search tree for all of them.
-void ParseContext::MergeAttributes(Node& node, const char** attributes) {
+void ParseContext::MergeAttributes(Node& node, std::span<const XMLAttribute> attributes) {
     BasicMap<AString, std::size_t> positions;
     for (std::size_t i = 0; i < node.attributes.Size(); ++i) positions.Insert(node.attributes[i].first, i);
-    for (const char** attribute = attributes; *attribute != nullptr; attribute += 2) {
-        const AString name = texts_.Share(attribute[0]);
-        const AString value = texts_.Share(attribute[1]);
+    for (const XMLAttribute& attribute : attributes) {
+        const AString name = attributeNames_.Share(attribute.name);
+        const AString value = values_.Share(attribute.value);
         const auto position = positions.Find(name);
         if (position != positions.end()) {
             node.attributes[position->second].second = value;

@@ -34,10 +34,7 @@ constexpr std::uint64_t kAttributeSize = 4;
 // The functions that the parser calls. It may still call one after it has been stopped.
 struct XMLEventParser::Callbacks {
     static void XMLCALL Start(void* self, const XML_Char* name, const XML_Char** attributes) {
-        Guard(self, [&](XMLEventParser& events) {
-            events.Charge(StartTagSize(name, attributes));
-            events.StartElement(name, attributes);
-        });
+        Guard(self, [&](XMLEventParser& events) { events.Start(name, attributes); });
     }
 
     static void XMLCALL End(void* self, const XML_Char* name) {
@@ -61,14 +58,6 @@ struct XMLEventParser::Callbacks {
 
     static void XMLCALL Attribute(void* self, const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*, int) {
         static_cast<XMLEventParser*>(self)->CountDeclaration();
-    }
-
-    static std::uint64_t StartTagSize(std::string_view name, const XML_Char** attributes) {
-        std::uint64_t size = kTagSize + name.size();
-        for (const XML_Char** entry = attributes; *entry != nullptr; entry += 2) {
-            size += std::strlen(entry[0]) + std::strlen(entry[1]) + kAttributeSize;
-        }
-        return size;
     }
 
     template <class Event>
@@ -105,6 +94,17 @@ bool XMLEventParser::Parse(const AString& text, MarkupFault* fault) {
     parser.reset();
     if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
     return status == XML_STATUS_OK;
+}
+
+void XMLEventParser::Start(std::string_view name, const char** entries) {
+    std::uint64_t size = kTagSize + name.size();
+    attributes_.clear();
+    for (; *entries != nullptr; entries += 2) {
+        const XMLAttribute& attribute = attributes_.emplace_back(XMLAttribute{entries[0], entries[1]});
+        size += attribute.name.size() + attribute.value.size() + kAttributeSize;
+    }
+    Charge(size);
+    StartElement(name, attributes_);
 }
 
 void XMLEventParser::CountDeclaration() {

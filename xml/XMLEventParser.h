@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <exception>
+#include <span>
 #include <string_view>
+#include <vector>
 
 #include "core/AString.h"
 
@@ -17,6 +19,13 @@ struct MarkupFault {
     std::uint64_t line = 0;    // counted from 1
     std::uint64_t column = 0;  // characters, from 1
     const char* text = "";     // lives as long as the program
+};
+
+// One attribute of a start tag; a zero byte stands behind either text. Within one parse, two names at the same address
+// are the same name.
+struct XMLAttribute {
+    std::string_view name;
+    std::string_view value;
 };
 
 // Parses one text and calls the operations of a subclass for what is in it. Texts are UTF-8 and gone when the operation
@@ -47,8 +56,8 @@ protected:
     // Whether character data is wanted from here on, as it is at first.
     void DeliverText(bool wanted);
 
-    // `attributes` alternates names and values, in document order, and ends with null; no name comes twice.
-    virtual void StartElement(std::string_view name, const char** attributes) = 0;
+    // The attributes come in document order; no name comes twice.
+    virtual void StartElement(std::string_view name, std::span<const XMLAttribute> attributes) = 0;
     virtual void EndElement(std::string_view name) = 0;
     // A piece of character data, never empty; as small as one byte, where a document spells it out.
     virtual void CharacterData(std::string_view bytes) = 0;
@@ -56,6 +65,8 @@ protected:
 private:
     struct Callbacks;
 
+    // `entries` alternates names and values and ends with null.
+    void Start(std::string_view name, const char** entries);
     void CountDeclaration();
     // Stops the parse where the document comes to more than it may.
     void Charge(std::uint64_t size);
@@ -67,6 +78,7 @@ private:
     std::uint64_t contentLeft_ = 0;  // bytes that start tags and text may still come to
     bool isBeyondBounds_ = false;
     bool deliversText_ = true;
+    std::vector<XMLAttribute> attributes_;  // of the start tag that is being handled
     std::exception_ptr failure_;
 };
 

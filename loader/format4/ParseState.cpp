@@ -17,11 +17,11 @@ void EndSkipped(ParseState& state, std::string_view) {
 }  // namespace
 
 std::uint32_t Attribute::UInt32() const {
-    return ParseUInt32(value, nullptr, 10);
+    return ParseUInt32(value.data(), nullptr, 10);
 }
 
 float Attribute::Float() const {
-    return ParseFloat(value, nullptr);
+    return ParseFloat(value.data(), nullptr);
 }
 
 String Attribute::Text() const {
@@ -29,7 +29,7 @@ String Attribute::Text() const {
 }
 
 String Attribute::Ascii() const {
-    return String(value);
+    return String(value.data());
 }
 
 bool ReadComponent(const Attribute& attribute, char vectorName, Vector3& vector) {
@@ -92,7 +92,7 @@ void ParseState::EndText() {
     scene->meta.Back().value = FromUtf8(text_.View());
 }
 
-void ParseState::StartElement(std::string_view name, const char** attributes) {
+void ParseState::StartElement(std::string_view name, std::span<const XMLAttribute> attributes) {
     handlerStack.Back().first(*this, name, Attributes(attributes));
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "core/BasicArray.h"
@@ -23,11 +24,8 @@ namespace ZEMA::WQFML4 {
 // What an identifier is that the document does not give. A written one that reads as this number counts as not given.
 inline constexpr std::uint32_t kAbsent = 0xFFFFFFFF;
 
-// One attribute of a start tag, and its value in the form that a handler asks for. Good while that handler runs.
-struct Attribute {
-    std::string_view name;
-    const char* value;  // zero-terminated UTF-8
-
+// One attribute of a start tag, with its value in the form that a handler asks for. Good while that handler runs.
+struct Attribute : XMLAttribute {
     std::uint32_t UInt32() const;  // decimal; no digits give 0, too large and negative values 4294967295
     float Float() const;
     String Text() const;   // UTF-8
@@ -37,29 +35,27 @@ struct Attribute {
 // The attributes of one start tag, in document order. Good while its start handler runs.
 class Attributes {
 public:
-    // Steps over the names and values, which come in turns.
     class Position {
     public:
-        explicit Position(const char** entry) : entry_(entry) {}
-        Attribute operator*() const { return {entry_[0], entry_[1]}; }
+        explicit Position(const XMLAttribute* attribute) : attribute_(attribute) {}
+        Attribute operator*() const { return {*attribute_}; }
         Position& operator++() {
-            entry_ += 2;
+            ++attribute_;
             return *this;
         }
-        bool operator!=(std::nullptr_t) const { return *entry_ != nullptr; }
+        bool operator==(const Position&) const = default;
 
     private:
-        const char** entry_;
+        const XMLAttribute* attribute_;
     };
 
-    // `entries` alternates names and values and ends with null.
-    explicit Attributes(const char** entries) : entries_(entries) {}
+    explicit Attributes(std::span<const XMLAttribute> attributes) : attributes_(attributes) {}
 
-    Position begin() const { return Position(entries_); }
-    std::nullptr_t end() const { return nullptr; }
+    Position begin() const { return Position(attributes_.data()); }
+    Position end() const { return Position(attributes_.data() + attributes_.size()); }
 
 private:
-    const char** entries_;
+    std::span<const XMLAttribute> attributes_;
 };
 
 // Reads an attribute named `vectorName` and "x", "y" or "z" into that component; false when it is named otherwise.
@@ -127,7 +123,7 @@ public:
     void EndText();
 
 private:
-    void StartElement(std::string_view name, const char** attributes) override;
+    void StartElement(std::string_view name, std::span<const XMLAttribute> attributes) override;
     void EndElement(std::string_view name) override;
     void CharacterData(std::string_view bytes) override;
 
