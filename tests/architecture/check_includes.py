@@ -32,6 +32,7 @@ ROOMS = {
     "host/search": [],
     "tools/wqf": ["host/confinement", "host/workers", "host/archive", "host/documents", "host/handlers", "host/search",
                   "host/plugin", "host/print", "host/system", "importer", "loader", "scene", "storage", "core", "platform"],
+    "tools/pages": ["tools/wqf"],
 }
 
 # Foreign header: the rooms that may include it, and in which files.

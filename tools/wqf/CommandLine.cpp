@@ -406,7 +406,34 @@ int RunHelp(const std::vector<std::string>& topics) {
     return RunCommand(*command, {"--help"});
 }
 
+OptionDescription DescriptionOf(const CLI::Option& option) {
+    OptionDescription description{
+        {}, option.get_type_name(), option.get_items_expected_max() > 1, option.get_description()};
+    if (option.get_positional()) {
+        if (description.value.empty()) description.value = option.get_name(true);
+        return description;
+    }
+    for (const std::string& name : option.get_snames()) description.names.push_back("-" + name);
+    for (const std::string& name : option.get_lnames()) description.names.push_back("--" + name);
+    if (option.get_items_expected_max() == 0) description.value.clear();
+    return description;
+}
+
 }  // namespace
+
+std::vector<CommandDescription> DescribeCommands() {
+    std::vector<CommandDescription> descriptions;
+    for (const Command& command : kCommands) {
+        CLI::App parser(command.summary);
+        const Action undone = command.declare(parser);
+        CommandDescription description{command.name, command.summary, parser.get_footer(), {}};
+        for (const CLI::Option* option : std::as_const(parser).get_options()) {
+            description.options.push_back(DescriptionOf(*option));
+        }
+        descriptions.push_back(std::move(description));
+    }
+    return descriptions;
+}
 
 int RunCommandLine(const std::vector<std::string>& arguments) {
     if (arguments.empty()) return WrongUse("", "no command is given");
