@@ -1,6 +1,6 @@
 # The few commands that people type; what they build is described in CMakeLists.txt and CMakePresets.json.
 
-.PHONY: run test bench clang tsan fuzz format tidy clean
+.PHONY: run test bench clang tsan fuzz format tidy package clean
 
 # Prints the attributes of the samples, or of DOC=path.
 run:
@@ -45,6 +45,14 @@ tidy:
 	scripts/install-dependencies tidy
 	cmake --preset clang -DZEMA_TESTS=OFF -B build/tidy
 	git ls-files -z '*.cpp' ':!tests' ':!bench' ':!fuzz' | xargs -0 -n 8 -P 2 clang-tidy -p build/tidy --quiet
+
+# Leaves wqf_VERSION_ARCHITECTURE.deb in build/package.
+package:
+	scripts/install-dependencies package
+	cmake --preset package
+	cmake --build --preset package
+	cmake --build --preset package --target package
+	lintian --fail-on error,warning build/package/*.deb
 
 clean:
 	rm -rf build
