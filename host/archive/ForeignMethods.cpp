@@ -20,6 +20,10 @@ constexpr std::uint16_t kLzma = 14;
 constexpr std::uint16_t kXz = 95;
 constexpr std::uint16_t kPpmd = 98;
 
+constexpr std::size_t kLzmaDictionarySize = 5;          // APPNOTE 5.8.8: in the data, 32 bits
+constexpr std::uint64_t kMostLzmaExpansion = 8192;      // of any data; the coder's cheapest match makes 7,100 of one
+constexpr std::uint64_t kSmallestDictionary = 1 << 12;  // that every decoder has
+
 // Loaded at the first call and kept to the end. Null where the installation lacks it.
 const ForeignModule* Module() {
     static const ForeignModule* const module = [] {
@@ -44,6 +48,7 @@ public:
           left_(local.dataSize),
           size_(entry.uncompressedSize),
           crc32_(entry.crc32),
+          mostDictionary_(entry.method == kLzma ? std::min(size_, kMostLzmaExpansion * left_) : kMaxOffset),
           header_(kLocalHeaderSize + 1, '\0') {
         StoreU32(&header_[0], kLocalHeaderSignature);
         StoreU16(&header_[kLocalVersionNeeded], entry.versionNeeded);
@@ -85,9 +90,21 @@ private:
             if (!ReadAt(file_, offset_, piece_.size(), piece_.data())) return -1;
             offset_ += piece_.size();
             left_ -= piece_.size();
+            CutDictionary();
         }
         *bytes = piece_.data();
         return static_cast<std::ptrdiff_t>(piece_.size());
+    }
+
+    // The library takes the memory of the dictionary that a member claims, up to 4 GiB, though none is used beyond the
+    // size of the contents.
+    void CutDictionary() {
+        if (mostDictionary_ < kMaxOffset && piece_.size() >= kLzmaDictionarySize + 4) {
+            char* const field = &piece_[kLzmaDictionarySize];
+            const std::uint64_t size = std::max(mostDictionary_, kSmallestDictionary);
+            StoreU32(field, static_cast<std::uint32_t>(std::min<std::uint64_t>(LoadU32(field), size)));
+        }
+        mostDictionary_ = kMaxOffset;  // the field stands in the first piece
     }
 
     File& file_;
@@ -95,6 +112,7 @@ private:
     std::uint64_t left_;
     const std::uint64_t size_;
     const std::uint32_t crc32_;
+    std::uint64_t mostDictionary_;
     std::string header_;  // empty when it was given
     std::string piece_;   // what the module is reading
     std::unique_ptr<void, CloseReader> reader_;
