@@ -157,6 +157,11 @@ const testing::TemporaryFolder& Folder() {
     return folder;
 }
 
+// What the proof of a new archive finds is a fault of ours, whatever the old one was.
+void RequireProven(const Failure& failure) {
+    Require(failure.text.find("what was written is not what should be there") == std::string::npos, "a proof succeeds");
+}
+
 // Whether the archive was written anew, as it should be.
 bool TryEdit(const std::string& path, fuzzing::Choices choices) {
     ArchiveRewrite::Options options;
@@ -166,7 +171,11 @@ bool TryEdit(const std::string& path, fuzzing::Choices choices) {
     Edit edit(**rewrite, choices);
     edit.Plan();
     const std::vector<Expected> members = edit.Members();
-    if (edit.Failed() || (*rewrite)->Commit()) return false;
+    if (edit.Failed()) return false;
+    if (const Failure failure = (*rewrite)->Commit()) {
+        RequireProven(failure);
+        return false;
+    }
     RequireMembers(Folder().Read("a"), members);
     return true;
 }
@@ -174,6 +183,7 @@ bool TryEdit(const std::string& path, fuzzing::Choices choices) {
 bool TryMend(const std::string& path, std::string_view document) {
     const auto old = ArchiveRecords::ReadForMending(RefPointer<File>(new MemoryFile(document, false)));
     const Result<MendReport> report = MendArchive(path, {});
+    RequireProven(report.Why());
     if (!report || !report->obstacles.empty() || report->faults.empty()) return false;
     Require(bool(old), "what is repaired can be read");
     const std::string bytes = Folder().Read("a");
