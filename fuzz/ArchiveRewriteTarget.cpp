@@ -9,6 +9,7 @@
 #include "host/archive/ArchivePass.h"
 #include "host/archive/ArchiveRewrite.h"
 #include "host/archive/LocalRecord.h"
+#include "storage/zip/ZipFormat.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA {
@@ -90,9 +91,7 @@ private:
                 }
                 return;
             case 2:
-                if (Failed(rewrite_.Repack(index, ReaderOf(text))) || !kept_[index]) return;
-                kept_[index] = Packed(std::string(records_.Entry(index).name), text);
-                kept_[index]->comment = records_.Entry(index).comment;
+                Repack(index);
                 return;
             case 3:
                 if (Failed(rewrite_.AddPacked(rewrite_.Records(), index, text))) return;
@@ -107,6 +106,18 @@ private:
                 rewrite_.AddFolder({text + "/"});
                 added_.push_back({text + "/", 0, 0, ""});
         }
+    }
+
+    // With the contents that it has, where that is easily told.
+    void Repack(std::size_t index) {
+        const ArchiveEntry entry = records_.Entry(index);
+        const std::string contents = PackedBytes(records_, entry);
+        const Expected packed = Packed(std::string(entry.name), contents);
+        const bool isSound = packed.crc32 == entry.crc32 && packed.size == entry.uncompressedSize;
+        if (entry.method != kMethodStored || !isSound) return;
+        if (Failed(rewrite_.Repack(index, ReaderOf(contents))) || !kept_[index]) return;
+        kept_[index] = packed;
+        kept_[index]->comment = entry.comment;
     }
 
     static Expected Packed(const std::string& name, const std::string& contents) {

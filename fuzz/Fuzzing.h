@@ -45,7 +45,8 @@ public:
 
     // Mostly short.
     std::string_view Text() {
-        const std::size_t size = std::min<std::size_t>(Byte() % 24, bytes_.size());
+        const std::size_t wanted = Byte() % 24;
+        const std::size_t size = std::min(wanted, bytes_.size());
         const std::string_view text = bytes_.substr(0, size);
         bytes_.remove_prefix(size);
         return text;

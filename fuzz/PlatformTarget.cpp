@@ -178,7 +178,8 @@ void ExamineDays(fuzzing::Choices choices) {
     day.setYear(number()), day.setMonth(number()), day.setDay(number());
     const auto date = Foundation::NSCalendar(Foundation::NSGregorianCalendar).dateFromComponents(day);
     if (date) Require(std::isfinite(date->timeIntervalSince1970()), "a day is a point in time");
-    const Foundation::NSDate any(std::ldexp(static_cast<double>(number()), static_cast<int>(choices.Below(64)) - 32));
+    const auto seconds = static_cast<double>(number());
+    const Foundation::NSDate any(std::ldexp(seconds, static_cast<int>(choices.Below(64)) - 32));
     const std::timespec time = any.timespec();
     Require(time.tv_nsec >= 0 && time.tv_nsec < 1'000'000'000, "a time has fewer nanoseconds than a second");
 }
