@@ -44,8 +44,8 @@ public:
 private:
     void ExamineTrailer() {
         if (drop_) return;
-        const std::string_view comment = std::string_view(records_->Trailer()).substr(2);
-        if (comment.size() > kLongestComment) {
+        const std::string_view comment = records_->Trailer();  // the signature may begin in its length
+        if (comment.size() > kLongestComment + 2) {
             report_.obstacles.emplace_back("its comment is longer than 65,513 bytes; --drop leaves it out");
         } else if (comment.find("PK\5\6") != std::string_view::npos) {
             report_.obstacles.emplace_back("its comment looks like an end record; --drop leaves it out");
