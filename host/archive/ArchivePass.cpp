@@ -85,6 +85,7 @@ public:
         if (total > 2 * old_.FileSize() + addedSize_) {
             return Refusal("its members share bytes, and written apart they would take more than twice its size");
         }
+        if (Failure failure = CheckEnd()) return failure;
         return std::move(layout_);
     }
 
@@ -93,6 +94,7 @@ private:
     Failure CheckOld(const ArchiveEntry& entry, const Result<LocalRecord>& local, bool stays) const;
     Failure PlaceAdded(std::size_t number);
     void Place(std::size_t number, const LocalRecord* local, bool isOld);
+    Failure CheckEnd() const;
 
     const ArchivePlan& plan_;
     const ArchiveRecords& old_;
@@ -169,6 +171,23 @@ void Planner::Place(std::size_t number, const LocalRecord* local, bool isOld) {
     } else if (member.change) {
         addedSize_ += names;
     }
+}
+
+// What will stand in front of the end record is the last entry or, without members, what was in front of them.
+Failure Planner::CheckEnd() const {
+    std::string last;
+    if (!plan_.members.empty()) {
+        last = CentralHeaderOf(HeadersOf(plan_, plan_.members.back(), nullptr), 0);
+    } else {
+        last.resize(static_cast<std::size_t>(std::min<std::uint64_t>(layout_.frontSize, kCentralHeaderSize)));
+        const std::uint64_t start = layout_.frontSize - last.size();
+        if (!last.empty() && !ReadAt(old_.Archive(), start, last.size(), last.data())) {
+            return {FailureKind::System, "it cannot be read"};
+        }
+    }
+    if (!EndsLikeZip64(last)) return {};
+    return {FailureKind::Refused,
+            "it would be taken for a ZIP64 archive, by what would stand in front of its end record"};
 }
 
 // Writes a file from front to back. Small pieces come together in a buffer.

@@ -88,13 +88,17 @@ struct ArchiveRecords::EndRecord {
     Failure Check(bool mending, std::uint64_t fileSize) const;
 };
 
+bool EndsLikeZip64(std::string_view bytes) {
+    return bytes.size() >= kLocatorSize && LoadU32(bytes.data() + bytes.size() - kLocatorSize) == kLocatorSignature;
+}
+
 // False when the file cannot be read. An archive that says ZIP64 and has no record of it stays as it is.
 bool ArchiveRecords::EndRecord::ReadZip64(File& file) {
     isZip64 = directorySize == kMaxOffset || directoryOffset == kMaxOffset;
     if (position < kLocatorSize) return true;
     char locator[kLocatorSize];
     if (!ReadAt(file, position - kLocatorSize, kLocatorSize, locator)) return false;
-    if (LoadU32(locator) != kLocatorSignature) return true;
+    if (!EndsLikeZip64({locator, kLocatorSize})) return true;
     isZip64 = true;
     // Where something was put in front of the archive, the record is no more where the locator says.
     for (const std::uint64_t where : {LoadU64(locator + 8), position - kLocatorSize - kEnd64Size}) {

@@ -107,6 +107,9 @@ private:
     std::string trailer_;
 };
 
+// Whether an end record behind these bytes would be one of ZIP64 for their sake.
+bool EndsLikeZip64(std::string_view bytes);
+
 // The extra field without the parts of this number; what does not divide into parts stays as it is.
 std::string WithoutExtraPart(std::string_view extra, std::uint16_t number);
 
