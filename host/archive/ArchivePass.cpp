@@ -91,7 +91,7 @@ public:
 
 private:
     Failure PlaceKept();
-    Failure CheckOld(const ArchiveEntry& entry, const Result<LocalRecord>& local, bool stays) const;
+    Failure CheckOld(const ArchiveEntry& entry, const Result<LocalRecord>& local, const PlannedMember* member) const;
     Failure PlaceAdded(std::size_t number);
     void Place(std::size_t number, const LocalRecord* local, bool isOld);
     Failure CheckEnd() const;
@@ -120,24 +120,27 @@ Failure Planner::PlaceKept() {
     for (const std::uint32_t index : order) {
         const ArchiveEntry entry = old_.Entry(index);
         const Result<LocalRecord> local = ReadLocalRecord(window_, old_, entry);
-        const bool stays = numbers[index] != kNone && TakesData(plan_.members[numbers[index]]);
-        if (Failure failure = CheckOld(entry, local, stays)) return OfMember(entry, failure);
+        const PlannedMember* const member = numbers[index] == kNone ? nullptr : &plan_.members[numbers[index]];
+        if (Failure failure = CheckOld(entry, local, member)) return OfMember(entry, failure);
+        const bool stays = member != nullptr && TakesData(*member);
         const std::uint64_t start = std::min(entry.localHeaderOffset, old_.DirectoryOffset());
         if (!plan_.drop && !lastIsLost) {
             if (Failure failure = CheckNobodysBytes(old_.Archive(), covered, start)) return failure;
         }
         lastIsLost = !stays && (!local || local->LacksDescriptor() || CheckKept(entry, *local));
         covered = std::max({covered, start, local ? local->End() : 0});
-        if (numbers[index] != kNone) Place(numbers[index], local ? &*local : nullptr, true);
+        if (member != nullptr) Place(numbers[index], &*local, true);
     }
     if (plan_.drop || lastIsLost) return {};
     return CheckNobodysBytes(old_.Archive(), covered, old_.DirectoryOffset());
 }
 
-Failure Planner::CheckOld(const ArchiveEntry& entry, const Result<LocalRecord>& local, bool stays) const {
-    if (!stays) return {};
+// A member that is packed anew still keeps what its local header alone knows.
+Failure Planner::CheckOld(const ArchiveEntry& entry, const Result<LocalRecord>& local,
+                          const PlannedMember* member) const {
+    if (member == nullptr) return {};
     if (!local) return local.Why();
-    return plan_.mending ? Failure() : CheckKept(entry, *local);
+    return plan_.mending || !TakesData(*member) ? Failure() : CheckKept(entry, *local);
 }
 
 Failure Planner::PlaceAdded(std::size_t number) {

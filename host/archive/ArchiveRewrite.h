@@ -84,7 +84,8 @@ public:
     // flag tells apart for both.
     Failure Rename(std::size_t index, std::string name);
 
-    // Gives a member other contents and leaves everything else about it as it is.
+    // Packs a member's contents anew, in the way of new members, and leaves everything else about it as it is. Commit
+    // fails where the reader gives other contents than the old ones.
     Failure Repack(std::size_t index, const ContentsReader& read);
 
     // Packs the file at once, so that its source may go.
