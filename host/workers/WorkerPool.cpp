@@ -16,8 +16,8 @@ namespace ZEMA {
 namespace {
 
 constexpr std::size_t kHandful = 8;  // for which one worker is enough
-constexpr double kSecondsAhead = 0.004;
-constexpr std::size_t kMostAhead = 64;  // tasks
+constexpr double kSecondsAhead = 0.03;
+constexpr std::size_t kMostAhead = 256;  // tasks
 
 // The number of the descriptor of this process that a path is about, or -1: /dev/stdin, /dev/fd/3, /proc/self/fd/3, and
 // what follows them.
@@ -46,6 +46,7 @@ WorkerPool::WorkerPool(const Work& work, const WorkerOptions& options)
 
 void WorkerPool::Run(const Source& source, const Sink& sink) {
     exhausted_ = false;
+    Hear(0);  // of workers that have died since
     while (HandOut(sink)) {
         Pull(source);
         Distribute();
@@ -96,7 +97,7 @@ void WorkerPool::Distribute() {
 
 // An idle worker, else a new one, else the one with the fewest tasks; null when this task has to wait.
 WorkerPool::Worker* WorkerPool::FindTaker(const OpenTask& task) {
-    if (HeldBytes() >= kMostHeld && task.number != firstOpen_) return nullptr;
+    if (HeldBytes() >= options_.held && task.number != firstOpen_) return nullptr;
     const auto fewest = std::min_element(workers_.begin(), workers_.end(), [](const Worker& a, const Worker& b) {
         return a.tasks.size() < b.tasks.size();
     });

@@ -37,11 +37,11 @@ struct WorkerOutcome {
 
 // Workers, and the tasks that they have or wait for. DocumentWorkers says what it promises.
 //
-// Each worker has as many tasks ahead as it does in a few milliseconds, since handing one over takes about as long as a
-// small one. Answers come in any order and are handed out in that of the tasks. Those that have to wait for an earlier
-// one take up to kMostHeld bytes; then the answers of other workers stay in their sockets until it has come. The first
-// open task never waits for that: what a dead worker left is given out first, and who has the first open task is always
-// listened to.
+// Each worker has as many tasks ahead as it does in some hundredths of a second, so that it goes on while this process
+// has other things to do. Answers come in any order and are handed out in that of the tasks. Those that have to wait
+// for an earlier one take up to so many bytes; then the answers of other workers stay in their sockets until it has
+// come. The first open task never waits for that: what a dead worker left is given out first, and who has the first
+// open task is always listened to.
 //
 // Errors:  none but those in outcomes. What a worker sends may be anything.
 // Threads: one.
@@ -49,9 +49,6 @@ class WorkerPool {
 public:
     using Source = std::function<bool(WorkerTask& task)>;
     using Sink = std::function<bool(WorkerOutcome outcome)>;
-
-    // The bytes of answers that may wait for an earlier one.
-    static constexpr std::size_t kMostHeld = std::size_t{64} << 20;
 
     // `work` is called in workers only.
     WorkerPool(const Work& work, const WorkerOptions& options);
@@ -105,6 +102,8 @@ private:
     void Flush(Worker& worker);
     void DecideWhomToHear();
     void Wait();
+    void Hear(int milliseconds);  // for at most so long, -1 for any time
+    std::chrono::microseconds Nap() const;
     int MillisecondsToWait(Clock::time_point now) const;
     void Listen(WorkerPlace worker);
     bool Take(Worker& worker, Frame frame);

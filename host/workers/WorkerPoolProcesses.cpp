@@ -17,6 +17,7 @@ namespace ZEMA {
 namespace {
 
 constexpr std::size_t kMostWalls = 8;
+constexpr double kLongestNap = 0.002;  // in seconds
 
 volatile std::sig_atomic_t wasStopped = 0;
 
@@ -71,7 +72,7 @@ void WorkerPool::Flush(Worker& worker) {
 }
 
 void WorkerPool::DecideWhomToHear() {
-    const bool full = HeldBytes() >= kMostHeld;
+    const bool full = HeldBytes() >= options_.held;
     const bool firstWaits = !waiting_.empty() && waiting_.front().number == firstOpen_;
     for (Worker& worker : workers_) {
         const bool hasFirst = std::any_of(worker.tasks.begin(), worker.tasks.end(),
@@ -83,6 +84,12 @@ void WorkerPool::DecideWhomToHear() {
 }
 
 void WorkerPool::Wait() {
+    if (const std::chrono::microseconds nap = Nap(); nap.count() > 0) usleep(static_cast<useconds_t>(nap.count()));
+    Hear(MillisecondsToWait(Clock::now()));
+    StopLateOnes();
+}
+
+void WorkerPool::Hear(int milliseconds) {
     DecideWhomToHear();
     polled_.clear();
     polled_.push_back({spawner_.Descriptor(), POLLIN, 0});
@@ -92,17 +99,24 @@ void WorkerPool::Wait() {
         // One of which nothing is wanted must not wake us either.
         polled_.push_back({events == 0 ? -1 : worker.socket.Get(), events, 0});
     }
-    const int ready = poll(polled_.data(), polled_.size(), MillisecondsToWait(Clock::now()));
+    const int ready = poll(polled_.data(), polled_.size(), milliseconds);
     if (std::exchange(wasStopped, 0) != 0) RestartClocks();
-    if (ready > 0) {
-        std::size_t next = 1;
-        for (auto worker = workers_.begin(); worker != workers_.end(); ++next) {
-            const auto current = worker++;
-            if (current->heard && polled_[next].revents != 0) Listen(current);
-        }
-        if (polled_[0].revents != 0) TakeNews();
+    if (ready <= 0) return;
+    std::size_t next = 1;
+    for (auto worker = workers_.begin(); worker != workers_.end(); ++next) {
+        const auto current = worker++;
+        if (current->heard && polled_[next].revents != 0) Listen(current);
     }
-    StopLateOnes();
+    if (polled_[0].revents != 0) TakeNews();
+}
+
+// While every worker has enough to do, answers may gather: waking for each takes more of a processor than reading it.
+// Half of what the one with the least has to do is no time that anybody would miss.
+std::chrono::microseconds WorkerPool::Nap() const {
+    std::size_t least = workers_.empty() || waiting_.empty() ? 0 : workers_.front().tasks.size();
+    for (const Worker& worker : workers_) least = std::min(least, worker.tasks.size());
+    const double seconds = std::min(static_cast<double>(least) * secondsPerTask_ / 2, kLongestNap);
+    return std::chrono::microseconds(least < 2 ? 0 : static_cast<long>(seconds * 1e6));
 }
 
 int WorkerPool::MillisecondsToWait(Clock::time_point now) const {
