@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "core/ByteText.h"
 #include "core/MemoryBlocks.h"
 
 namespace ZEMA {
@@ -74,9 +75,9 @@ public:
     void Swap(AString& other) noexcept { std::swap(characters_, other.characters_); }
 
     friend bool operator==(const AString& a, const AString& b) {
-        return a.characters_ == b.characters_ || a.View() == b.View();
+        return a.characters_ == b.characters_ || SameBytes(a.View(), b.View());
     }
-    friend bool operator==(const AString& a, std::string_view b) { return a.View() == b; }
+    friend bool operator==(const AString& a, std::string_view b) { return SameBytes(a.View(), b); }
     friend bool operator==(const AString& a, const char* b) { return a.View() == b; }
     friend bool operator<(const AString& a, const AString& b) { return a.View() < b.View(); }
 
