@@ -24,7 +24,7 @@ struct Decimal {
     bool isNegative = false;
     std::size_t end = 0;
     std::uint64_t mantissa = 0;      // all digits without the point; wrong with more than 19
-    std::size_t digitCount = 0;      // zeros in front left out, so 0 means zero
+    std::int64_t digitCount = 0;     // zeros in front included
     std::int64_t fractionCount = 0;  // digits behind the point
     std::int64_t exponent = 0;       // as written, up to just beyond 32 bits
 };
@@ -35,25 +35,20 @@ bool IsDigit(char byte) {
     return byte >= '0' && byte <= '9';
 }
 
-std::size_t TakeDigits(std::string_view text, std::size_t position, Decimal& number) {
-    if (number.digitCount == 0) {
-        while (position < text.size() && text[position] == '0') ++position;
-    }
-    const std::size_t start = position;
-    std::uint64_t mantissa = number.mantissa;
-    for (; position < text.size() && IsDigit(text[position]); ++position) {
-        mantissa = mantissa * 10 + static_cast<unsigned>(text[position] - '0');
-    }
-    number.mantissa = mantissa;
-    number.digitCount += position - start;
-    return position;
+// A run of digits: where it ends, and the mantissa with them behind it.
+struct DigitRun {
+    const char* end;
+    std::uint64_t mantissa;
+};
+
+inline DigitRun ReadDigits(const char* cursor, const char* end, std::uint64_t mantissa) {
+    for (; cursor != end && IsDigit(*cursor); ++cursor) mantissa = mantissa * 10 + static_cast<unsigned>(*cursor - '0');
+    return {cursor, mantissa};
 }
 
-// 'e' or 'E', a sign or none, digits; without digits nothing is taken.
-void TakeExponent(std::string_view text, Decimal& number) {
-    std::size_t position = number.end;
-    if (position == text.size() || (text[position] != 'e' && text[position] != 'E')) return;
-    ++position;
+// Adds what follows an 'e' or 'E': a sign or none, digits. Without digits nothing is taken.
+Decimal WithExponent(std::string_view text, Decimal number) {
+    std::size_t position = number.end + 1;
     const bool isNegative = position < text.size() && text[position] == '-';
     if (isNegative || (position < text.size() && text[position] == '+')) ++position;
     std::int64_t magnitude = 0;
@@ -62,6 +57,7 @@ void TakeExponent(std::string_view text, Decimal& number) {
         number.end = position + 1;
     }
     number.exponent = isNegative ? -magnitude : magnitude;
+    return number;
 }
 
 bool StartsWithNan(std::string_view text) {
@@ -71,33 +67,46 @@ bool StartsWithNan(std::string_view text) {
                       [](char letter, char byte) { return byte == letter || byte + ('a' - 'A') == letter; });
 }
 
+// Nearly all numbers of a document pass here, so what is read stays in registers to the end.
 Decimal FindDecimal(std::string_view text) {
-    Decimal number;
-    number.isNegative = text.starts_with('-');
-    const std::size_t start = number.isNegative ? 1 : 0;
-    std::size_t end = TakeDigits(text, start, number);
-    std::size_t pointCount = 0;
-    if (end < text.size() && text[end] == '.') {
-        pointCount = 1;
-        const std::size_t fraction = end + 1;
-        end = TakeDigits(text, fraction, number);
-        number.fractionCount = static_cast<std::int64_t>(end - fraction);
+    const char* const end = text.data() + text.size();
+    const bool isNegative = text.starts_with('-');
+    const char* const start = text.data() + (isNegative ? 1 : 0);
+    DigitRun digits = ReadDigits(start, end, 0);
+    std::int64_t digitCount = digits.end - start;
+    std::int64_t fractionCount = 0;
+    if (digits.end != end && *digits.end == '.') {
+        const char* const fraction = digits.end + 1;
+        digits = ReadDigits(fraction, end, digits.mantissa);
+        fractionCount = digits.end - fraction;
+        digitCount += fractionCount;
     }
-    number.isNumber = end - start > pointCount;
-    if (number.isNumber) {
-        number.end = end;
-        TakeExponent(text, number);
-    } else {
-        number.end = start + (StartsWithNan(text.substr(start)) ? 3 : 0);
+    if (digitCount == 0) {
+        const std::size_t signSize = isNegative ? 1 : 0;
+        return {.end = signSize + (StartsWithNan(text.substr(signSize)) ? 3 : 0)};
     }
-    return number;
+    const Decimal number{.isNumber = true,
+                         .isNegative = isNegative,
+                         .end = static_cast<std::size_t>(digits.end - text.data()),
+                         .mantissa = digits.mantissa,
+                         .digitCount = digitCount,
+                         .fractionCount = fractionCount};
+    const bool hasExponent = digits.end != end && (*digits.end == 'e' || *digits.end == 'E');
+    return hasExponent ? WithExponent(text, number) : number;
 }
 
 // Up to 15 digits are exact in a double, and so is each of these powers of ten.
 constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr std::int64_t kLargestExactPower = 22;
-constexpr std::size_t kExactDigits = 15;
+constexpr std::int64_t kExactDigits = 15;
+
+// Whether all digits before the exponent are zeros.
+bool IsZero(std::string_view text, const Decimal& number) {
+    if (number.digitCount <= kExactDigits) return number.mantissa == 0;
+    const std::size_t other = text.find_first_not_of("-.0");
+    return other >= number.end || text[other] == 'e' || text[other] == 'E';
+}
 
 // The nearest double of the magnitude that is written in `digits`; none when it is out of range.
 std::optional<double> Convert(std::string_view digits) {
@@ -131,7 +140,7 @@ std::optional<double> NearestDouble(std::string_view text, const Decimal& number
 std::optional<float> ValueOf(std::string_view text, const Decimal& number) {
     // An exponent beyond 32 bits decides by itself: out of range or zero, whatever the digits.
     if (number.exponent > kLargestExponent) return std::nullopt;
-    if (number.exponent < -kLargestExponent || number.digitCount == 0) return 0.0F;
+    if (number.exponent < -kLargestExponent || IsZero(text, number)) return 0.0F;
     const std::optional<double> value = NearestDouble(text, number);
     // Doubles below the normal ones fail as well: the C library of this system calls them out of range.
     if (!value || *value < DBL_MIN || *value > double{FLT_MAX}) return std::nullopt;
