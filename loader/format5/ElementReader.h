@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -54,6 +55,20 @@ T* Find(const BasicMap<unsigned long, T*>& objects, std::uint32_t refID) {
     return position == objects.end() ? nullptr : position->second;
 }
 
+// Where a number stands among `objects`, or would stand. Documents number what they hold in ascending order, and then
+// it is the end, without a search.
+template <class T>
+typename BasicMap<unsigned long, T*>::Position PlaceOf(BasicMap<unsigned long, T*>& objects, std::uint32_t refID) {
+    const auto end = objects.end();
+    return objects.Empty() || std::prev(end)->first < refID ? end : objects.LowerBound(refID);
+}
+
+// Whether a number is taken, with `place` as PlaceOf gives it.
+template <class Map>
+bool IsUsed(Map& objects, typename Map::Position place, std::uint32_t refID) {
+    return place != objects.end() && place->first == refID;
+}
+
 // The object whose number stands in an attribute, or null when there is none. False when the number stands for nothing.
 template <class T>
 bool ReadReference(const XMLDOMNodeAString& node, std::string_view name, const BasicMap<unsigned long, T*>& objects,
@@ -86,7 +101,7 @@ bool ReadReferenceList(const XMLDOMNodeAString& node, std::string_view name, con
 Matrix4 ReadTransformation(const XMLDOMNodeAString& node);
 
 // The first child of that name, or null.
-inline const XMLDOMNodeAString* FindSection(const XMLDOMNodeAString& root, const char* name) {
+inline XMLDOMNodeAString* FindSection(const XMLDOMNodeAString& root, const char* name) {
     return root.FindChild(AString(name));
 }
 
@@ -100,6 +115,18 @@ bool ReadChildren(const XMLDOMNodeAString& node, std::string_view name, Read rea
     bool succeeded = true;
     for (const auto& child : node.children) {
         if (child->name == name && !read(*child)) succeeded = false;
+    }
+    return succeeded;
+}
+
+// The same for a section that is not read again: each child goes when it has been read, so that its memory serves what
+// it becomes, and null stands in its place.
+template <class Read>
+bool TakeChildren(XMLDOMNodeAString& section, std::string_view name, Read read) {
+    bool succeeded = true;
+    for (auto& child : section.children) {
+        if (child->name == name && !read(*child)) succeeded = false;
+        child.Reset();
     }
     return succeeded;
 }

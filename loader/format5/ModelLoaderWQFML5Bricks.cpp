@@ -7,24 +7,16 @@
 
 namespace ZEMA {
 
-namespace {
-
-// Whether a refID is taken, with `place` where it stands or would stand.
-template <class Map>
-bool IsUsed(Map& map, typename Map::Position place, std::uint32_t refID) {
-    return place != map.end() && place->first == refID;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 bool ModelLoaderWQFML5::ReadBricks(const Node& root, StorageScene2& scene) {
-    const Node* section = FindSection(root, "Bricks");
+    Node* const section = FindSection(root, "Bricks");
     if (section == nullptr) return false;
     if (!ReadReference(*section, "cameraRef", cameraMap, scene.bricksCamera)) {
         Raise(New<CameraError>(CameraError::NonExistingCamera));
     }
     scene.bricks.Reserve(CountChildren(*section, "Brick"));
-    return ReadChildren(*section, "Brick", [&](const Node& child) { return ReadBrick(child, scene); });
+    return TakeChildren(*section, "Brick", [&](const Node& child) { return ReadBrick(child, scene); });
 }
 
 RefPointer<StorageScene2::Brick> ModelLoaderWQFML5::NewBrick(std::uint32_t design) {
@@ -36,7 +28,7 @@ RefPointer<StorageScene2::Brick> ModelLoaderWQFML5::NewBrick(std::uint32_t desig
 bool ModelLoaderWQFML5::ReadBrick(const Node& node, StorageScene2& scene) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BrickError>(BrickError::MissingRefID));
-    const auto place = brickMap.LowerBound(refID);
+    const auto place = PlaceOf(brickMap, refID);
     if (IsUsed(brickMap, place, refID)) return Fail(New<BrickError>(BrickError::ReusedRefID));
     std::uint32_t designID = 0;
     ReadUnsigned(node, "designID", designID);
@@ -57,7 +49,7 @@ bool ModelLoaderWQFML5::ReadBrick(const Node& node, StorageScene2& scene) {
 bool ModelLoaderWQFML5::ReadPart(const Node& node, StorageScene2::Brick& brick) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<PartError>(nullptr, PartError::MissingRefID));
-    const auto place = partMap.LowerBound(refID);
+    const auto place = PlaceOf(partMap, refID);
     if (IsUsed(partMap, place, refID)) return Fail(New<PartError>(nullptr, PartError::ReusedRefID));
     std::uint32_t designID = 0;
     ReadUnsigned(node, "designID", designID);
@@ -91,7 +83,7 @@ bool ModelLoaderWQFML5::ReadPartLists(const Node& node, StorageScene2::Part& par
 bool ModelLoaderWQFML5::ReadBone(const Node& node, StorageScene2::Part& part) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<BoneError>(BoneError::MissingRefID));
-    const auto place = boneMap.LowerBound(refID);
+    const auto place = PlaceOf(boneMap, refID);
     if (IsUsed(boneMap, place, refID)) return Fail(New<BoneError>(BoneError::ReusedRefID));
     const RefPointer<StorageScene2::Bone> bone = NewIn<StorageScene2::Bone>(blocks_);
     boneMap.InsertBefore(place, refID, bone.Get());

@@ -43,10 +43,10 @@ RefPointer<StorageScene2::BIStep> ReadStep(const XMLDOMNodeAString& node, Memory
 }  // namespace
 
 bool ModelLoaderWQFML5::ReadGroupSystems(const Node& root, StorageScene2& scene) {
-    const Node* section = FindSection(root, "GroupSystems");
+    Node* const section = FindSection(root, "GroupSystems");
     if (section == nullptr) return true;
     scene.groupSystems.Reserve(CountChildren(*section, "GroupSystem"));
-    return ReadChildren(*section, "GroupSystem", [&](const Node& child) {
+    return TakeChildren(*section, "GroupSystem", [&](const Node& child) {
         scene.groupSystems.PushBack({});
         Groups& groups = scene.groupSystems.Back().groups;
         groups.Reserve(CountChildren(child, "Group"));
@@ -87,10 +87,10 @@ bool ModelLoaderWQFML5::OpenGroup(const Node& node, Groups& groups) {
 }
 
 bool ModelLoaderWQFML5::ReadRigidSystems(const Node& root, StorageScene2& scene) {
-    const Node* section = FindSection(root, "RigidSystems");
+    Node* const section = FindSection(root, "RigidSystems");
     if (section == nullptr) return true;
     scene.rigidSystems.Reserve(CountChildren(*section, "RigidSystem"));
-    return ReadChildren(*section, "RigidSystem", [&](const Node& child) {
+    return TakeChildren(*section, "RigidSystem", [&](const Node& child) {
         scene.rigidSystems.PushBack({});
         return ReadRigidSystem(child, scene.rigidSystems.Back());
     });
@@ -113,10 +113,11 @@ bool ModelLoaderWQFML5::ReadRigidSystem(const Node& node, StorageScene2::RigidSy
 bool ModelLoaderWQFML5::ReadRigid(const Node& node, StorageScene2::RigidSystem& system) {
     std::uint32_t refID = 0;
     if (!ReadUnsigned(node, "refID", refID)) return Fail(New<RigidError>(RigidError::MissingRefID));
-    if (rigidMap.Contains(refID)) return Fail(New<RigidError>(RigidError::ReusedRefID));
+    const auto place = PlaceOf(rigidMap, refID);
+    if (IsUsed(rigidMap, place, refID)) return Fail(New<RigidError>(RigidError::ReusedRefID));
     const RefPointer<StorageScene2::Rigid> rigid = NewIn<StorageScene2::Rigid>(blocks_);
     system.rigids.PushBack(rigid);
-    rigidMap.Insert(refID, rigid.Get());
+    rigidMap.InsertBefore(place, refID, rigid.Get());
     rigid->transformation = ReadTransformation(node);
     return ReadReferenceList(node, "boneRefs", boneMap, rigid->bones, &blocks_);
 }
@@ -137,10 +138,10 @@ bool ModelLoaderWQFML5::ReadJoint(const Node& node, StorageScene2::Joint& joint)
 }
 
 bool ModelLoaderWQFML5::ReadInstructions(const Node& root, StorageScene2& scene) {
-    const Node* section = FindSection(root, "BuildingInstructions");
+    Node* const section = FindSection(root, "BuildingInstructions");
     if (section == nullptr) return true;
     scene.buildingInstructions.Reserve(CountChildren(*section, "BuildingInstruction"));
-    return ReadChildren(*section, "BuildingInstruction", [&](const Node& child) {
+    return TakeChildren(*section, "BuildingInstruction", [&](const Node& child) {
         scene.buildingInstructions.PushBack({});
         StorageScene2::BI& instruction = scene.buildingInstructions.Back();
         ReadString(child, "name", instruction.name);
