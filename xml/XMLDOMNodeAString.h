@@ -36,9 +36,11 @@ public:
     // when it does, when the text is malformed or 2^31 bytes or longer, or when what it declares stands for far more
     // than it writes out; the node is empty then.
     //
+    // A text that is moved in is let go of as soon as the parser has its copy.
+    //
     // What a tester or an allocation of ours throws leaves the node empty too, and goes on; memory that the parser
     // under it cannot get counts as malformed text.
-    [[nodiscard]] bool Parse(const AString& text, XMLDOMNodeAStringTester* tester);
+    [[nodiscard]] bool Parse(AString text, XMLDOMNodeAStringTester* tester);
 
     // The value of the first attribute of that name, or null. Good until the attributes change. For readers that look
     // up many attributes: makes no text of the name.

@@ -2,9 +2,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "core/BasicDeque.h"
 #include "core/BasicMap.h"
@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kSlotCount = 256;
+    static constexpr std::size_t kSlotCount = 64;
 
     struct Slot {
         const char* place = nullptr;
@@ -58,11 +58,7 @@ struct Ends {
 
 template <class Word>
 Ends EndsOf(std::string_view text) {
-    Word first = 0;
-    Word last = 0;
-    std::memcpy(&first, text.data(), sizeof(Word));
-    std::memcpy(&last, text.data() + text.size() - sizeof(Word), sizeof(Word));
-    return {first, last};
+    return {WordAt<Word>(text.data()), WordAt<Word>(text.data() + text.size() - sizeof(Word))};
 }
 
 Ends EndsOf(std::string_view text) {
@@ -77,17 +73,16 @@ Ends EndsOf(std::string_view text) {
 //
 // The memory is bounded: each text has one slot, and a newer text takes the place of the one that has its slot. So
 // handing out costs the same whatever the texts are.
-template <std::size_t kSlotCount>
 class SharedTexts {
 public:
     // The texts stand in `blocks`.
-    explicit SharedTexts(MemoryBlocks& blocks) : blocks_(blocks) {}
+    SharedTexts(std::size_t slotCount, MemoryBlocks& blocks) : blocks_(blocks), slots_(slotCount) {}
 
     AString Share(std::string_view text) {
         if (text.empty() || text.size() > kLongest) return CopyOf(text);
         const Ends ends = EndsOf(text);
         const std::uint64_t mixed = (ends.first ^ (ends.last << 7) ^ text.size()) * 0x9E3779B97F4A7C15U;
-        Slot& slot = slots_[(mixed >> 40) % kSlotCount];
+        Slot& slot = slots_[(mixed >> 40) % slots_.size()];
         const bool isSame = slot.ends == ends && slot.text.Length() == text.size() &&
                             (text.size() <= sizeof(Ends) || slot.text.View() == text);
         if (!isSame) slot = {ends, CopyOf(text)};
@@ -108,8 +103,13 @@ private:
     }
 
     MemoryBlocks& blocks_;
-    std::array<Slot, kSlotCount> slots_;
+    std::vector<Slot> slots_;
 };
+
+// How many values are remembered: of a small document fewer, as each slot is made and taken down once a document.
+std::size_t ValueSlotsFor(std::uint32_t textLength) {
+    return textLength < 64 * 1024 ? 128 : 1024;
+}
 
 // Puts the lines of `text` that are not blank into `lines`, trimmed. A text that is one such line is not copied.
 void SplitLines(const AString& text, BasicArray<AString>& lines) {
@@ -127,7 +127,8 @@ void SplitLines(const AString& text, BasicArray<AString>& lines) {
 // Builds the tree below one node while its document is being parsed.
 class ParseContext : private XMLEventParser {
 public:
-    ParseContext(Node* documentNode, XMLDOMNodeAStringTester* rootTester) : root(documentNode), tester(rootTester) {}
+    ParseContext(Node* documentNode, XMLDOMNodeAStringTester* rootTester, std::uint32_t textLength)
+        : root(documentNode), tester(rootTester), values_(ValueSlotsFor(textLength), blocks_) {}
     ~ParseContext() override = default;
 
     using XMLEventParser::Parse;
@@ -145,9 +146,9 @@ private:
     BasicDeque<Pair<RefPointer<Node>, AString>> elementStack;  // every open element and its text so far
     RefPointer<XMLDOMNodeAStringTester> tester;                // may be null
     bool atRoot = true;                                        // until the first start tag has been handled
-    SharedTexts<64> elementNames_{blocks_};
+    SharedTexts elementNames_{64, blocks_};
     AttributeNames attributeNames_{blocks_};
-    SharedTexts<1024> values_{blocks_};
+    SharedTexts values_;
 };
 
 void ParseContext::StartElement(std::string_view name, std::span<const XMLAttribute> attributes) {
@@ -206,10 +207,10 @@ void ParseContext::EndElement(std::string_view name) {
 
 }  // namespace
 
-bool XMLDOMNodeAString::Parse(const AString& text, XMLDOMNodeAStringTester* tester) {
+bool XMLDOMNodeAString::Parse(AString text, XMLDOMNodeAStringTester* tester) {
     bool parsed = false;
     try {
-        parsed = ParseContext(this, tester).Parse(text);
+        parsed = ParseContext(this, tester, text.Length()).Parse(std::move(text));
     } catch (...) {
         Empty();
         throw;

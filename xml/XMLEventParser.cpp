@@ -75,7 +75,7 @@ struct XMLEventParser::Callbacks {
 
 XMLEventParser::~XMLEventParser() = default;
 
-bool XMLEventParser::Parse(const AString& text, MarkupFault* fault) {
+bool XMLEventParser::Parse(AString text, MarkupFault* fault) {
     if (text.Length() > static_cast<std::uint32_t>(std::numeric_limits<int>::max())) return false;
     std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
     if (!parser) throw std::bad_alloc();
@@ -88,7 +88,12 @@ bool XMLEventParser::Parse(const AString& text, MarkupFault* fault) {
     declarationCount_ = 0;
     isBeyondBounds_ = false;
     contentLeft_ = text.Length() * kContentRatio + kContentAllowance;
-    const XML_Status status = XML_Parse(parser_, text.Data(), static_cast<int>(text.Length()), XML_TRUE);
+    // As XML_Parse does it, but with the text let go of in between.
+    const int size = static_cast<int>(text.Length());
+    void* const buffer = XML_GetBuffer(parser_, size);
+    if (buffer != nullptr) std::memcpy(buffer, text.Data(), text.Length());
+    text.Clear();
+    const XML_Status status = buffer == nullptr ? XML_STATUS_ERROR : XML_ParseBuffer(parser_, size, XML_TRUE);
     if (status != XML_STATUS_OK && fault != nullptr) *fault = FaultHere();
     parser_ = nullptr;
     parser.reset();

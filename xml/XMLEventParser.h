@@ -48,8 +48,9 @@ protected:
 
     // Parses the whole text, whose own declaration decides about its encoding. False when it is malformed, when Stop
     // was called, when its declarations go beyond the bounds, or when it has 2^31 bytes or more. In the first and the
-    // third case `fault`, unless null, receives what was wrong.
-    [[nodiscard]] bool Parse(const AString& text, MarkupFault* fault = nullptr);
+    // third case `fault`, unless null, receives what was wrong. A text that is moved in goes before the first operation
+    // is called, since the parser has its own copy.
+    [[nodiscard]] bool Parse(AString text, MarkupFault* fault = nullptr);
 
     // From an operation only. The parser may still close an element without content.
     void Stop();

@@ -171,7 +171,7 @@ bool ModelLoaderWQFML4::LoadScene(AString content, StorageScene* scene, std::uin
     ClearErrors();
     indexBudget = IndexBudget(content.Length());
     WQFML4::ParseState state(*this, scene, options, indexBudget, WQFML4::kDocument);
-    const bool parsed = state.Parse(content);
+    const bool parsed = state.Parse(std::move(content));
     state.EndText();  // where the document breaks off in a metadata entry
     if (!parsed) {
         Raise(New<ParserError>());

@@ -1,5 +1,7 @@
 #include "loader/format5/ModelLoaderWQFML5.h"
 
+#include <utility>
+
 #include "loader/ModelLoaderErrors.h"
 #include "loader/format5/ElementReader.h"
 #include "loader/format5/WQFML5Tester.h"
@@ -27,8 +29,7 @@ bool ModelLoaderWQFML5::Load(AString content, StorageScene2* scene, std::uint32_
     Reset(*scene);
     const RefPointer<XMLDOMAString> document = New<XMLDOMAString>();
     const RefPointer<WQFML5Tester> tester = New<WQFML5Tester>(this);
-    if (!document->Parse(content, tester.Get())) return errorMask == 0 ? Fail(New<ParserError>()) : false;
-    content.Clear();
+    if (!document->Parse(std::move(content), tester.Get())) return errorMask == 0 ? Fail(New<ParserError>()) : false;
     return IsWQFML5Root(*document, *this) && ReadDocument(*document, *scene);
 }
 
