@@ -7,22 +7,42 @@
 //     /bricks/0/parts [{"designID": 4}]
 //
 // "loads" or "fails" is the loader's answer, "with 3" behind it the option bits. The errors follow, in order, and the
-// places in the scene that are looked at; what has its default is not told of them (SceneText.h). JSON goes on in
-// indented lines. In the place of a document "~ this ~ that" stands for the file's first one with this replaced by
-// that.
+// places in the scene that are looked at; what has its default is not told of them. JSON goes on in indented lines. In
+// the place of a document "~ this ~ that" stands for the file's first one with this replaced by that.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 
 #include "core/RefPointer.h"
-#include "tests/loader/SceneText.h"
+#include "host/print/JsonWriter.h"
+#include "host/print/SceneJson.h"
 #include "tests/loader/Texts.h"
 
 namespace ZEMA::testing {
+
+// JSON without what has its default: nothing, zeros, the placement at the origin, a camera's field of view.
+inline nlohmann::json Told(nlohmann::json value) {
+    using Json = nlohmann::json;
+    static const Json defaults = {
+        "", 0, 80, false, nullptr, Json::array(), {0, 0, 0}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
+    for (auto item = value.begin(); value.is_structured() && item != value.end();) {
+        *item = Told(*item);
+        item = value.is_object() && std::ranges::count(defaults, *item) != 0 ? value.erase(item) : std::next(item);
+    }
+    return value;
+}
+
+// What is told of a scene, or of a part of it, by its place as in "/bricks/0/parts".
+inline std::string SceneText(const StorageScene2& scene, const std::string& place = "") {
+    const auto json = nlohmann::json::parse(JsonOf([&](JsonWriter& writer) { WriteScene(scene, writer); }));
+    return Told(json.at(nlohmann::json::json_pointer(place))).dump();
+}
 
 struct DocumentCase {
     std::string what;

@@ -1,3 +1,4 @@
+// What loaders of both formats share: reading the file, errors in words, versions.
 #include "loader/ModelLoader.h"
 
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 #include <filesystem>
 
 #include "loader/ModelLoaderErrors.h"
+#include "loader/Version.h"
 #include "storage/local/MacOSXStorageFactory.h"
 #include "tests/loader/Texts.h"
 #include "tests/support/TemporaryFolder.h"
@@ -97,6 +99,40 @@ TEST_F(ModelLoaderTest, DescribesErrorsInWords) {
               (Words{"biError Description: step 3 error detail nonExistingCamera", "noError", "miscError", "unknown",
                      "cameraError error detail unknown", "partError error detail misc design id 1234",
                      "partError error detail unknown", "boneError error detail unknown"}));
+}
+
+TEST(Version, ComparesComponentsAsNumbers) {
+    EXPECT_LT(Version(1, 2), Version(1, 10));
+    EXPECT_LT(Version(9, 9, 9, 9), Version(10));
+    EXPECT_FALSE(Version(68, 0, 0, 1) <= Version(68));
+}
+
+TEST(Version, IsWrittenWithoutZerosAtTheEnd) {
+    String out;
+    for (const Version& version : {Version(), Version(4, 1), Version(4, 0, 2), Version(4294967295U, 0, 0, 1)}) {
+        version.AppendTo(out);
+        out.Append(" ");
+    }
+    EXPECT_EQ(Utf8(out), "0 4.1 4.0.2 4294967295.0.0.1 ");
+}
+
+TEST(Version, IsReadUpToFourNumbers) {
+    const struct {
+        const char* text;
+        bool succeeds;
+        Version version;  // from 9.9.9.9: components that are not reached stay
+        std::uint32_t end;
+    } rows[] = {{"68", true, Version(68, 9, 9, 9), 2},   {"1.2.3.4.5", true, Version(1, 2, 3, 4), 7},
+                {"1.2-3", true, Version(1, 2, 9, 9), 3}, {"1.2.", false, Version(1, 2, 9, 9), 4},
+                {"beta", false, Version(9, 9, 9, 9), 0}, {"1.4294967296", false, Version(1, 9, 9, 9), 12}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        Version version(9, 9, 9, 9);
+        std::uint32_t position = 0;
+        EXPECT_EQ(version.ParseFrom(String(row.text), position), row.succeeds);
+        EXPECT_EQ(version, row.version);
+        EXPECT_EQ(position, row.end);
+    }
 }
 
 }  // namespace

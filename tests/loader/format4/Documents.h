@@ -55,7 +55,6 @@ struct Loaded {
     }
 
     Scene* operator->() const { return scene.Get(); }
-    std::string At(const std::string& place) const { return SceneText(*scene, place); }
     // Of the first model.
     StorageScene::Rigid& Group(std::size_t index) const { return *scene->models[0].rigids[index]; }
     StorageScene::Part& Part(std::size_t part) const { return *Group(0).parts[part]; }
