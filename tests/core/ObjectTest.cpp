@@ -1,4 +1,5 @@
-// Objects, their references, arrays, and the release of whole trees. That depth takes no stack is tested where trees are read.
+// Objects, their references, arrays, and the release of whole trees. That depth takes no stack is tested where trees
+// are read.
 #include "core/Object.h"
 
 #include <gtest/gtest.h>
