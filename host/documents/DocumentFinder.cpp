@@ -25,10 +25,6 @@ bool EndsIn(std::string_view name, std::string_view ending) {
                       sameLetter);
 }
 
-bool IsDocumentName(std::string_view name) {
-    return EndsIn(name, ".wqf") || EndsIn(name, ".wqfml");
-}
-
 // Looks through one folder and puts the folders in it on the list of those to come.
 void SearchFolder(const std::string& folder, std::vector<std::string>& folders, std::vector<FoundDocument>& documents) {
     std::error_code error;
@@ -55,6 +51,10 @@ Result<std::vector<std::string>> ReadPathList(const std::string& file) {
         start = end + 1;
     }
     return paths;
+}
+
+bool IsDocumentName(std::string_view name) {
+    return EndsIn(name, ".wqf") || EndsIn(name, ".wqfml");
 }
 
 bool FindDocuments(const std::string& path, std::vector<FoundDocument>& documents,

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/system/Failure.h"
@@ -18,10 +19,13 @@ struct FoundDocument {
     Failure failure;   // why it is not to be opened; none for a regular file
 };
 
+// Whether files of this name in a folder are documents: it ends in ".wqf" or ".wqfml", in any case.
+bool IsDocumentName(std::string_view name);
+
 // Appends what `path` stands for. Paths are bytes.
 //
-// A folder, or a link to one, is searched below for regular files, and links to them, whose names end in ".wqf" or
-// ".wqfml" in any case; hidden ones count, links to folders are not entered. They come in the order of the bytes of
+// A folder, or a link to one, is searched below for regular files, and links to them, that are named like
+// documents; hidden ones count, links to folders are not entered. They come in the order of the bytes of
 // their paths. A folder that cannot be read is a document with a failure, so that its loss is seen.
 //
 // Anything else is a document whatever its ending, and has a failure unless it is a regular file or a link to one.

@@ -6,6 +6,7 @@
 
 #include "host/documents/DocumentCheck.h"
 #include "host/print/AttributeText.h"
+#include "host/print/CsvText.h"
 #include "host/print/JsonWriter.h"
 #include "host/print/PropertyList.h"
 #include "host/system/Utf8Text.h"
@@ -97,6 +98,41 @@ public:
     std::string Tail() override { return "</array>\n" + PropertyListTail(); }
 };
 
+// A line for each record, with a column for each known attribute.
+class CsvRecordWriter : public RecordWriter {
+public:
+    std::string Head() override {
+        std::vector<std::string> cells = {"path", "imported"};
+        for (const CFStringRef name : AttributeNames()) cells.push_back(Utf8Of(name));
+        cells.insert(cells.end(), {"error", "repaired", "away"});
+        return CsvLine(cells);
+    }
+    std::string Record(const DocumentRecord& record) override {
+        std::vector<std::string> cells = {CsvCell({ReplaceInvalidUtf8(record.path)}), CsvCell({record.imported})};
+        for (const CFStringRef name : AttributeNames()) {
+            const Value* const value = Find(record.attributes, Utf8Of(name));
+            cells.push_back(value == nullptr ? std::string() : CsvCell(*value));
+        }
+        cells.insert(cells.end(),
+                     {CsvCell({ReplaceInvalidUtf8(record.error)}), CsvCell({record.repaired}), CsvCell({record.away})});
+        return CsvLine(cells);
+    }
+    std::string Tail() override { return {}; }
+};
+
+// The bytes of the paths.
+class PathRecordWriter : public RecordWriter {
+public:
+    explicit PathRecordWriter(char end) : end_(end) {}
+
+    std::string Head() override { return {}; }
+    std::string Record(const DocumentRecord& record) override { return record.path + end_; }
+    std::string Tail() override { return {}; }
+
+private:
+    char end_;
+};
+
 }  // namespace
 
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document) {
@@ -124,7 +160,9 @@ Value::Dictionary ObjectOf(const DocumentRecord& record) {
     object.push_back({"path", {ReplaceInvalidUtf8(record.path)}});
     object.push_back({"imported", {record.imported}});
     object.push_back({"attributes", {record.attributes}});
-    if (!record.imported) object.push_back({"error", {ReplaceInvalidUtf8(record.error)}});
+    if (!record.imported || !record.error.empty()) object.push_back({"error", {ReplaceInvalidUtf8(record.error)}});
+    if (record.repaired) object.push_back({"repaired", {true}});
+    if (record.away) object.push_back({"away", {true}});
     return object;
 }
 
@@ -136,6 +174,12 @@ std::unique_ptr<RecordWriter> NewRecordWriter(RecordFormat format, bool several)
             return std::make_unique<JsonRecordWriter>(false);
         case RecordFormat::PropertyList:
             return std::make_unique<PropertyListRecordWriter>();
+        case RecordFormat::Csv:
+            return std::make_unique<CsvRecordWriter>();
+        case RecordFormat::Paths:
+            return std::make_unique<PathRecordWriter>('\n');
+        case RecordFormat::PathsWithZeroBytes:
+            return std::make_unique<PathRecordWriter>('\0');
         case RecordFormat::Text:
             break;
     }

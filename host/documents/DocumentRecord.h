@@ -14,20 +14,22 @@ namespace ZEMA {
 struct DocumentRecord {
     std::string path;  // as given, any bytes
     bool imported = false;
-    Value::Dictionary attributes;  // in the order of the attribute table
-    std::string error;             // why it was not imported
-    bool passing = false;          // for want of time, memory or an answer of the system: another try may import it
+    Value::Dictionary attributes = {};  // in the order of the attribute table
+    std::string error = {};             // why it was not imported
+    bool passing = false;   // for want of time, memory or an answer of the system: another try may import it
+    bool away = false;      // known from an earlier reading, and not to be found for now
+    bool repaired = false;  // read although only a repair makes the archive readable
 };
 
 // Has the plug-in import a document. What its path is relative to is put in front before the plug-in sees it.
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document);
 
 // The record as a user reads it in an object: {"path", "imported", "attributes", and "error" where it was not
-// imported}. The path is UTF-8, with U+FFFD where its bytes are not.
+// imported, "repaired" and "away" where that is so}. The path is UTF-8, with U+FFFD where its bytes are not.
 Value::Dictionary ObjectOf(const DocumentRecord& record);
 
-// The forms that `wqf import` and, but for the property list, `wqf check` print.
-enum class RecordFormat { Text, Json, Ndjson, PropertyList };
+// The forms that the commands print, each command some of them.
+enum class RecordFormat { Text, Json, Ndjson, PropertyList, Csv, Paths, PathsWithZeroBytes };
 
 // Puts records into words as they come: what stands before them all, each record, what stands behind them all. A result
 // is to be written at once and whole, so that several programs may write into one pipe.

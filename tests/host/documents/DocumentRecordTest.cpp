@@ -60,4 +60,17 @@ TEST(RecordText, WritesOneObjectForEachInput) {
     EXPECT_EQ(Written(RecordFormat::Json, {}), "[]\n");
 }
 
+TEST(RecordText, WritesTablesThatNoSpreadsheetRuns) {
+    DocumentRecord formula{
+        "=1+1,2.wqf", true, {{"kMDItemAuthors", {Value::List{{std::string("-Ada")}, {std::string("Zoë")}}}}}};
+    formula.repaired = true;
+    EXPECT_EQ(Written(RecordFormat::Csv, {kGood, kBad, formula}),
+              "path,imported,kMDItemVersion,kMDItemCreator,kMDItemDescription,kMDItemAuthors,kMDItemKeywords,"
+              "com_zema_wqf_numberofbricks,com_zema_wqf_listofbricks,error,repaired,away\r\n"
+              "a\x1B.wqf,true,5,,\"en: \"\"a\\b\"\"\n; zh-Hant: 塔\",Ada; Zoë,,3,,,false,false\r\n"
+              "b\xEF\xBF\xBD,false,,,,,,,,no \x01 way,false,false\r\n"
+              "\"'=1+1,2.wqf\",true,,,,'-Ada; Zoë,,,,,true,false\r\n");
+    EXPECT_EQ(Written(RecordFormat::PathsWithZeroBytes, {kBad, kBad}), std::string("b\xFF\0b\xFF\0", 6));
+}
+
 }  // namespace ZEMA::testing
