@@ -30,8 +30,11 @@ ROOMS = {
     "host/archive": ["host/system", "storage/zip", "storage", "core", "platform"],
     "host/handlers": ["host/archive", "host/documents", "host/print", "host/system"],
     "host/search": [],
+    "host/index": ["host/search", "host/workers", "host/archive", "host/documents", "host/plugin", "host/print",
+                   "host/system", "platform"],
     "tools/wqf": ["host/confinement", "host/workers", "host/archive", "host/documents", "host/handlers", "host/search",
-                  "host/plugin", "host/print", "host/system", "importer", "loader", "scene", "storage", "core", "platform"],
+                  "host/index", "host/plugin", "host/print", "host/system", "importer", "loader", "scene", "storage", "core",
+                  "platform"],
     "tools/pages": ["tools/wqf"],
 }
 
@@ -45,6 +48,7 @@ WALLS = {
     "archive.h": (["host/archive"], ".cpp"),
     "archive_entry.h": (["host/archive"], ".cpp"),
     "nlohmann/": (["host/handlers"], ".cpp"),
+    "sqlite3.h": (["host/index"], ".cpp"),
     "CLI/": (["tools/wqf"], ".cpp"),
 }
 
