@@ -19,6 +19,7 @@
 #include "tools/wqf/DesktopCommands.h"
 #include "tools/wqf/DocumentCommands.h"
 #include "tools/wqf/ExitStatus.h"
+#include "tools/wqf/IndexCommands.h"
 #include "tools/wqf/StorageCommands.h"
 
 namespace ZEMA {
@@ -153,6 +154,20 @@ int WithDocuments(const char* command, const DocumentPaths& documents, const Act
                     documents.paths.empty() ? "no PATH is given" : "--files0-from and PATHs exclude each other");
 }
 
+void AddNumber(CLI::App& parser, const char* name, std::optional<std::size_t>& number, const std::string& help) {
+    const auto parse = [](const std::string& text) {
+        std::size_t value = 0;
+        const std::string bare = Bared(text);
+        const auto [end, error] = std::from_chars(bare.data(), bare.data() + bare.size(), value);
+        return error == std::errc() && end == bare.data() + bare.size() ? std::optional(value) : std::nullopt;
+    };
+    const auto set = [&number, parse](const std::string& text) { number = parse(text); };
+    const auto check = [parse](const std::string& text) {
+        return parse(text) ? std::string() : "'" + Bared(text) + "' is no number";
+    };
+    parser.add_option_function<std::string>(name, set, help)->type_name("N")->check(check);
+}
+
 std::optional<std::uint32_t> ParseOptionBits(const std::string& text) {
     std::uint32_t bits = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits);
@@ -183,6 +198,65 @@ Action DeclareImport(CLI::App& parser) {
     AddRunOptions(parser, options->run);
     AddDocumentPaths(parser, options->documents, "Documents, or folders to search for *.wqf and *.wqfml");
     return [options] { return WithDocuments("import", options->documents, [&] { return RunImport(*options); }); };
+}
+
+void AddIndex(CLI::App& parser, std::string& index) {
+    AddText(parser, "--index", index, "FILE", "The index (default: wqf/index.db in $XDG_DATA_HOME or ~/.local/share)");
+}
+
+Action DeclareIndex(CLI::App& parser) {
+    const auto options = std::make_shared<IndexOptions>();
+    parser.footer(
+        "Only what is new or changed is read. A document whose folder is away stays in the index, marked so, until "
+        "its\n"
+        "folder is forgotten.");
+    AddIndex(parser, options->index);
+    AddText(parser, "--bundle", options->bundle, "DIR", "The plug-in bundle, where it is not beside the program");
+    AddFlag(parser, "--forget", options->forget,
+            "Remove what lies below the folders, and all its texts, from the index");
+    AddFlag(parser, "--rebuild", options->rebuild, "Set the index aside, even a damaged one, and build it anew");
+    AddPaths(parser, options->folders, "Folders to search for *.wqf and *.wqfml (default: those of earlier runs)");
+    return [options] {
+        if (options->forget && options->folders.empty()) return WrongUse("index", "no PATH is given to forget");
+        if (options->forget && options->rebuild) return WrongUse("index", "--forget and --rebuild exclude each other");
+        return RunIndex(*options);
+    };
+}
+
+constexpr const char* kQueryHelp =
+    "A query: words, \"phrases\" and beginnings (castle*), all of which must occur, in any text or in one field\n"
+    "(author:, creator:, keyword:, description:, brick:); bricks:100.., bricks:..50, bricks:10..50, lang:de, "
+    "version:4,\n"
+    "path:models/, is:failed, is:away, is:repaired; OR, NOT and parentheses. In quotes for the shell, as in\n"
+    "wqf search 'author:lovelace (tower OR gate*) NOT bricks:1000..'";
+
+Action DeclareSearch(CLI::App& parser) {
+    const auto options = std::make_shared<SearchOptions>();
+    const auto words = std::make_shared<std::vector<std::string>>();
+    parser.footer(kQueryHelp);
+    AddIndex(parser, options->index);
+    AddFormat<RecordFormat>(parser, options->format,
+                            {{"text", RecordFormat::Text},
+                             {"json", RecordFormat::Json},
+                             {"ndjson", RecordFormat::Ndjson},
+                             {"csv", RecordFormat::Csv},
+                             {"paths", RecordFormat::Paths}});
+    const auto zeroBytes = std::make_shared<bool>(false);
+    AddFlag(parser, "-0", *zeroBytes, "Print paths with a zero byte behind each");
+    AddFlag(parser, "--count", options->count, "Print only how many documents are found");
+    AddChoice<HitOrder>(parser, "--sort", options->order,
+                        {{"relevance", HitOrder::Relevance},
+                         {"bricks", HitOrder::Bricks},
+                         {"name", HitOrder::Name},
+                         {"time", HitOrder::Time}},
+                        "What comes first");
+    AddNumber(parser, "--limit", options->limit, "How many to print at most (default: 50 as text, else all)");
+    AddPaths(parser, *words, "A query, its parts joined by blanks");
+    return [options, words, zeroBytes] {
+        for (const std::string& word : *words) options->query += (options->query.empty() ? "" : " ") + word;
+        if (*zeroBytes) options->format = RecordFormat::PathsWithZeroBytes;
+        return words->empty() ? WrongUse("search", "no QUERY is given") : RunSearch(*options);
+    };
 }
 
 Action DeclareCheck(CLI::App& parser) {
@@ -340,6 +414,8 @@ Action DeclareSetup(CLI::App& parser) {
 
 constexpr Command kCommands[] = {
     {"import", "Print the attributes that the plug-in imports from documents", DeclareImport},
+    {"index", "Keep an index of the documents in folders", DeclareIndex},
+    {"search", "Find documents in the index", DeclareSearch},
     {"check", "Tell whether documents load, and what is wrong with them", DeclareCheck},
     {"scene", "Print the model in a document as JSON", DeclareScene},
     {"catalogue", "Print the design catalogue as JSON", DeclareCatalogue},
