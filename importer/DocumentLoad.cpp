@@ -103,26 +103,31 @@ DocumentLoad::DocumentLoad(std::uint32_t options, std::vector<LoadAttempt>* atte
 
 bool DocumentLoad::Run(const String& storagePath) {
     const RefPointer<Directory> package = Path(storagePath).OpenDirectory(false);
-    return LoadModel(ModelPathOf(storagePath, package));
+    const Path model = ModelPathOf(storagePath, package);
+    return LoadModel([&](ModelLoader& loader) { return loader.Load(model, scene_.Get(), options_); });
 }
 
-bool DocumentLoad::LoadModel(const Path& model) {
+bool DocumentLoad::RunText(const AString& text) {
+    return LoadModel([&](ModelLoader& loader) { return loader.Load(text, scene_.Get(), options_); });
+}
+
+bool DocumentLoad::LoadModel(const Source& load) {
     RefPointer<ModelLoader> loader = New<ModelLoaderWQFML5>(nullptr);
-    if (Try(*loader, Version(5), model)) return true;
+    if (Try(*loader, Version(5), load)) return true;
     if ((loader->errorMask & kWorthAnotherFormat) == 0) return false;
     loader = nullptr;  // what it still holds of the document goes before the document is read again
     loader = New<ModelLoaderWQFML4>();
-    return Try(*loader, Version(4), model);
+    return Try(*loader, Version(4), load);
 }
 
-bool DocumentLoad::Try(ModelLoader& loader, const Version& format, const Path& model) {
+bool DocumentLoad::Try(ModelLoader& loader, const Version& format, const Source& load) {
     if (attempts_ != nullptr) {
         attempts_->emplace_back();
         attempts_->back().format = format.components[0];
     }
     bool loaded = false;
     try {
-        loaded = loader.Load(model, scene_.Get(), options_);
+        loaded = load(loader);
         if (attempts_ != nullptr) Record(loader, loaded);
     } catch (...) {
         if (attempts_ != nullptr) {

@@ -4,10 +4,12 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "core/AString.h"
 #include "core/RefPointer.h"
 #include "core/String.h"
 #include "loader/ModelLoader.h"
@@ -53,6 +55,8 @@ public:
 
     // Format 5 is tried first, and format 4 where that failed because of the version or the parser.
     [[nodiscard]] bool Run(const String& storagePath);
+    // The same for the text of a model that was read already.
+    [[nodiscard]] bool RunText(const AString& text);
 
     // After a Run that answered true: the model, and the version of the markup it was read from.
     const StorageScene2& Scene() const { return *scene_; }
@@ -60,8 +64,11 @@ public:
     const Version& MarkupVersion() const { return version_; }
 
 private:
-    bool LoadModel(const Path& model);
-    bool Try(ModelLoader& loader, const Version& format, const Path& model);
+    // Has a loader load the model, wherever that comes from.
+    using Source = std::function<bool(ModelLoader& loader)>;
+
+    bool LoadModel(const Source& load);
+    bool Try(ModelLoader& loader, const Version& format, const Source& load);
     void Record(const ModelLoader& loader, bool loaded);
 
     std::uint32_t options_;
