@@ -109,7 +109,7 @@ void UnpackForeignMembers(const ArchiveRecords& records) {
         if (!IsForeignMethod(entry.method)) continue;
         const Result<LocalRecord> local = ReadLocalRecord(records, entry);
         if (!local) continue;
-        const ContentsReader read = UnpackForeign(records, entry, *local);
+        const ContentsReader read = UnpackMember(records, entry, *local);
         char buffer[4096];
         std::uint64_t size = 0;
         Result<std::size_t> count = read(buffer, sizeof buffer);

@@ -2,7 +2,10 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cctype>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -118,13 +121,62 @@ Failure Rewrite(const std::string& path, const MendOptions& options, int examine
         if (!IsForeignMethod(entry.method)) continue;
         const Result<LocalRecord> local = ReadLocalRecord(window, records, entry);
         if (!local) return OfMember(entry, local.Why());
-        const Failure failure = (*rewrite)->Repack(index, UnpackForeign(records, entry, *local));
+        const Failure failure = (*rewrite)->Repack(index, UnpackMember(records, entry, *local));
         if (failure) return OfMember(entry, failure);
     }
     return (*rewrite)->Commit();
 }
 
+bool IsSameName(std::string_view a, std::string_view b) {
+    const auto isSame = [](char left, char right) {
+        return std::tolower(static_cast<unsigned char>(left)) == std::tolower(static_cast<unsigned char>(right));
+    };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), isSame);
+}
+
+Result<ArchiveEntry> FindOnce(const ArchiveRecords& records, std::string_view name) {
+    std::optional<ArchiveEntry> found;
+    for (std::size_t index = 0; index < records.Count(); ++index) {
+        const ArchiveEntry entry = records.Entry(index);
+        if (!IsSameName(entry.name, name)) continue;
+        if (found) return Failure{FailureKind::Damaged, "'" + std::string(name) + "' in it is there more than once"};
+        found = entry;
+    }
+    if (found) return *found;
+    return Failure{FailureKind::Missing, "there is no '" + std::string(name) + "' in it"};
+}
+
+// What an entry claims of its size is not believed: memory grows with what there is.
+Result<std::string> ReadContents(const ContentsReader& read, std::size_t limit) {
+    constexpr std::size_t kPieceSize = 1 << 18;
+    std::string contents;
+    for (;;) {
+        const std::size_t size = contents.size();
+        contents.resize(size + kPieceSize);
+        const Result<std::size_t> count = read(contents.data() + size, kPieceSize);
+        if (!count) return count.Why();
+        contents.resize(size + *count);
+        if (*count == 0) return contents;
+        if (contents.size() > limit) return Failure{FailureKind::Limit, "it is too large"};
+    }
+}
+
 }  // namespace
+
+Result<std::string> ReadMended(const std::string& path, std::string_view name, std::size_t limit) {
+    const Result<FileDescriptor> file = OpenRegularFile(path);
+    if (!file) return file.Why();
+    const RefPointer<File> archive(New<DescriptorFile>(file->Get()));
+    if (IsFineArchive(*archive)) return Failure{FailureKind::Refused, "it is fine"};
+    const Result<ArchiveRecords::Pointer> records = ArchiveRecords::ReadForMending(archive);
+    if (!records) return records.Why();
+    const Result<ArchiveEntry> entry = FindOnce(**records, name);
+    if (!entry) return entry.Why();
+    if (entry->IsEncrypted()) return Failure{FailureKind::Unsupported, "it is encrypted"};
+    const Result<LocalRecord> local = ReadLocalRecord(**records, *entry);
+    if (!local) return local.Why();
+    return ReadContents(UnpackMember(**records, *entry, *local), limit);
+}
 
 Result<MendReport> MendArchive(const std::string& path, const MendOptions& options) {
     const Result<FileDescriptor> file = OpenRegularFile(path);

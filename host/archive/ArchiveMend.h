@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/system/Failure.h"
@@ -30,5 +31,11 @@ struct MendReport {
 //
 // Fails, and leaves the archive as it was, where it cannot be read or written.
 Result<MendReport> MendArchive(const std::string& path, const MendOptions& options);
+
+// The contents of a member of an archive that is not fine, as MendArchive would write it; nothing is written. The name
+// is found in any case of ASCII letters, and must be there once. What is wrong with other members does not matter.
+//
+// Fails as Refused for an archive that is fine, and as Limit where there are more bytes than `limit`.
+Result<std::string> ReadMended(const std::string& path, std::string_view name, std::size_t limit);
 
 }  // namespace ZEMA

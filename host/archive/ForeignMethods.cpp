@@ -143,7 +143,7 @@ std::string NameOfMethod(std::uint16_t method) {
     }
 }
 
-ContentsReader UnpackForeign(const ArchiveRecords& archive, const ArchiveEntry& entry, const LocalRecord& local) {
+ContentsReader UnpackMember(const ArchiveRecords& archive, const ArchiveEntry& entry, const LocalRecord& local) {
     const auto contents = std::make_shared<ForeignContents>(archive.Archive(), entry, local);
     return [contents](void* buffer, std::size_t size) { return contents->Read(buffer, size); };
 }

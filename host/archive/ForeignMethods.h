@@ -10,14 +10,14 @@
 
 namespace ZEMA {
 
-// Whether UnpackForeign knows the method (APPNOTE 4.4.5): bzip2, LZMA, xz and PPMd.
+// Whether only UnpackMember knows the method (APPNOTE 4.4.5): bzip2, LZMA, xz and PPMd.
 bool IsForeignMethod(std::uint16_t method);
 
 // What people call a method, or its number.
 std::string NameOfMethod(std::uint16_t method);
 
-// Reads the contents of a member of such a method. The reader fails where they do not unpack to the size and checksum
-// of the entry. The archive must outlive it.
-ContentsReader UnpackForeign(const ArchiveRecords& archive, const ArchiveEntry& entry, const LocalRecord& local);
+// Reads the contents of a member of such a method, or one that is deflated or stored. The reader fails where they do
+// not unpack to the size and checksum of the entry. The archive must outlive it.
+ContentsReader UnpackMember(const ArchiveRecords& archive, const ArchiveEntry& entry, const LocalRecord& local);
 
 }  // namespace ZEMA
