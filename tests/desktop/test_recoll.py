@@ -101,7 +101,7 @@ def main(program):
         configuration = home / ".recoll"
         configuration.mkdir(parents=True)
         # Without stems, so that a word finds itself alone.
-        (configuration / "recoll.conf").write_text(f"topdirs = {documents}\nloglevel = 2\nindexstemminglanguages =\n")
+        (configuration / "recoll.conf").write_text(f"topdirs = {documents}\nloglevel = 2\nindexstemminglanguages =\nidxniceprio = 0\n")
         write_documents(documents, COUNT)
         environment = dict(os.environ, HOME=str(home), RECOLL_CONFDIR=str(configuration),
                            PATH=f"{pathlib.Path(program).resolve().parent}:{os.environ['PATH']}")
