@@ -1,7 +1,6 @@
 #include "host/handlers/KFileMetaDataHandler.h"
 
-#include <nlohmann/json.hpp>
-
+#include "host/print/JsonReader.h"
 #include "host/print/JsonWriter.h"
 #include "host/system/Utf8Text.h"
 
@@ -11,9 +10,10 @@ namespace {
 
 // Empty where the question names none.
 std::string PathIn(const std::string& question) {
-    const nlohmann::json object = nlohmann::json::parse(question, nullptr, false);
-    const auto path = object.find("path");
-    return path == object.end() || !path->is_string() ? "" : path->get<std::string>();
+    const std::optional<Value> value = ReadJson(question);
+    const Value::Dictionary* const object = value ? value->AsDictionary() : nullptr;
+    const Value* const path = object == nullptr ? nullptr : Find(*object, "path");
+    return path == nullptr || path->AsText() == nullptr ? "" : *path->AsText();
 }
 
 std::string Joined(const std::vector<std::string>& texts, const char* separator) {

@@ -47,7 +47,7 @@ WALLS = {
     "utf8proc.h": (["platform", "host/search"], ".cpp"),
     "archive.h": (["host/archive"], ".cpp"),
     "archive_entry.h": (["host/archive"], ".cpp"),
-    "nlohmann/": (["host/handlers"], ".cpp"),
+    "nlohmann/": (["host/print"], ".cpp"),
     "sqlite3.h": (["host/index"], ".cpp"),
     "CLI/": (["tools/wqf"], ".cpp"),
 }
