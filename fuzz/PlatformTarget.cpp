@@ -204,7 +204,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view front = bytes.substr(0, size / 3), back = bytes.substr(size / 3);
     ExamineComparison(FromUtf8(front), FromUtf8(back));
     Require(IsUtf8(ReplaceInvalidUtf8(bytes)) && IsUtf8(EscapeControls(ReplaceInvalidUtf8(bytes))), "UTF-8 comes out");
-    ExamineScans(back, front.empty() ? 0 : static_cast<unsigned char>(front[0]) % 8);
+    ExamineScans(back, front.empty() ? 0u : static_cast<unsigned char>(front[0]) % 8u);
     ExamineNumbers(std::string(back));
     ExaminePaths(FromUtf8(front).CFString(), FromUtf8(back).CFString());
     ExamineDays(fuzzing::Choices(bytes));
