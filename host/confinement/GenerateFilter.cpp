@@ -52,7 +52,7 @@ constexpr char kRefused[] =
 // that stops this one.
 constexpr char kOfTools[] = "clone ptrace";
 #ifdef ZEMA_SANITIZED
-constexpr char kAlsoOfTools[] = "getpgrp mmap mprotect pipe prctl prlimit64 tgkill wait4";
+constexpr char kAlsoOfTools[] = "getpgrp mmap mprotect pipe pipe2 prctl prlimit64 tgkill wait4";
 #endif
 
 void Check(int result, const std::string& what) {
