@@ -7,6 +7,7 @@
 
 #include "host/archive/ForeignModule.h"
 #include "host/archive/PackedData.h"
+#include "host/system/Paths.h"
 #include "storage/zip/ZipFormat.h"
 
 namespace ZEMA {
@@ -27,7 +28,7 @@ constexpr std::uint64_t kSmallestDictionary = 1 << 12;  // that every decoder ha
 // Loaded at the first call and kept to the end. Null where the installation lacks it.
 const ForeignModule* Module() {
     static const ForeignModule* const module = [] {
-        void* const library = dlopen(kForeignModuleFile, RTLD_NOW | RTLD_LOCAL);
+        void* const library = dlopen(BesideProgram(kForeignModuleFile).c_str(), RTLD_NOW | RTLD_LOCAL);
         return static_cast<const ForeignModule*>(library == nullptr ? nullptr : dlsym(library, kForeignModuleSymbol));
     }();
     return module;

@@ -19,9 +19,8 @@ struct ForeignModule {
     void (*close)(void* reader);
 };
 
-// The names of the module's file, beside the program's other private libraries, and of the ForeignModule that it
-// exports.
-inline constexpr const char* kForeignModuleFile = "wqfforeign.so";
+// Where the module is installed (BesideProgram), and the name of the ForeignModule that it exports.
+inline constexpr const char* kForeignModuleFile = "lib/wqf/wqfforeign.so";
 inline constexpr const char* kForeignModuleSymbol = "wqfForeignModule";
 
 }  // namespace ZEMA
