@@ -1,13 +1,11 @@
 #include "host/documents/DocumentCheck.h"
 
-#include <filesystem>
-
-#include "host/system/FileDescriptor.h"
+#include "host/documents/DocumentPath.h"
+#include "host/documents/FailureReason.h"
 #include "host/system/Utf8Text.h"
 #include "importer/DocumentLoad.h"
 #include "importer/StorageSession.h"
 #include "platform/Foundation/NSAutoreleasePool.h"
-#include "platform/Foundation/NSPathUtilities.h"
 
 namespace ZEMA {
 
@@ -15,16 +13,14 @@ namespace {
 
 // Fails when the loaders could not be asked; what they answer stands in the attempts.
 Failure Load(const std::string& path, std::uint32_t options, DocumentCheck& check, RefPointer<StorageScene2>* scene) {
+    if (KindOfDocument(path) == DocumentKind::EmptyFile) return {FailureKind::WrongKind, "it is empty"};
     const Foundation::NSAutoreleasePool pool;
-    std::error_code error;
-    const std::filesystem::path whole = std::filesystem::absolute(path, error);
-    if (error) return SystemFailure(error.value());
-    const auto absolute = Foundation::StringWithFileSystemRepresentation(whole.string());
-    if (!absolute) return {FailureKind::Unsupported, "the path is not UTF-8"};
+    const Result<DocumentPath> whole = DocumentPath::Of(path);
+    if (!whole) return whole.Why();
     DocumentLoad load(options, &check.attempts);
     const StorageSession storage(StorageSession::Purpose::Reading);
     if (!storage.Ready()) return {FailureKind::Limit, "the storage tree is not available"};
-    check.loaded = load.Run(StoragePathOf(absolute.Get()));
+    check.loaded = load.Run(StoragePathOf(whole->Text()));
     if (!check.loaded) return {};
     String version;
     load.MarkupVersion().AppendTo(version);
@@ -65,11 +61,10 @@ DocumentCheck CheckDocument(const std::string& path, std::uint32_t options, RefP
     DocumentCheck check;
     try {
         check.failure = Load(path, options, check, scene);
+        if (!check.loaded && !check.failure) check.failure = WhyNotLoaded(path, check.attempts);
     } catch (...) {
-        // An attempt that was under way has noted the reason itself.
         check.loaded = false;
-        if (check.attempts.empty() || !check.attempts.back().reason)
-            check.failure = {FailureKind::Limit, ReasonOfException()};
+        check.failure = {FailureKind::Limit, ReasonOfException()};
     }
     return check;
 }
@@ -79,26 +74,27 @@ bool LoadedWithoutError(const DocumentCheck& check) {
 }
 
 std::vector<std::string> ReasonsOf(const DocumentCheck& check) {
-    if (check.failure) return {check.failure.text};
-    if (check.attempts.empty()) return {"no loader was asked"};
-    const LoadAttempt& last = check.attempts.back();
-    if (last.reason) return {*last.reason};
-    if (last.errors.empty()) return {"the model is not complete, and the loader names no error"};
-    return last.errors;
+    std::vector<std::string> reasons = {check.failure.text};
+    if (check.attempts.empty()) return reasons;
+    const std::vector<std::string>& errors = ClaimedAttempt(check.attempts).errors;
+    reasons.insert(reasons.end(), errors.begin(), errors.end());
+    return reasons;
 }
 
-std::string FailureReasonOf(const std::string& path) {
-    if (const auto file = OpenRegularFile(path); !file) return file.Why().text;
+Failure WhyNotImported(const std::string& path) {
     const DocumentCheck check = CheckDocument(path);
-    if (check.loaded) return "the plug-in did not import it and does not say why";
+    if (check.loaded) return {FailureKind::Limit, "the plug-in did not import it and does not say why"};
     const std::vector<std::string> reasons = ReasonsOf(check);
-    const std::size_t more = reasons.size() - 1;
-    return reasons.front() + (more == 0 ? "" : " (and " + std::to_string(more) + " more)");
+    Failure failure = check.failure;
+    if (reasons.size() > 1) failure.text += " (" + reasons[1];
+    if (reasons.size() > 2) failure.text += ", and " + std::to_string(reasons.size() - 2) + " more";
+    if (reasons.size() > 1) failure.text += ")";
+    return failure;
 }
 
 void WriteCheck(const std::string& path, const DocumentCheck& check, JsonWriter& json) {
     json.BeginObject();
-    json.Text("path", path);
+    json.Path("path", path);
     json.Bool("loaded", check.loaded);
     json.Key("version");
     if (check.loaded) {
@@ -116,9 +112,13 @@ void WriteCheck(const std::string& path, const DocumentCheck& check, JsonWriter&
 
 std::string CheckText(const std::string& path, const DocumentCheck& check) {
     if (check.loaded) return Line(path + ": loaded, format " + check.version) + AttemptText(check.attempts.back());
-    std::string text = Line(path + ": not loaded");
-    for (const LoadAttempt& attempt : check.attempts) text += AttemptText(attempt);
-    if (check.failure) text += Line("  " + check.failure.text);
+    std::string text = Line(path + ": not loaded") + Line("  " + check.failure.text);
+    if (check.attempts.empty()) return text;
+    const LoadAttempt& claimed = ClaimedAttempt(check.attempts);
+    text += AttemptText(claimed);
+    for (const LoadAttempt& attempt : check.attempts) {
+        if (&attempt != &claimed) text += AttemptText(attempt);
+    }
     return text;
 }
 

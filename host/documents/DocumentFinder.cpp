@@ -61,7 +61,7 @@ bool FindDocuments(const std::string& path, std::vector<FoundDocument>& document
                    const std::function<void()>& inFolder) {
     std::error_code error;
     if (!fs::is_directory(path, error)) {
-        documents.push_back({path, CheckRegularFile(path)});
+        documents.push_back({path, LeadsIntoFile(path) ? Failure() : CheckRegularFile(path)});
         return true;
     }
     std::vector<FoundDocument> found;

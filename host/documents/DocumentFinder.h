@@ -16,7 +16,7 @@ Result<std::vector<std::string>> ReadPathList(const std::string& file);
 // One document, or one thing that was named as one.
 struct FoundDocument {
     std::string path;  // as given; below a folder, its path with the rest behind it
-    Failure failure;   // why it is not to be opened; none for a regular file
+    Failure failure;   // why it is not to be opened; none for a file
 };
 
 // Whether files of this name in a folder are documents: it ends in ".wqf" or ".wqfml", in any case.
@@ -28,7 +28,8 @@ bool IsDocumentName(std::string_view name);
 // documents; hidden ones count, links to folders are not entered. They come in the order of the bytes of
 // their paths. A folder that cannot be read is a document with a failure, so that its loss is seen.
 //
-// Anything else is a document whatever its ending, and has a failure unless it is a regular file or a link to one.
+// Anything else is a document whatever its ending, and has a failure unless it is a regular file or a link to one, or
+// the path leads on behind such a file, as into an archive.
 //
 // Returns false when `path` is a folder in which nothing was found. Calls `inFolder`, unless it is empty, before it
 // looks into each folder.

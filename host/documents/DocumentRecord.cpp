@@ -1,10 +1,9 @@
 #include "host/documents/DocumentRecord.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
 #include "host/documents/DocumentCheck.h"
+#include "host/documents/DocumentPath.h"
 #include "host/print/AttributeText.h"
 #include "host/print/CsvText.h"
 #include "host/print/JsonWriter.h"
@@ -12,7 +11,6 @@
 #include "host/system/Utf8Text.h"
 #include "importer/AttributeSet.h"
 #include "platform/Foundation/CFPointer.h"
-#include "platform/Foundation/NSPathUtilities.h"
 
 namespace ZEMA {
 
@@ -36,20 +34,21 @@ Value::Dictionary AttributesOf(CFDictionaryRef attributes) {
     return ordered;
 }
 
-void ImportAbsolute(const PluginHost& host, const std::string& path, DocumentRecord& record) {
-    const CFPointer<CFStringRef> text = Foundation::StringWithFileSystemRepresentation(path);
-    if (!text) {
-        record.error = "the path is not UTF-8";
-        return;
-    }
+// The plug-in opens archives for changes where it can, and so is asked about nothing but files with something in them.
+Failure Import(const PluginHost& host, const std::string& path, Value::Dictionary& imported) {
+    if (KindOfDocument(path) != DocumentKind::File) return WhyNotImported(path);
+    const Result<DocumentPath> whole = DocumentPath::Of(path);
+    if (!whole) return whole.Why();
     const CFPointer<CFMutableDictionaryRef> attributes(CFDictionaryCreateMutable(
         kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-    record.imported = host.Import(text.Get(), attributes.Get());
-    if (record.imported) {
-        record.attributes = AttributesOf(attributes.Get());
-    } else {
-        record.error = FailureReasonOf(path);
-    }
+    if (!host.Import(whole->Text(), attributes.Get())) return WhyNotImported(path);
+    imported = AttributesOf(attributes.Get());
+    return {};
+}
+
+// Whether another try may end otherwise.
+bool Passes(const Failure& failure) {
+    return failure.kind == FailureKind::System || failure.kind == FailureKind::Limit;
 }
 
 // Only what was imported; the failures are on standard error.
@@ -136,28 +135,24 @@ private:
 }  // namespace
 
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document) {
-    DocumentRecord record{document.path, false, {}, document.failure.text};
-    record.passing = document.failure.kind == FailureKind::System;
-    if (document.failure) return record;
+    DocumentRecord record{document.path, false, {}, {}};
+    Failure failure = document.failure;
     try {
-        std::error_code error;
-        const std::filesystem::path absolute = std::filesystem::absolute(document.path, error);
-        if (error) {
-            record.error = SystemFailure(error.value()).text;
-            record.passing = true;
-        } else {
-            ImportAbsolute(host, absolute.string(), record);
-        }
+        if (!failure) failure = Import(host, document.path, record.attributes);
     } catch (...) {
         // One document that is too large for the memory must not take the others with it.
-        record = {document.path, false, {}, ReasonOfException(), true};
+        failure = {FailureKind::Limit, ReasonOfException()};
     }
+    record.imported = !failure;
+    record.error = failure.text;
+    record.passing = Passes(failure);
     return record;
 }
 
 Value::Dictionary ObjectOf(const DocumentRecord& record) {
     Value::Dictionary object;
     object.push_back({"path", {ReplaceInvalidUtf8(record.path)}});
+    if (!IsUtf8(record.path)) object.push_back({"pathBytes", {Base64Of(record.path)}});
     object.push_back({"imported", {record.imported}});
     object.push_back({"attributes", {record.attributes}});
     if (!record.imported || !record.error.empty()) object.push_back({"error", {ReplaceInvalidUtf8(record.error)}});

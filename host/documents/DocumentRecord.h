@@ -15,7 +15,7 @@ struct DocumentRecord {
     std::string path;  // as given, any bytes
     bool imported = false;
     Value::Dictionary attributes = {};  // in the order of the attribute table
-    std::string error = {};             // why it was not imported
+    std::string error = {};             // why it was not imported, in one line
     bool passing = false;   // for want of time, memory or an answer of the system: another try may import it
     bool away = false;      // known from an earlier reading, and not to be found for now
     bool repaired = false;  // read although only a repair makes the archive readable
@@ -25,7 +25,8 @@ struct DocumentRecord {
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document);
 
 // The record as a user reads it in an object: {"path", "imported", "attributes", and "error" where it was not
-// imported, "repaired" and "away" where that is so}. The path is UTF-8, with U+FFFD where its bytes are not.
+// imported, "repaired" and "away" where that is so}. The path has U+FFFD where its bytes are not UTF-8; then
+// "pathBytes" has them in base64, so that a program finds the file again.
 Value::Dictionary ObjectOf(const DocumentRecord& record);
 
 // The forms that the commands print, each command some of them.

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "host/system/Utf8Text.h"
 #include "tests/support/ArchiveBuilder.h"
 #include "tests/support/ArchiveTools.h"
 #include "tests/support/TemporaryFolder.h"
@@ -27,8 +28,8 @@ std::string Archive() {
     return ArchiveBuilder().Deflated("IMAGE100.WQFML", kModel).Bytes();
 }
 
-std::string Imported(const std::string& path) {
-    return R"({"path":")" + path + R"(","imported":true,"attributes":)" + kAttributes + "}";
+std::string Imported(const std::string& path, const std::string& pathBytes = "") {
+    return R"({"path":")" + path + pathBytes + R"(","imported":true,"attributes":)" + kAttributes + "}";
 }
 
 std::string NotImported(const std::string& path, const std::string& error) {
@@ -49,29 +50,41 @@ TEST_F(WqfImport, PrintsOneObjectForEachInput) {
     fs::create_directory(folder_.Path() / "empty");
     fs::create_symlink("good.wqf", folder_.Path() / "link");
     const std::string garbage = folder_.Write("line\nbreak.wqf", "garbage");
-    const std::string foreign = folder_.Write("\xE9.wqf", kModel);
-    const std::string bad =
-        folder_.Write("bad", R"(<WQFML versionMajor="5"><Bricks><Brick/><Brick/></Bricks></WQFML>)");
+    const std::string foreign = folder_.Write("\xE9.wqf", Archive());
+    const std::string packed = folder_.Write("\xE9", ArchiveBuilder().Deflated("x.wqf", Archive()).Bytes()) + "/x.wqf";
     const std::string root = folder_.Path().string();
     const Result result = Wqf({"import", "-q", "--format=ndjson", good_, folder_ / "gone.wqf", folder_ / "pipe.wqf",
-                               folder_ / "empty", bare_, folder_ / "link", garbage, foreign, "/dev/null", bad});
+                               folder_ / "empty", bare_, folder_ / "link", garbage, foreign, packed, "/dev/null"});
     EXPECT_EQ(result.exit, 1);
-    std::string expected = Imported(good_) + "\n" + NotImported(root + "/gone.wqf", "no such file") + "\n" +
-                           NotImported(root + "/pipe.wqf", "is a pipe, not a regular file") + "\n" + Imported(bare_) +
-                           "\n" + Imported(root + "/link") + "\n" +
-                           NotImported(root + "/line\\nbreak.wqf", "parserError") + "\n" +
-                           NotImported(root + "/\xEF\xBF\xBD.wqf", "the path is not UTF-8") + "\n" +
-                           NotImported("/dev/null", "is a device, not a regular file") + "\n" +
-                           NotImported(bad, "brickError error detail missingRefID (and 1 more)") + "\n";
+    const std::string reason = "it is neither a ZIP archive nor a model (parserError)";
+    const std::string shown = root + "/\xEF\xBF\xBD";
+    const std::string expected = Imported(good_) + "\n" + NotImported(root + "/gone.wqf", "no such file") + "\n" +
+                                 NotImported(root + "/pipe.wqf", "is a pipe, not a regular file") + "\n" +
+                                 Imported(bare_) + "\n" + Imported(root + "/link") + "\n" +
+                                 NotImported(root + "/line\\nbreak.wqf", reason) + "\n" +
+                                 Imported(shown + ".wqf", R"(","pathBytes":")" + Base64Of(foreign)) + "\n" +
+                                 Imported(shown + "/x.wqf", R"(","pathBytes":")" + Base64Of(packed)) + "\n" +
+                                 NotImported("/dev/null", "is a device, not a regular file") + "\n";
     EXPECT_EQ(result.out, expected);
     EXPECT_EQ(result.pieces, 9) << "records written in parts could be torn apart by another writer of the pipe";
     EXPECT_EQ(result.err, "wqf: " + root + "/empty: there are no documents in this folder\n" + "wqf: " + root +
                               "/gone.wqf: no such file\n" + "wqf: " + root +
                               "/pipe.wqf: is a pipe, not a regular file\n" + "wqf: " + root +
-                              "/line\\u000Abreak.wqf: parserError\n" + "wqf: " + root +
-                              "/\xEF\xBF\xBD.wqf: the path is not UTF-8\n" +
-                              "wqf: /dev/null: is a device, not a regular file\nwqf: " + bad +
-                              ": brickError error detail missingRefID (and 1 more)\n");
+                              "/line\\u000Abreak.wqf: " + reason +
+                              "\nwqf: /dev/null: is a device, not a regular file\n");
+}
+
+// An archive that is mounted for changes becomes one if it was empty, and so would a member.
+TEST_F(WqfImport, WritesNothingIntoEmptyFiles) {
+    folder_.Write("empty", "");
+    const std::string bytes = ArchiveBuilder().Stored("empty.wqf", "").Bytes();
+    const std::string pack = folder_.Write("pack.zip", bytes);
+    const Result result = Wqf({"import", folder_ / "empty", pack + "/empty.wqf", folder_ / "empty/a.wqf"});
+    EXPECT_EQ(result.err, "wqf: " + (folder_ / "empty") + ": it is empty\nwqf: " + pack +
+                              "/empty.wqf: it is empty\nwqf: " + (folder_ / "empty/a.wqf") +
+                              ": is no folder and no archive (pathError path a.wqf)\n");
+    EXPECT_EQ(folder_.Read("empty"), "");
+    EXPECT_EQ(folder_.Read("pack.zip"), bytes);
 }
 
 TEST_F(WqfImport, PrintsEveryFormat) {

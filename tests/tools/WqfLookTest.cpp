@@ -7,6 +7,7 @@
 #include <csignal>
 #include <nlohmann/json.hpp>
 
+#include "host/system/Utf8Text.h"
 #include "tests/support/ArchiveBuilder.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/Process.h"
@@ -137,20 +138,24 @@ TEST(WqfCheck, PrintsEveryFormat) {
     const std::string root = folder.Path().string();
     EXPECT_EQ(text.out, four + ": loaded, format 4\n" + inside + ": loaded, format 5\n" + six +
                             ": not loaded\n"
+                            "  it is of format '6'; formats 5 and 4 are read\n"
                             "  format 5: versionError expected Version 5 actual Version 6\n"
                             "  format 4: versionError expected Version 4 actual Version 6\n" +
                             greedy +
                             ": not loaded\n"
-                            "  format 5: versionError expected Version 5 actual Version 4\n"
+                            "  indices in the document ask for more entries than its size allows\n"
                             "  format 4: partError error detail missingRefID\n"
-                            "  format 4: indices in the document ask for more entries than its size allows\n" +
-                            root + "/\xEF\xBF\xBD.wqf: not loaded\n  the path is not UTF-8\n" + below +
-                            ": not loaded\n  format 5: pathError path file" + below + "\n" + root +
-                            "/gone: not loaded\n"
-                            "  format 5: pathError path file" +
-                            root + "/gone\n");
-    EXPECT_EQ(text.err, "wqf: " + root + "/gone: no such file\n") << "of a path into an archive the loader knows more";
-    EXPECT_EQ(Wqf({"scene", below}).err, "wqf: " + below + ": pathError path file" + below + "\n");
+                            "  format 4: indices in the document ask for more entries than its size allows\n"
+                            "  format 5: versionError expected Version 5 actual Version 4\n" +
+                            root + "/\xEF\xBF\xBD.wqf: not loaded\n  it is empty\n" + below +
+                            ": not loaded\n  no such file\n  format 5: pathError path file" + below + "\n" + root +
+                            "/gone: not loaded\n  no such file\n  format 5: pathError path file" + root + "/gone\n");
+    EXPECT_EQ(text.err, "wqf: " + root + "/gone: no such file\n");
+    EXPECT_EQ(Wqf({"scene", below}).err,
+              "wqf: " + below + ": no such file\nwqf: " + below + ": pathError path file" + below + "\n");
+    EXPECT_EQ(Json::parse(Wqf({"check", "--format=json", foreign}).out).dump(),
+              R"([{"path":")" + root + "/\xEF\xBF\xBD.wqf" + R"(","pathBytes":")" + Base64Of(foreign) +
+                  R"(","loaded":false,"version":null,"attempts":[],"reason":"it is empty"}])");
 }
 
 // Whoever watches a folder for documents to import would import them again each time they are looked at.
@@ -186,7 +191,8 @@ TEST(WqfScene, PrintsOneDocument) {
     EXPECT_EQ(result.out, R"({"path":")" + bad +
                               R"(","version":null,"scene":null})"
                               "\n");
-    EXPECT_EQ(result.err, "wqf: " + bad + ": brickError error detail missingRefID\nwqf: " + bad +
+    EXPECT_EQ(result.err, "wqf: " + bad + ": a brick in it has no design, or no number of its own\nwqf: " + bad +
+                              ": brickError error detail missingRefID\nwqf: " + bad +
                               ": brickError error detail missingDesignID\n");
     const std::string joint = folder.Write("joint", Joint4("<GroupRef groupRef='1'/><GroupRef groupRef='2'/>"));
     EXPECT_EQ(CountOf(Wqf({"scene", joint}).out, "rigid1"), 0u) << "joints are passed over unless told otherwise";

@@ -196,7 +196,8 @@ Action DeclareImport(CLI::App& parser) {
                              {"plist", RecordFormat::PropertyList}});
     AddText(parser, "--bundle", options->bundle, "DIR", "The plug-in bundle, where it is not beside the program");
     AddRunOptions(parser, options->run);
-    AddDocumentPaths(parser, options->documents, "Documents, or folders to search for *.wqf and *.wqfml");
+    AddDocumentPaths(parser, options->documents,
+                     "Documents, also in archives, or folders to search for *.wqf and *.wqfml");
     return [options] { return WithDocuments("import", options->documents, [&] { return RunImport(*options); }); };
 }
 

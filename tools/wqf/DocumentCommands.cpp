@@ -15,7 +15,6 @@
 #include "host/print/JsonWriter.h"
 #include "host/print/SceneJson.h"
 #include "host/system/Output.h"
-#include "host/system/Paths.h"
 #include "host/system/Utf8Text.h"
 #include "tools/wqf/ExitStatus.h"
 
@@ -80,11 +79,9 @@ std::string TextOf(const std::string& path, const DocumentCheck& check, RecordFo
 DocumentRecord CheckToRecord(const FoundDocument& document, const CheckOptions& options) {
     const DocumentCheck check = CheckDocument(document.path, options.loaderOptions);
     DocumentRecord record{document.path, LoadedWithoutError(check), {}, {}};
-    if (!check.loaded) record.error = ReasonsOf(check).front();
+    record.error = check.failure.text;
     record.attributes.push_back({kText, {TextOf(document.path, check, options.format)}});
-    // The loaders call everything that they cannot read a path error; the system knows more.
-    if (!check.loaded && document.failure && !LeadsIntoFile(document.path))
-        record.attributes.push_back({kProblem, {ReplaceInvalidUtf8(document.failure.text)}});
+    if (document.failure) record.attributes.push_back({kProblem, {ReplaceInvalidUtf8(document.failure.text)}});
     return record;
 }
 
@@ -131,7 +128,7 @@ namespace {
 
 void WriteDocument(const std::string& path, const DocumentCheck& check, const StorageScene2* scene, JsonWriter& json) {
     json.BeginObject();
-    json.Text("path", path);
+    json.Path("path", path);
     json.Key("version");
     if (scene != nullptr) {
         json.Text(check.version);
@@ -146,8 +143,6 @@ void WriteDocument(const std::string& path, const DocumentCheck& check, const St
 }
 
 void PrintReasons(const std::string& path, const DocumentCheck& check) {
-    const Failure failure = LeadsIntoFile(path) ? Failure() : CheckRegularFile(path);
-    if (failure) PrintMessage(path, failure.text);
     for (const std::string& reason : ReasonsOf(check)) PrintMessage(path, reason);
 }
 

@@ -54,7 +54,8 @@ TEST(RecordText, WritesOneObjectForEachInput) {
         R"({"en":"\"a\\b\"\n","zh-Hant":"塔"},"kMDItemAuthors":["Ada","Zoë"],"com_zema_wqf_numberofbricks":3,)"
         R"("com_zema_wqf_listofbricks":[]}})";
     const std::string bad =
-        "{\"path\":\"b\xEF\xBF\xBD\",\"imported\":false,\"attributes\":{},\"error\":\"no \\u0001 way\"}";
+        "{\"path\":\"b\xEF\xBF\xBD\",\"pathBytes\":\"Yv8=\",\"imported\":false,\"attributes\":{},\"error\":\"no "
+        "\\u0001 way\"}";
     EXPECT_EQ(Written(RecordFormat::Ndjson, {kGood, kBad}), good + "\n" + bad + "\n");
     EXPECT_EQ(Written(RecordFormat::Json, {kGood, kBad}), "[\n" + good + ",\n" + bad + "\n]\n");
     EXPECT_EQ(Written(RecordFormat::Json, {}), "[]\n");

@@ -1,0 +1,102 @@
+// Why a document is not imported, in words.
+#include "host/documents/DocumentCheck.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/ArchiveBuilder.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZEMA::testing {
+
+namespace {
+
+using std::string_literals::operator""s;
+
+const std::string kModel = R"(<WQFML versionMajor="5"><Bricks/></WQFML>)";
+
+std::string ArchiveWith(const ArchiveMember& member) {
+    return ArchiveBuilder().Add(member).Bytes();
+}
+
+BuiltArchive Archive() {
+    return ArchiveBuilder().Deflated("Image100.wqfml", kModel).Build();
+}
+
+std::string Format(const std::string& version, const std::string& rest) {
+    return "<WQFML versionMajor='" + version + "'>" + rest;
+}
+
+}  // namespace
+
+TEST(WhyNotImported, IsSaidInASentence) {
+    const TemporaryFolder folder;
+    const std::string unreadable = " (pathError path file" + folder.Path().string() + "/a/IMAGE100.WQFML)";
+    const std::string withoutModel = "it is an archive without a model: ";
+    BuiltArchive method = Archive();
+    method.Set16(method.localHeaders[0] + 8, 9).Set16(method.centralHeaders[0] + 10, 9);
+    BuiltArchive encrypted = Archive();
+    encrypted.Set16(encrypted.localHeaders[0] + 6, 1).Set16(encrypted.centralHeaders[0] + 8, 1);
+    BuiltArchive checksum = ArchiveBuilder().Stored("IMAGE100.WQFML", "<a").Build();
+    checksum.bytes[checksum.localHeaders[0] + 30 + 14] = '?';
+    BuiltArchive split = Archive();
+    split.Set16(split.endRecord + 4, 1);
+    const struct {
+        std::string bytes;
+        std::string reason;
+    } rows[] = {
+        {"", "it is empty"},
+        {"hello", "it is neither a ZIP archive nor a model (parserError)"},
+        {"\x1F\x8B", "it is packed by gzip, neither a ZIP archive nor a model (parserError)"},
+        {"\0\0"s, "it holds nothing but zero bytes (parserError)"},
+        {"<svg/>",
+         "it is XML, but no model: its root element is 'svg', not 'WQFML'"
+         " (unknown error detail missingWQFMLTag)"},
+        {"<" + std::string(50, 'a') + ">", "it is XML, but no model: its root element is '" + std::string(40, 'a') +
+                                               "...', not 'WQFML' (unknown error detail missingWQFMLTag)"},
+        // What the other format's loader says is not the matter.
+        {Format("5", "\n<Bri"), "it is malformed in line 2, column 1: it ends too early (parserError)"},
+        {Format("4", "\n <\xC3\xA9></a>"), "it is malformed in line 2, column 7: mismatched tag (parserError)"},
+        {"\n <WQFML versionMajor='5' a='1' a='2'/>",
+         "it is malformed in line 2, column 32: duplicate attribute (parserError)"},
+        {"\xEF\xBB\xBF<!-- ", "it is malformed in line 1, column 2: it ends too early (parserError)"},
+        {Format("6' versionMinor='1", "</WQFML>"),
+         "it is of format '6.1'; formats 5 and 4 are read (versionError expected Version 5 actual Version 6.1)"},
+        {"<WQFML/>", "it does not say of which format it is (versionError expected Version 5 actual Version 0)"},
+        {Format("5", "<Bricks><Brick/><Brick/></Bricks></WQFML>"),
+         "a brick in it has no design, or no number of its own (brickError error detail missingRefID, and 1 more)"},
+        {Format("5", "</WQFML>"), "the model in it is not complete"},
+        {ArchiveBuilder().Bytes(), withoutModel + "there is no IMAGE100.WQFML in it" + unreadable},
+        {ArchiveBuilder().Stored("castle/IMAGE100.WQFML", kModel).Bytes(),
+         withoutModel + "IMAGE100.WQFML lies in its folder 'castle' and not at the top" + unreadable},
+        {ArchiveBuilder().Stored("IMAGE100.WQFML", "").Bytes(),
+         "'IMAGE100.WQFML' in it: it is empty (unknown error detail empty)"},
+        {ArchiveWith({.name = "IMAGE100.WQFML", .contents = kModel, .sums = ArchiveMember::Sums::Both}),
+         "'IMAGE100.WQFML' in it: it has its sizes beside flag bit 3; 'wqf mend' rewrites it" + unreadable},
+        {method.bytes, "'Image100.wqfml' in it: it is packed by Deflate64" + unreadable},
+        {encrypted.bytes, "'Image100.wqfml' in it: it is encrypted" + unreadable},
+        {checksum.bytes, "'IMAGE100.WQFML' in it: it is damaged: its checksum is wrong (parserError)"},
+        {Archive().bytes.substr(0, 60), "it was cut short: its directory is missing (parserError)"},
+        {"in front" + Archive().bytes,
+         "its directory is not where its end record says; 'wqf mend' rewrites it (parserError)"},
+        {split.bytes, "it is one part of an archive that was split (parserError)"},
+    };
+    for (const auto& row : rows) {
+        const std::string path = folder.Write("a", row.bytes);
+        EXPECT_EQ(WhyNotImported(path).text, row.reason);
+        EXPECT_EQ(folder.Read("a"), row.bytes);
+    }
+}
+
+TEST(WhyNotImported, TellsOfWhatLiesInArchives) {
+    const TemporaryFolder folder;
+    const std::string inner = ArchiveBuilder().Deflated("IMAGE100.WQFML", "<a>").Bytes();
+    const std::string path = folder.Write("a.zip", ArchiveBuilder().Stored("b", inner).Stored("c", "").Bytes());
+    const std::string whole = "file" + folder.Path().string() + "/a/";
+    EXPECT_EQ(WhyNotImported(path + "/b").text,
+              "'IMAGE100.WQFML' in it: it is XML, but no model: its root element is 'a', not 'WQFML'"
+              " (unknown error detail missingWQFMLTag)");
+    EXPECT_EQ(WhyNotImported(path + "/c").text, "it is empty");
+    EXPECT_EQ(WhyNotImported(path + "/d").text, "no such file (pathError path " + whole + "d)");
+}
+
+}  // namespace ZEMA::testing
