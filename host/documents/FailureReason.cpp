@@ -57,8 +57,12 @@ Failure ModelFault(std::uint32_t kind) {
 // Only what would help is recommended.
 Failure WithAdvice(const StorageItem& document, Failure failure) {
     if (document.archive || !document.facts.IsFile()) return failure;
-    const Result<MendReport> report = MendArchive(document.native, {.dryRun = true});
-    if (report && !report->faults.empty() && report->obstacles.empty()) failure.text += "; 'wqf mend' rewrites it";
+    for (const bool drop : {false, true}) {
+        const Result<MendReport> report = MendArchive(document.native, {.drop = drop, .dryRun = true});
+        if (!report || report->faults.empty() || !report->obstacles.empty()) continue;
+        failure.text += drop ? "; 'wqf mend --drop' rewrites it" : "; 'wqf mend' rewrites it";
+        break;
+    }
     return failure;
 }
 
@@ -135,18 +139,16 @@ bool LooksLikeMarkup(std::string_view text) {
     return first != std::string_view::npos && text[first] == '<';
 }
 
-Failure NoMarkup(std::string_view text) {
+Failure NoMarkup(std::string_view text, bool isMember) {
     constexpr struct {
         std::string_view start;
         const char* name;
     } kKnown[] = {
         {"7z\xBC\xAF\x27\x1C", "a 7z archive"},
         {"Rar!\x1A\x07", "a RAR archive"},
-        {"\x1F\x8B", "packed by gzip"},
-        {"BZh", "packed by bzip2"},
-        {"\xFD"
-         "7zXZ",
-         "packed by xz"},
+        {"\x1F\x8B", "a gzip file"},
+        {"BZh", "a bzip2 file"},
+        {"\xFD\x37zXZ", "an xz file"},
         {"%PDF-", "a PDF document"},
         {"\x89PNG", "a PNG image"},
         {"\xFF\xD8\xFF", "a JPEG image"},
@@ -154,8 +156,8 @@ Failure NoMarkup(std::string_view text) {
     if (text.find_first_not_of('\0') == std::string_view::npos) return Damaged("it holds nothing but zero bytes");
     const auto* known = std::find_if(std::begin(kKnown), std::end(kKnown),
                                      [&](const auto& row) { return text.starts_with(row.start); });
-    return SomethingElse("it is " + (known == std::end(kKnown) ? "" : std::string(known->name) + ", ") +
-                         "neither a ZIP archive nor a model");
+    const std::string what = known == std::end(kKnown) ? "" : std::string(known->name) + ", ";
+    return SomethingElse("it is " + what + (isMember ? "no model" : "neither a ZIP archive nor a model"));
 }
 
 Failure WrongVersion(const RootReader& root) {
@@ -164,10 +166,10 @@ Failure WrongVersion(const RootReader& root) {
     return {FailureKind::Unsupported, "it is of format " + Quoted(version) + "; formats 5 and 4 are read"};
 }
 
-// Why a text is no model, when it is the markup that the loaders stumbled over.
-Failure ExplainText(const AString& text, std::uint32_t errorMask) {
+// Why a text, the document itself or a member of it, is no model, when it is the markup that the loaders stumbled over.
+Failure ExplainText(const AString& text, bool isMember, std::uint32_t errorMask) {
     if (text.IsEmpty()) return SomethingElse("it is empty");
-    if (!LooksLikeMarkup(text.View())) return NoMarkup(text.View());
+    if (!LooksLikeMarkup(text.View())) return NoMarkup(text.View(), isMember);
     RootReader root;
     MarkupFault fault;
     const bool isSound = root.Read(text, fault);
@@ -189,12 +191,12 @@ Failure ExplainFile(const std::string& path, std::uint32_t errorMask) {
     if (!entered) return WithAdvice(*document, entered.Why());
     if (!entered->IsArchiveRoot()) {
         const Result<AString> text = ReadText(*document);
-        return text ? ExplainText(*text, errorMask) : text.Why();
+        return text ? ExplainText(*text, false, errorMask) : text.Why();
     }
     const StorageItem model = tree.Child(*entered, kModelName);
     if (model.facts.IsMissing()) return WithoutModel(*entered);
     const Result<AString> text = ReadText(model);
-    const Failure failure = text ? ExplainText(*text, errorMask) : WithAdvice(*document, text.Why());
+    const Failure failure = text ? ExplainText(*text, true, errorMask) : WithAdvice(*document, text.Why());
     return failure.In("'" + std::string(model.node->Name().ToAString().View()) + "' in it");
 }
 

@@ -46,7 +46,7 @@ TEST(WhyNotImported, IsSaidInASentence) {
     } rows[] = {
         {"", "it is empty"},
         {"hello", "it is neither a ZIP archive nor a model (parserError)"},
-        {"\x1F\x8B", "it is packed by gzip, neither a ZIP archive nor a model (parserError)"},
+        {"\x1F\x8B", "it is a gzip file, neither a ZIP archive nor a model (parserError)"},
         {"\0\0"s, "it holds nothing but zero bytes (parserError)"},
         {"<svg/>",
          "it is XML, but no model: its root element is 'svg', not 'WQFML'"
@@ -68,6 +68,10 @@ TEST(WhyNotImported, IsSaidInASentence) {
         {ArchiveBuilder().Bytes(), withoutModel + "there is no IMAGE100.WQFML in it" + unreadable},
         {ArchiveBuilder().Stored("castle/IMAGE100.WQFML", kModel).Bytes(),
          withoutModel + "IMAGE100.WQFML lies in its folder 'castle' and not at the top" + unreadable},
+        {ArchiveBuilder().Stored("IMAGE100.WQFML", "%PDF-").Bytes(),
+         "'IMAGE100.WQFML' in it: it is a PDF document, no model (parserError)"},
+        {ArchiveBuilder().Stored("a", "").Comment("PK\5\6" + std::string(18, 'c')).Bytes(),
+         "there is a second end record behind its own; 'wqf mend --drop' rewrites it (parserError)"},
         {ArchiveBuilder().Stored("IMAGE100.WQFML", "").Bytes(),
          "'IMAGE100.WQFML' in it: it is empty (unknown error detail empty)"},
         {ArchiveWith({.name = "IMAGE100.WQFML", .contents = kModel, .sums = ArchiveMember::Sums::Both}),
