@@ -32,6 +32,7 @@ TEST(WhyNotImported, IsSaidInASentence) {
     const TemporaryFolder folder;
     const std::string unreadable = " (pathError path file" + folder.Path().string() + "/a/IMAGE100.WQFML)";
     const std::string withoutModel = "it is an archive without a model: ";
+    const std::string part = "<Bricks><Brick refID='1' designID='1'><Part designID='1' materials='1' ";
     BuiltArchive method = Archive();
     method.Set16(method.localHeaders[0] + 8, 9).Set16(method.centralHeaders[0] + 10, 9);
     BuiltArchive encrypted = Archive();
@@ -62,9 +63,25 @@ TEST(WhyNotImported, IsSaidInASentence) {
         {Format("6' versionMinor='1", "</WQFML>"),
          "it is of format '6.1'; formats 5 and 4 are read (versionError expected Version 5 actual Version 6.1)"},
         {"<WQFML/>", "it does not say of which format it is (versionError expected Version 5 actual Version 0)"},
+        {Format("5", "</WQFML>"), "the model in it is not complete"},
         {Format("5", "<Bricks><Brick/><Brick/></Bricks></WQFML>"),
          "a brick in it has no design, or no number of its own (brickError error detail missingRefID, and 1 more)"},
-        {Format("5", "</WQFML>"), "the model in it is not complete"},
+        {Format("5", "<Cameras><Camera/></Cameras><Bricks/></WQFML>"),
+         "a camera in it has no number of its own, or one that is named is not there"
+         " (cameraError error detail missingRefID)"},
+        {Format("5", part + "/></Brick></Bricks></WQFML>"),
+         "a part in it lacks a design, a material or a number of its own, or has a wrong one"
+         " (partError error detail missingRefID)"},
+        {Format("5", part + "refID='1'><Bone/></Part></Brick></Bricks></WQFML>"),
+         "a bone in it has no number of its own (boneError error detail missingRefID)"},
+        {Format("5", "<Bricks/><RigidSystems><RigidSystem><Rigid/></RigidSystem></RigidSystems></WQFML>"),
+         "a rigid in it has no number of its own (rigidError error detail missingRefID)"},
+        {Format("5", "<Bricks/><RigidSystems><RigidSystem><Joint/></RigidSystem></RigidSystems></WQFML>"),
+         "a joint in it is of no known type, or joins what is not there (jointError)"},
+        {Format("4",
+                "<BuildingInstructions><BuildingInstruction><Step><PartRef/></Step></BuildingInstruction>"
+                "</BuildingInstructions></WQFML>"),
+         "its building instructions name a part or a camera that is not there (biError error detail nonExistingPart)"},
         {ArchiveBuilder().Bytes(), withoutModel + "there is no IMAGE100.WQFML in it" + unreadable},
         {ArchiveBuilder().Stored("castle/IMAGE100.WQFML", kModel).Bytes(),
          withoutModel + "IMAGE100.WQFML lies in its folder 'castle' and not at the top" + unreadable},
@@ -89,6 +106,26 @@ TEST(WhyNotImported, IsSaidInASentence) {
         EXPECT_EQ(WhyNotImported(path).text, row.reason);
         EXPECT_EQ(folder.Read("a"), row.bytes);
     }
+}
+
+TEST(DocumentCheck, TellsOfBothLoadersTheClaimedOneFirst) {
+    const TemporaryFolder folder;
+    const DocumentCheck check = CheckDocument(
+        folder.Write("a", Format("4",
+                                 "<Scene><Model><Group><Part/><Part refID='1' materialID='1' flexRefID='1' "
+                                 "controlPoint='4294967294'/></Group></Model></Scene></WQFML>")));
+    EXPECT_EQ(CheckText("a\n", check),
+              "a\\u000A: not loaded\n"
+              "  indices in the document ask for more entries than its size allows\n"
+              "  format 4: partError error detail missingRefID\n"
+              "  format 4: indices in the document ask for more entries than its size allows\n"
+              "  format 5: versionError expected Version 5 actual Version 4\n");
+    EXPECT_EQ(JsonOf([&](JsonWriter& json) { WriteCheck("a", check, json); }),
+              R"({"path":"a","loaded":false,"version":null,"attempts":[{"format":5,"loaded":false,"errorMask":2,)"
+              R"("errors":["versionError expected Version 5 actual Version 4"]},{"format":4,"loaded":false,)"
+              R"("errorMask":32,"errors":["partError error detail missingRefID"],)"
+              R"("reason":"indices in the document ask for more entries than its size allows"}],)"
+              R"("reason":"indices in the document ask for more entries than its size allows"})");
 }
 
 TEST(WhyNotImported, TellsOfWhatLiesInArchives) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "host/documents/DocumentRecord.h"
+#include "host/print/JsonWriter.h"
+#include "host/print/PropertyList.h"
 
 namespace ZEMA::testing {
 
@@ -59,6 +61,10 @@ TEST(RecordText, WritesOneObjectForEachInput) {
     EXPECT_EQ(Written(RecordFormat::Ndjson, {kGood, kBad}), good + "\n" + bad + "\n");
     EXPECT_EQ(Written(RecordFormat::Json, {kGood, kBad}), "[\n" + good + ",\n" + bad + "\n]\n");
     EXPECT_EQ(Written(RecordFormat::Json, {}), "[]\n");
+    const std::string list = Written(RecordFormat::PropertyList, {{"a", true, {{"b", {std::int64_t{3}}}}, ""}, kBad});
+    EXPECT_EQ(JsonText(*ReadPropertyList(list)),
+              "[{\"path\":\"a\",\"imported\":true,\"attributes\":{\"b\":3}},{\"path\":\"b\xEF\xBF\xBD\","
+              "\"pathBytes\":\"Yv8=\",\"imported\":false,\"attributes\":{},\"error\":\"no  way\"}]");
 }
 
 TEST(RecordText, WritesTablesThatNoSpreadsheetRuns) {
