@@ -8,7 +8,8 @@
 
 namespace ZEMA {
 
-DocumentKind KindOfDocument(const std::string& path) {
+DocumentKind KindOfDocument(const std::string& given) {
+    const std::string path = given.substr(0, given.find_last_not_of('/') + 1);  // as the storage tree takes it
     struct stat status;
     if (stat(path.c_str(), &status) == 0) {
         if (!S_ISREG(status.st_mode)) return DocumentKind::Other;

@@ -46,16 +46,17 @@ TEST_F(WqfImport, PrintsOneObjectForEachInput) {
     ASSERT_EQ(mkfifo((folder_ / "pipe.wqf").c_str(), 0666), 0);
     fs::create_directory(folder_.Path() / "empty");
     fs::create_symlink("good.wqf", folder_.Path() / "link");
+    const std::string slashed = good_ + "//";
     const std::string garbage = folder_.Write("line\nbreak.wqf", "garbage");
     const std::string foreign = folder_.Write("\xE9.wqf", Archive());
     const std::string packed = folder_.Write("\xE9", ArchiveBuilder().Deflated("x.wqf", Archive()).Bytes()) + "/x.wqf";
     const std::string root = folder_.Path().string();
-    const Result result = Wqf({"import", "-q", "--format=ndjson", good_, folder_ / "gone.wqf", folder_ / "pipe.wqf",
+    const Result result = Wqf({"import", "-q", "--format=ndjson", slashed, folder_ / "gone.wqf", folder_ / "pipe.wqf",
                                folder_ / "empty", bare_, folder_ / "link", garbage, foreign, packed, "/dev/null"});
     EXPECT_EQ(result.exit, 1);
     const std::string reason = "it is neither a ZIP archive nor a model (parserError)";
     const std::string shown = root + "/\xEF\xBF\xBD";
-    const std::string expected = Imported(good_) + "\n" + NotImported(root + "/gone.wqf", "no such file") + "\n" +
+    const std::string expected = Imported(slashed) + "\n" + NotImported(root + "/gone.wqf", "no such file") + "\n" +
                                  NotImported(root + "/pipe.wqf", "is a pipe, not a regular file") + "\n" +
                                  Imported(bare_) + "\n" + Imported(root + "/link") + "\n" +
                                  NotImported(root + "/line\\nbreak.wqf", reason) + "\n" +

@@ -14,8 +14,12 @@ using std::string_literals::operator""s;
 
 const std::string kModel = R"(<WQFML versionMajor="5"><Bricks/></WQFML>)";
 
-std::string ArchiveWith(const ArchiveMember& member) {
-    return ArchiveBuilder().Add(member).Bytes();
+// With something wrong in its second member that can be mended.
+std::string MendableArchive() {
+    return ArchiveBuilder()
+        .Stored("a", "")
+        .Add({.name = "IMAGE100.WQFML", .contents = kModel, .sums = ArchiveMember::Sums::Both})
+        .Bytes();
 }
 
 BuiltArchive Archive() {
@@ -33,6 +37,8 @@ TEST(WhyNotImported, IsSaidInASentence) {
     const std::string unreadable = " (pathError path file" + folder.Path().string() + "/a/IMAGE100.WQFML)";
     const std::string withoutModel = "it is an archive without a model: ";
     const std::string part = "<Bricks><Brick refID='1' designID='1'><Part designID='1' materials='1' ";
+    std::string attributes;
+    for (int i = 0; i < 513; ++i) attributes += "\n<!ATTLIST WQFML a CDATA #IMPLIED>";
     BuiltArchive method = Archive();
     method.Set16(method.localHeaders[0] + 8, 9).Set16(method.centralHeaders[0] + 10, 9);
     BuiltArchive encrypted = Archive();
@@ -60,8 +66,13 @@ TEST(WhyNotImported, IsSaidInASentence) {
         {"\n <WQFML versionMajor='5' a='1' a='2'/>",
          "it is malformed in line 2, column 32: duplicate attribute (parserError)"},
         {"\xEF\xBB\xBF<!-- ", "it is malformed in line 1, column 2: it ends too early (parserError)"},
+        {"<!DOCTYPE WQFML [" + attributes + "]><WQFML/>",
+         "it is malformed in line 514, column 25: its declarations stand for more than a document may come to"
+         " (parserError)"},
         {Format("6' versionMinor='1", "</WQFML>"),
          "it is of format '6.1'; formats 5 and 4 are read (versionError expected Version 5 actual Version 6.1)"},
+        {"<WQFML versionMajor='x' versionMinor='0'/>",
+         "it is of format 'x'; formats 5 and 4 are read (versionError expected Version 5 actual Version 0)"},
         {"<WQFML/>", "it does not say of which format it is (versionError expected Version 5 actual Version 0)"},
         {Format("5", "</WQFML>"), "the model in it is not complete"},
         {Format("5", "<Bricks><Brick/><Brick/></Bricks></WQFML>"),
@@ -91,7 +102,7 @@ TEST(WhyNotImported, IsSaidInASentence) {
          "there is a second end record behind its own; 'wqf mend --drop' rewrites it (parserError)"},
         {ArchiveBuilder().Stored("IMAGE100.WQFML", "").Bytes(),
          "'IMAGE100.WQFML' in it: it is empty (unknown error detail empty)"},
-        {ArchiveWith({.name = "IMAGE100.WQFML", .contents = kModel, .sums = ArchiveMember::Sums::Both}),
+        {MendableArchive(),
          "'IMAGE100.WQFML' in it: it has its sizes beside flag bit 3; 'wqf mend' rewrites it" + unreadable},
         {method.bytes, "'Image100.wqfml' in it: it is packed by Deflate64" + unreadable},
         {encrypted.bytes, "'Image100.wqfml' in it: it is encrypted" + unreadable},
@@ -131,12 +142,18 @@ TEST(DocumentCheck, TellsOfBothLoadersTheClaimedOneFirst) {
 TEST(WhyNotImported, TellsOfWhatLiesInArchives) {
     const TemporaryFolder folder;
     const std::string inner = ArchiveBuilder().Deflated("IMAGE100.WQFML", "<a>").Bytes();
-    const std::string path = folder.Write("a.zip", ArchiveBuilder().Stored("b", inner).Stored("c", "").Bytes());
+    const std::string path = folder.Write(
+        "a.zip", ArchiveBuilder().Stored("b", inner).Stored("c", "").Stored("m", MendableArchive()).Bytes());
     const std::string whole = "file" + folder.Path().string() + "/a/";
     EXPECT_EQ(WhyNotImported(path + "/b").text,
               "'IMAGE100.WQFML' in it: it is XML, but no model: its root element is 'a', not 'WQFML'"
               " (unknown error detail missingWQFMLTag)");
     EXPECT_EQ(WhyNotImported(path + "/c").text, "it is empty");
+    EXPECT_EQ(WhyNotImported(path + "/m").text,
+              "'IMAGE100.WQFML' in it: it has its sizes beside flag bit 3"
+              " (pathError path " +
+                  whole + "m/IMAGE100.WQFML)")
+        << "mend knows no way to it";
     EXPECT_EQ(WhyNotImported(path + "/d").text, "no such file (pathError path " + whole + "d)");
 }
 

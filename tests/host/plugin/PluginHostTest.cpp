@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <filesystem>
 
 #include "host/documents/DocumentRecord.h"
@@ -116,6 +117,8 @@ TEST(PluginHost, SeesThroughStrangeFactories) {
     const fs::path relative = fs::relative(bundle.Module());
     EXPECT_EQ(JsonText({ImportDocument(*host, {relative.string(), {}}).attributes}),
               R"({"kMDItemVersion":"5","a":")" + (fs::current_path() / relative).string() + R"("})");
+    EXPECT_TRUE(ImportDocument(*host, {"x", SystemFailure(EIO)}).passing);
+    EXPECT_FALSE(ImportDocument(*host, {"x", SystemFailure(ENOENT)}).passing);
     EXPECT_EQ(host->Close().text, bundle.Module() + ": the plug-in left 1 instances behind");
     EXPECT_NE(dlopen(bundle.Module().c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr) << "its code must stay";
 }
