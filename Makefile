@@ -27,6 +27,7 @@ bench:
 	cmake --preset bench
 	cmake --build --preset bench
 	bench/run build/bench
+	bench/storage_bench build/bench
 
 # Looks for inputs that break a promise: every target for a minute, or SECONDS=600, or only those in TARGETS=import.
 fuzz:
