@@ -144,6 +144,13 @@ bool ScanBool(std::string_view text, bool& value, std::uint32_t& position) {
 
 bool ScanFloat(std::string_view text, float& value, std::uint32_t& position) {
     if (position >= text.size()) return false;
+    // Half of the numbers of a placement are a 0 or a 1 with a comma behind it.
+    if (position + 1 < text.size() && text[position + 1] == ',' &&
+        IsDigit(static_cast<unsigned char>(text[position]))) {
+        value = static_cast<float>(text[position] - '0');
+        ++position;
+        return true;
+    }
     while (position < text.size() && (text[position] == ' ' || text[position] == '\t')) ++position;
     const DecimalNumber number = ReadDecimal(text.substr(position));
     position += static_cast<std::uint32_t>(number.end);

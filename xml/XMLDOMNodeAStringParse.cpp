@@ -191,8 +191,10 @@ void ParseContext::MergeAttributes(Node& node, std::span<const XMLAttribute> att
 
 // White space in front of an element's text would be trimmed off in the end, and most elements have nothing else.
 void ParseContext::CharacterData(std::string_view bytes) {
+    constexpr std::string_view kIndent = "        ";
     AString& text = elementStack.Back().second;
     if (text.IsEmpty()) {
+        while (bytes.starts_with(kIndent)) bytes.remove_prefix(kIndent.size());
         while (!bytes.empty() && IsWhiteSpace(bytes.front())) bytes.remove_prefix(1);
     }
     text.Append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
