@@ -53,9 +53,11 @@ private:
     static constexpr bool kSingly = false;
 #endif
 
-    // A large piece would leave too much of a block behind it unused.
-    static constexpr std::size_t kBlockSize = 64 * 1024 - 64;
-    static constexpr std::size_t kLargestPiece = kBlockSize / 8;
+    // Of the first block, for small documents; each one behind it has twice as much, up to the largest. A large piece
+    // would leave too much of a block unused.
+    static constexpr std::size_t kFirstBlockSize = 8 * 1024;
+    static constexpr std::size_t kLargestBlockSize = 64 * 1024;
+    static constexpr std::size_t kLargestPiece = kFirstBlockSize / 8;
 
     struct Block {
         std::size_t pieceCount;  // that have not been given back, and one more until the block is left
@@ -89,6 +91,7 @@ private:
         if (--block->pieceCount == 0) ::operator delete[](block);
     }
 
+    std::size_t nextBlockSize_ = kFirstBlockSize;
     Block* block_ = nullptr;  // that pieces are cut from
     char* next_ = nullptr;    // the rest of it
     char* end_ = nullptr;
