@@ -12,8 +12,9 @@ using Brick = StorageScene2::Brick;
 using Part = StorageScene2::Part;
 using Rigid = StorageScene2::Rigid;
 
-Brick* MakeBrick(std::uint32_t designID, const StorageScene::Part& source, StorageScene2& target) {
-    const RefPointer<Brick> brick = New<Brick>();
+Brick* MakeBrick(std::uint32_t designID, const StorageScene::Part& source, StorageScene2& target,
+                 MemoryBlocks& blocks) {
+    const RefPointer<Brick> brick = NewIn<Brick>(blocks);
     brick->designID = designID;
     brick->itemNos = source.itemNos;
     target.bricks.PushBack(brick);
@@ -99,11 +100,11 @@ void ModelLoaderStorageScene::ClearTables() {
 
 // A joint may name a group of an earlier model; that end stays empty, as a rigid system connects its own rigids only.
 void ModelLoaderStorageScene::ConvertModel(const StorageScene::Model& model, StorageScene2& target) {
-    BasicMap<StorageScene::Rigid*, Rigid*> rigids;
+    BasicMap<StorageScene::Rigid*, Rigid*> rigids(blocks_);
     target.rigidSystems.PushBack({});
     StorageScene2::RigidSystem& system = target.rigidSystems.Back();
     for (const auto& group : model.rigids) {
-        const RefPointer<Rigid> rigid = New<Rigid>();
+        const RefPointer<Rigid> rigid = NewIn<Rigid>(blocks_);
         system.rigids.PushBack(rigid);
         rigids[group.Get()] = rigid.Get();
         ConvertGroup(*group, *rigid, target);
@@ -131,7 +132,7 @@ void ModelLoaderStorageScene::ConvertGroup(StorageScene::Rigid& group, Rigid& ri
 void ModelLoaderStorageScene::ConvertBone(StorageScene::Part& source, const StorageScene::Rigid& group, Part& part,
                                           Rigid& rigid) {
     source.transformation.Sanitise();
-    const RefPointer<StorageScene2::Bone> bone = New<StorageScene2::Bone>();
+    const RefPointer<StorageScene2::Bone> bone = NewIn<StorageScene2::Bone>(blocks_);
     bone->transformation = source.transformation * group.transformation;
     bone->part = &part;
     if (!source.flex) {
@@ -139,7 +140,7 @@ void ModelLoaderStorageScene::ConvertBone(StorageScene::Part& source, const Stor
     } else if (const auto position = controlPoints_.Find(&source); position != controlPoints_.end()) {
         part.bones[position->second] = bone;
     }
-    rigid.bones.PushBack(bone);
+    rigid.bones.PushBack(bone, &blocks_);
 }
 
 // The part that `source` becomes, or a share of; made where there is none yet. What parts share has the item numbers,
@@ -148,12 +149,12 @@ Part* ModelLoaderStorageScene::PartFor(StorageScene::Part& source, StorageScene2
     Brick* brick = source.assembly ? AssemblyBrick(source, target) : nullptr;
     StorageScene::Flex* const flex = source.flex.Get();
     if (flex == nullptr) {
-        if (brick == nullptr) brick = MakeBrick(source.designID, source, target);
+        if (brick == nullptr) brick = MakeBrick(source.designID, source, target, blocks_);
         return MakePart(source, source.designID, 1, *brick);
     }
     const auto known = flexParts.Find(flex);
     if (known != flexParts.end()) return known->second;
-    if (brick == nullptr) brick = MakeBrick(flex->designID, source, target);
+    if (brick == nullptr) brick = MakeBrick(flex->designID, source, target, blocks_);
     RecordControlPoints(*flex);
     return flexParts[flex] = MakePart(source, flex->designID, flex->parts.Size(), *brick);
 }
@@ -161,7 +162,7 @@ Part* ModelLoaderStorageScene::PartFor(StorageScene::Part& source, StorageScene2
 Brick* ModelLoaderStorageScene::AssemblyBrick(const StorageScene::Part& source, StorageScene2& target) {
     StorageScene::Assembly* const assembly = source.assembly.Get();
     Brick*& brick = assemblyBricks[assembly];
-    if (brick == nullptr) brick = MakeBrick(assembly->assemblyID, source, target);
+    if (brick == nullptr) brick = MakeBrick(assembly->assemblyID, source, target, blocks_);
     return brick;
 }
 
@@ -172,15 +173,16 @@ void ModelLoaderStorageScene::RecordControlPoints(const StorageScene::Flex& flex
 
 Part* ModelLoaderStorageScene::MakePart(const StorageScene::Part& source, std::uint32_t designID, std::size_t boneCount,
                                         Brick& brick) {
-    const RefPointer<Part> part = New<Part>(designID);
+    const RefPointer<Part> part = NewIn<Part>(blocks_, designID);
     part->materials = source.materials;
     for (const StorageScene::Decoration& decoration : source.decorations) {
         indexBudget.GrowToHold(part->decoration, decoration.surfaceID);
         part->decoration[decoration.surfaceID] = decoration.decorationID;
     }
+    part->bones.Reserve(boneCount, &blocks_);
     part->bones.Resize(boneCount);
     part->brick = &brick;
-    brick.parts.PushBack(part);
+    brick.parts.PushBack(part, &blocks_);
     return part.Get();
 }
 
@@ -207,10 +209,10 @@ void ModelLoaderStorageScene::ConvertPlacedParts(StorageScene::BIStep& step, Eve
         const auto position = partParts.Find(placed.part.Get());
         if (position == partParts.end() || !PlaceOnce(placed.part->flex.Get())) continue;
         placed.transformation.Sanitise();
-        const auto event = New<StorageScene2::BIPart>(RefPointer<StorageScene2::Part>(position->second));
+        const auto event = NewIn<StorageScene2::BIPart>(blocks_, RefPointer<StorageScene2::Part>(position->second));
         event->exploded = placed.exploded;
         event->transformation = placed.transformation;
-        events.PushBack(event);
+        events.PushBack(event, &blocks_);
     }
 }
 

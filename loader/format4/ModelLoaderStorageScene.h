@@ -7,6 +7,7 @@
 #include "core/BasicArray.h"
 #include "core/BasicMap.h"
 #include "core/BasicSet.h"
+#include "core/MemoryBlocks.h"
 #include "loader/ModelLoader.h"
 #include "loader/format4/IndexBudget.h"
 #include "scene/StorageScene.h"
@@ -35,8 +36,9 @@ public:
     // What became of the objects of the last conversion. Nothing keeps the two scenes alive.
     BasicMap<StorageScene::Assembly*, StorageScene2::Brick*> assemblyBricks;
     BasicMap<StorageScene::Flex*, StorageScene2::Part*> flexParts;
-    BasicMap<StorageScene::Part*, StorageScene2::Part*> partParts;  // the parts of a flexible element share one
-    BasicArray<StorageScene::Flex*> placedFlexes;                   // already placed by an instruction
+    BasicMap<StorageScene::Part*, StorageScene2::Part*> partParts{
+        blocks_};                                  // the parts of a flexible element share one
+    BasicArray<StorageScene::Flex*> placedFlexes;  // already placed by an instruction
 
 protected:
     ModelLoaderStorageScene();
@@ -45,6 +47,8 @@ protected:
     IndexBudget indexBudget;  // opened by LoadScene, which knows the length of the text
 
 private:
+    MemoryBlocks blocks_;  // of the objects that a scene has many of, with their lists
+
     void ClearTables();
 
     void ConvertModel(const StorageScene::Model& model, StorageScene2& target);

@@ -32,7 +32,7 @@ void StartPartRef(ParseState& state, Attributes attributes) {
     placed.part = Find(state.partMap, partRefID);
     if (!placed.part) return state.loader->Raise(New<BIError>(BIError::NonExistingPart));
     if (placed.exploded) placed.transformation = placement.Transformation();
-    state.stepStack.Back()->parts.PushBack(placed);
+    state.stepStack.Back()->parts.PushBack(placed, &state.blocks);
 }
 
 void StartStep(ParseState& state, Attributes attributes, BasicArray<RefPointer<BIStep>>& steps);
@@ -54,7 +54,7 @@ void EndInStep(ParseState& state, std::string_view name) {
 }
 
 void StartStep(ParseState& state, Attributes attributes, BasicArray<RefPointer<BIStep>>& steps) {
-    const RefPointer<BIStep> step = New<BIStep>();
+    const RefPointer<BIStep> step = NewIn<BIStep>(state.blocks);
     for (const Attribute attribute : attributes) {
         if (attribute.name == "name") {
             step->name = attribute.Text();

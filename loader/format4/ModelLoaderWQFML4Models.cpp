@@ -21,7 +21,7 @@ struct PartReferences {
     std::uint32_t assemblyID = 0;  // 0 when absent
 };
 
-void ReadPart(Attributes attributes, Part& part, PartReferences& references) {
+void ReadPart(Attributes attributes, Part& part, PartReferences& references, MemoryBlocks& blocks) {
     Placement placement;
     for (const Attribute attribute : attributes) {
         if (attribute.name == "refID") {
@@ -29,7 +29,7 @@ void ReadPart(Attributes attributes, Part& part, PartReferences& references) {
         } else if (attribute.name == "designID") {
             part.designID = attribute.UInt32();
         } else if (attribute.name == "materialID") {
-            part.materials.PushBack(attribute.UInt32());
+            part.materials.PushBack(attribute.UInt32(), &blocks);
         } else if (attribute.name == "itemNos") {
             part.itemNos = attribute.Ascii();
         } else if (attribute.name == "flexRefID") {
@@ -81,7 +81,7 @@ void JoinAssembly(ParseState& state, Part& part, const PartReferences& reference
         part.assembly->assemblyID = references.assemblyID;
         state.assemblyMap[references.assemblyRefID] = part.assembly.Get();
     }
-    part.assembly->parts.PushBack(&part);
+    part.assembly->parts.PushBack(&part, &state.blocks);
 }
 
 // Documents that name no brick set, or one of version 0, are taken as they are.
@@ -100,9 +100,9 @@ void StartInPart(ParseState& state, std::string_view name, Attributes attributes
 void EndInPart(ParseState& state, std::string_view name);
 
 void StartPart(ParseState& state, Attributes attributes) {
-    const RefPointer<Part> part = New<Part>();
+    const RefPointer<Part> part = NewIn<Part>(state.blocks);
     PartReferences references;
-    ReadPart(attributes, *part, references);
+    ReadPart(attributes, *part, references, state.blocks);
     if (const auto fault = FindFault(*part, references)) {
         return state.loader->Raise(New<PartError>(nullptr, *fault));
     }
@@ -110,7 +110,7 @@ void StartPart(ParseState& state, Attributes attributes) {
     JoinAssembly(state, *part, references);
     CorrectDesign(state.brickSetVersion, *part);
     state.partMap[references.refID] = part.Get();
-    state.CurrentModel().rigids.Back()->parts.PushBack(part);
+    state.CurrentModel().rigids.Back()->parts.PushBack(part, &state.blocks);
     state.PushHandlers({StartInPart, EndInPart});
 }
 
@@ -216,7 +216,7 @@ void EndInJoint(ParseState& state, std::string_view name) {
 const Handlers kJoint{StartInJoint, EndInJoint};
 
 void StartGroup(ParseState& state, Attributes attributes) {
-    const RefPointer<StorageScene::Rigid> group = New<StorageScene::Rigid>();
+    const RefPointer<StorageScene::Rigid> group = NewIn<StorageScene::Rigid>(state.blocks);
     std::uint32_t refID = kAbsent;
     Placement placement;
     for (const Attribute attribute : attributes) {

@@ -9,6 +9,7 @@
 #include "core/BasicArray.h"
 #include "core/BasicDeque.h"
 #include "core/BasicMap.h"
+#include "core/MemoryBlocks.h"
 #include "core/Pair.h"
 #include "core/RefPointer.h"
 #include "core/String.h"
@@ -94,6 +95,7 @@ public:
 
     using XMLEventParser::Parse;
 
+    MemoryBlocks blocks;  // of the objects that a scene has many of, with their lists and the maps' nodes
     RefPointer<StorageScene> scene;
     const std::uint32_t options;
     ModelLoaderWQFML4* const loader;              // runs this load and receives the errors
@@ -102,8 +104,8 @@ public:
     Version brickSetVersion;                      // zero until the document gives one
     BasicDeque<StorageScene::BIStep*> stepStack;  // the open steps, innermost last
     BasicMap<unsigned long, StorageScene2::Camera*> cameraMap;
-    BasicMap<unsigned long, StorageScene::Rigid*> rigidMap;
-    BasicMap<unsigned long, StorageScene::Part*> partMap;
+    BasicMap<unsigned long, StorageScene::Rigid*> rigidMap{blocks};
+    BasicMap<unsigned long, StorageScene::Part*> partMap{blocks};
     BasicMap<unsigned long, StorageScene::Assembly*> assemblyMap;
     BasicMap<unsigned long, StorageScene::Flex*> flexMap;
     BasicArray<StorageScene::Flex*> flexes;  // in the order in which they were made
