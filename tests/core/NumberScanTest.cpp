@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cerrno>
 #include <clocale>
 #include <cstdlib>
@@ -154,6 +155,53 @@ TEST(ByteText, ParsesUnsignedNumbers) {
         EXPECT_EQ(ParseUInt32(row.text, &end, row.base), row.value);
         EXPECT_EQ(errno, row.error);
         EXPECT_EQ(end - row.text, row.end);
+    }
+}
+
+TEST(ByteText, ParsesFloatsAsTheStandardLibraryDoes) {
+    for (const char* const text : {"0",
+                                   "-0",
+                                   "-0.0",
+                                   "7,8",
+                                   "12.25",
+                                   "-4.37113883e-08",
+                                   "1.00000017881393432617187499",
+                                   "1.",
+                                   "1.e2",
+                                   ".5",
+                                   "1e",
+                                   "1e+",
+                                   "0x1p4",
+                                   "-0X.8p1",
+                                   "3.4e38",
+                                   "3.5e38",
+                                   "-1e99",
+                                   "1e-38",
+                                   "1e-40",
+                                   "1e-60",
+                                   "0e5",
+                                   "16777217",
+                                   "+1",
+                                   " 1",
+                                   "-",
+                                   "-x",
+                                   "inf",
+                                   "nan",
+                                   "1.17549435e-38",
+                                   "00012",
+                                   "9007199254740993e-10",
+                                   ""}) {
+        SCOPED_TRACE(text);
+        errno = 0;
+        char* behind = nullptr;
+        const float expected = std::strtof(text, &behind);
+        const int error = errno;
+        errno = EINVAL;
+        const char* end = nullptr;
+        const float value = ParseFloat(text, &end);
+        EXPECT_EQ(errno, error);
+        EXPECT_EQ(end, behind);
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(value), std::bit_cast<std::uint32_t>(expected));
     }
 }
 
