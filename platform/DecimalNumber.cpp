@@ -42,7 +42,11 @@ struct DigitRun {
 };
 
 inline DigitRun ReadDigits(const char* cursor, const char* end, std::uint64_t mantissa) {
-    for (; cursor != end && IsDigit(*cursor); ++cursor) mantissa = mantissa * 10 + static_cast<unsigned>(*cursor - '0');
+    for (; cursor != end; ++cursor) {
+        const auto digit = static_cast<unsigned char>(*cursor - '0');
+        if (digit > 9) break;
+        mantissa = mantissa * 10 + digit;
+    }
     return {cursor, mantissa};
 }
 

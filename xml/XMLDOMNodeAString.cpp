@@ -6,6 +6,7 @@ namespace ZEMA {
 
 // In a loop, since elements may nest deeper than the stack.
 XMLDOMNodeAString::~XMLDOMNodeAString() {
+    if (children.Empty()) return;  // as most elements are
     ReleaseDeep(children, [](XMLDOMNodeAString& node) { return &node.children; });
 }
 

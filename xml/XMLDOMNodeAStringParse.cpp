@@ -75,14 +75,14 @@ Ends EndsOf(std::string_view text) {
 // handing out costs the same whatever the texts are.
 class SharedTexts {
 public:
-    // The texts stand in `blocks`.
+    // The texts stand in `blocks`. The number of slots is a power of two.
     SharedTexts(std::size_t slotCount, MemoryBlocks& blocks) : blocks_(blocks), slots_(slotCount) {}
 
     AString Share(std::string_view text) {
         if (text.empty() || text.size() > kLongest) return CopyOf(text);
         const Ends ends = EndsOf(text);
         const std::uint64_t mixed = (ends.first ^ (ends.last << 7) ^ text.size()) * 0x9E3779B97F4A7C15U;
-        Slot& slot = slots_[(mixed >> 40) % slots_.size()];
+        Slot& slot = slots_[(mixed >> 40) & (slots_.size() - 1)];
         const bool isSame = slot.ends == ends && slot.text.Length() == text.size() &&
                             (text.size() <= sizeof(Ends) || slot.text.View() == text);
         if (!isSame) slot = {ends, CopyOf(text)};
