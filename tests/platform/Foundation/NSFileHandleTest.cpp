@@ -81,25 +81,17 @@ TEST(NSFileHandle, WaitsUntilALeaseIsGivenBack) {
 }
 #endif
 
-TEST(NSFileHandle, ReadsAndWritesAtThePosition) {
+TEST(NSFileHandle, ReachesBehindTheEndAndBeyond32Bits) {
+    constexpr std::uint64_t kFar = 5ull << 30;
     const TemporaryFolder folder;
     const Handle handle = Updating(MakeText(folder.Write("file", "0123456789")).get());
-    EXPECT_EQ(ReadText(*handle, 4), "0123");
-    EXPECT_EQ(ReadText(*handle, 1ull << 40), "456789") << "what is there, not what was asked for";
-    EXPECT_EQ(ReadText(*handle, 1), "");
-    handle->truncateFileAtOffset(3);
-    EXPECT_EQ(handle->offsetInFile(), 3u);
-    handle->seekToFileOffset(5);
-    handle->writeData("ab", 2);
-    EXPECT_EQ(handle->offsetInFile(), 7u);
-    EXPECT_EQ(folder.Read("file"), std::string("012\0\0ab", 7));
-
-    constexpr std::uint64_t kFar = 5ull << 30;  // beyond 32 bits
+    EXPECT_EQ(ReadText(*handle, 1ull << 40), "0123456789") << "what is there, not what was asked for";
     handle->seekToFileOffset(kFar);
     handle->writeData("far", 3);
+    EXPECT_EQ(handle->offsetInFile(), kFar + 3);
     EXPECT_EQ(fs::file_size(folder / "file"), kFar + 3);
-    handle->seekToFileOffset(kFar);
-    EXPECT_EQ(ReadText(*handle, 10), "far");
+    handle->truncateFileAtOffset(3);
+    EXPECT_EQ(handle->offsetInFile(), 3u);
 }
 
 TEST(NSFileHandle, TellsWhatItReadBeforeItRaised) {
