@@ -158,6 +158,8 @@ TEST(Conversion, SanitisesPlacements) {
     const StorageScene2::Rigid& rigid = *target->rigidSystems[0].rigids[0];
     EXPECT_EQ(rigid.transformation, Matrix4());
     EXPECT_EQ(rigid.bones[0]->transformation, Matrix4::FromTranslation({1, 0, 0}));
+    EXPECT_EQ(rigid.bones[0]->part, target->bricks[0]->parts[0].Get());
+    EXPECT_EQ(rigid.bones[0]->part->brick, target->bricks[0].Get());
     EXPECT_EQ(static_cast<const StorageScene2::BIPart&>(*EventsOf(*target)[0]).transformation.m[10], -1);
 }
 
