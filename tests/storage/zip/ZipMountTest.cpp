@@ -73,51 +73,6 @@ TEST_F(ZipTest, MountsWhatHasASoundEndRecord) {
     }
 }
 
-const std::string kMark = "\xEF\xBB\xBF";  // of the byte order
-const std::string kZero(1, '\0');
-
-TEST_F(ZipTest, PlacesNames) {
-    const std::string latin1 = "\xE4.txt";
-    const struct {
-        const char* what;
-        std::vector<std::string> members;
-        std::string names;  // at the top; "-": not mounted
-        const char* folder;
-        std::string inFolder;
-    } rows[] = {
-        {"directories without entries", {"a/b/c", "a/d"}, "a/", "a", "b/,d"},
-        {"an entry for a directory comes later", {"a/b", "a/"}, "a/", "a", "b"},
-        {"case does not count", {"Dir/x", "DIR/y", "dir/X"}, "Dir/", "dir", "x,y"},
-        {"UTF-8", {"\xC3\xA4.txt", "\xC3\xA4/x"}, "\xC3\xA4/,\xC3\xA4.txt", "\xC3\x84", "x"},
-        {"neither ASCII nor UTF-8", {latin1, "x/" + latin1, latin1 + "/y", "b"}, "b", "", "b"},
-        {"a file is no directory", {"a", "a/b"}, "a", "a", kNotOpened},
-        {"a file over a directory", {"a/b", "a"}, "a/", "a", "b"},
-        {"an empty name", {"", "a"}, "a", "", "a"},
-        {"what no path reaches", {"../a", "./b", "c/../d", "e/.", "f/..", "g" + kZero + "h", "i"}, "i", "", "i"},
-        {"nor behind a mark", {kMark + "../a", kMark + "./b", "c/" + kMark + "..", kMark + "/d", "i"}, "i", "", "i"},
-        {"a mark in front and a zero at the end are dropped",
-         {kMark + "a", "b" + kZero, kMark + "c" + kZero + "/d", "b", "e" + kZero + kZero},
-         "a,b,c/",
-         "c",
-         "d"},
-        {"a slash in front", {"a", "/b"}, "-", "", ""},
-        {"a slash alone", {"a", "/"}, "-", "", ""},
-        {"two slashes", {"a", "b//c"}, "-", "", ""},
-        {"two slashes at the end", {"a", "b//"}, "-", "", ""},
-        {"a backslash is a character", {"a\\b"}, "a\\b", "", "a\\b"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        ArchiveBuilder builder;
-        for (const std::string& name : row.members) builder.Stored(name, name.ends_with("/") ? "" : kHello);
-        const RefPointer<Directory> top = Mount(builder.Bytes());
-        ASSERT_EQ(top ? NamesOf(*top) : "-", row.names);
-        if (!top) continue;
-        const RefPointer<Directory> folder = OpenDirectory(*top, FromUtf8(row.folder), false);
-        EXPECT_EQ(folder ? NamesOf(*folder) : kNotOpened, row.inFolder);
-    }
-}
-
 ArchiveMember MadeBy(std::uint16_t host, std::uint32_t attributes, const char* name = "a") {
     return {.name = name, .versionMadeBy = host, .externalAttributes = attributes};
 }
