@@ -129,11 +129,10 @@ TEST(WqfStorage, CopiesInEveryDirection) {
         {"waiting", "flock x.wqf sleep 1.3 & sleep 0.1; $WQF mkdir x.wqf/q",
          "wqf: 'x.wqf' is in use; waiting for it\n"},
         {"what killed commands left goes, and nothing else",
-         "M=.wqf-edit-0123456789abcdef0123456789abcde; touch .x.wqf-edit-backup .y$M .y${M}g .y${M}00 .dead${M}a ${M}b "
-         ".used${M}0; ln -s x.wqf .z${M}1; flock .used${M}0 $WQF mkdir x.wqf/q; ls -A | grep wqf-edit | tr -d '\n'",
-         ".used.wqf-edit-0123456789abcdef0123456789abcde0.x.wqf-edit-backup.y.wqf-edit-0123456789abcdef0123456789abcde"
-         ".y.wqf-edit-0123456789abcdef0123456789abcde00.y.wqf-edit-0123456789abcdef0123456789abcdeg"
-         ".z.wqf-edit-0123456789abcdef0123456789abcde1"},
+         "M=wqf-edit-0123456789abcdef0123456789abcde; touch .x.wqf-edit-backup .y.$M .y.${M}g .y.${M}00 .dead.${M}a "
+         ".${M}b .used.${M}0; ln -s x.wqf .z.${M}1; mkfifo .p.${M}2; flock .used.${M}0 $WQF mkdir x.wqf/q; "
+         "ls -A | sed -n s/$M/M/p; ls -A | grep backup",
+         ".p.M2\n.used.M0\n.y.M\n.y.M00\n.y.Mg\n.z.M1\n.x.wqf-edit-backup\n"},
         {"mending what is torn, and nothing else",
          "$WQF import .torn >out 2>&1; $WQF mend --dry-run x.wqf .torn; $WQF mend none .torn || echo $?; "
          "$WQF import .torn >out && echo imports",
