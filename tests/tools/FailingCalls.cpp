@@ -1,5 +1,5 @@
-// A library to be loaded before all others, in which one call of the system fails: the FAIL_NUMBER-th of FAIL_CALL.
-// With a FAIL_SIGNAL that one comes first.
+// A library to be loaded before all others, in which one call of the system fails with FAIL_ERROR: the FAIL_NUMBER-th
+// of FAIL_CALL, or all of them where that is 0. With a FAIL_SIGNAL that one comes first.
 
 #include <dlfcn.h>
 #include <sys/types.h>
@@ -15,9 +15,10 @@ bool Fails(const char* call) {
     static int count = 0;
     const char* const wanted = std::getenv("FAIL_CALL");
     if (wanted == nullptr || std::strcmp(wanted, call) != 0) return false;
-    if (++count != std::atoi(std::getenv("FAIL_NUMBER"))) return false;
+    const int number = std::atoi(std::getenv("FAIL_NUMBER"));
+    if (++count != number && number != 0) return false;
     if (const char* const signal = std::getenv("FAIL_SIGNAL")) std::raise(std::atoi(signal));
-    errno = EIO;
+    errno = std::atoi(std::getenv("FAIL_ERROR"));
     return true;
 }
 
@@ -32,5 +33,6 @@ bool Fails(const char* call) {
 MAY_FAIL(ssize_t, pread, (int file, void* bytes, size_t size, off_t offset), (file, bytes, size, offset))
 MAY_FAIL(ssize_t, pwrite, (int file, const void* bytes, size_t size, off_t offset), (file, bytes, size, offset))
 MAY_FAIL(int, fchmod, (int file, mode_t mode), (file, mode))
+MAY_FAIL(int, flock, (int file, int operation), (file, operation))
 MAY_FAIL(int, fsync, (int file), (file))
 MAY_FAIL(int, rename, (const char* from, const char* to), (from, to))

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -57,10 +58,11 @@ public:
     const TemporaryFolder& Folder() const { return folder_; }
 
     // Lets a command meet an error in one of its calls of the system, or a signal if that is not 0.
-    Result RunFailing(const std::string& call, int number, int signal, const std::string& command) const {
+    Result RunFailing(const std::string& call, int number, int signal, const std::string& command,
+                      int error = EIO) const {
         return Run("ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 LD_PRELOAD=" ZEMA_FAILING_CALLS " FAIL_CALL=" +
                    call + " FAIL_NUMBER=" + std::to_string(number) + " FAIL_SIGNAL=" + std::to_string(signal) +
-                   " $WQF " + command + "; exit $?");
+                   " FAIL_ERROR=" + std::to_string(error) + " $WQF " + command + "; exit $?");
     }
 
     // All names, and the bytes of all files but huge ones.
@@ -323,6 +325,18 @@ TEST(WqfStorage, LeavesTheOldArchiveWhenASignalEndsIt) {
         }
     }
     EXPECT_GT(leftovers, 5);
+}
+
+// Nobody can tell there whether a leftover is in use.
+TEST(WqfStorage, WorksOnFileSystemsWithoutLocks) {
+    const Scene scene;
+    const std::string leftover = scene.Folder().Write(".x.wqf-edit-0123456789abcdef0123456789abcdef", "");
+    for (const int error : {ENOLCK, ENOSYS, EOPNOTSUPP, EIO}) {
+        const std::string command = "mkdir x.wqf/q" + std::to_string(error);
+        EXPECT_EQ(scene.RunFailing("flock", 0, 0, command, error).exit, error == EIO ? 1 : 0) << error;
+    }
+    EXPECT_EQ(scene.Run("$WQF ls 'x.wqf/q*' | wc -l").out, "3\n");
+    EXPECT_TRUE(fs::exists(leftover));
 }
 
 TEST(WqfStorage, EditsByOneCommandAtATime) {
