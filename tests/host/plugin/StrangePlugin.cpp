@@ -1,6 +1,10 @@
 // A plug-in module with one factory for each thing that a host may find wrong.
 
 #include <CoreServices/CoreServices.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -21,8 +25,22 @@ Boolean ImportsWhatNobodyKnows(void*, CFMutableDictionaryRef attributes, CFStrin
     return true;
 }
 
+bool Has(CFStringRef path, const char* word) {
+    char bytes[4096] = "";
+    CFStringGetCString(path, bytes, sizeof bytes, kCFStringEncodingUTF8);
+    return std::strstr(bytes, word) != nullptr;
+}
+Boolean ImportsWithTrouble(void*, CFMutableDictionaryRef attributes, CFStringRef, CFStringRef path) {
+    if (Has(path, "crash")) std::abort();
+    while (Has(path, "hang")) pause();
+    CFDictionaryAddValue(attributes, CFSTR("kMDItemVersion"), CFSTR("5"));
+    return true;
+}
+
 const MDImporterInterfaceStruct otherTable = {nullptr, KnowsNothing, Counts, Counts, ImportsWhatNobodyKnows};
 const MDImporterInterfaceStruct leakingTable = {nullptr, KnowsAll, Counts, Counts, ImportsWhatNobodyKnows};
+const MDImporterInterfaceStruct troubledTable = {nullptr, KnowsAll, Counts, Counts, ImportsWithTrouble};
+const MDImporterInterfaceStruct* troubled = &troubledTable;
 const MDImporterInterfaceStruct* other = &otherTable;
 const MDImporterInterfaceStruct* leaking = &leakingTable;
 
@@ -42,4 +60,9 @@ extern "C" __attribute__((visibility("default"))) void* LeavesAnInstance(CFAlloc
     CFPlugInAddInstanceForFactory(factory);
     CFRelease(factory);
     return &leaking;
+}
+
+// Crashes or hangs at documents whose paths say so.
+extern "C" __attribute__((visibility("default"))) void* MakesTrouble(CFAllocatorRef, CFUUIDRef) {
+    return &troubled;
 }
