@@ -20,9 +20,9 @@ std::string List(const std::string& content) {
 }
 
 std::string Nested(int depth) {
-    std::string text;
-    for (int i = 0; i < depth; ++i) text.insert(0, "<array>").append("</array>");
-    return List(text);
+    std::string begins, ends;
+    for (int i = 0; i < depth; ++i) begins += "<array>", ends += "</array>";
+    return List(begins + ends);
 }
 
 }  // namespace
