@@ -1,12 +1,15 @@
 // Runs a command and tells what the whole process took: measure FILE COMMAND... appends one line to FILE, the processor
-// time and the wall time in microseconds, and the peak memory in KiB. What the command prints is thrown away.
+// time and the wall time in microseconds, and the peak memory in KiB, which is that of its largest process. What the
+// command prints is thrown away.
 //
 // A small program of its own, since a process begins with the peak memory of the one that it was started from.
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <iostream>
@@ -31,15 +34,26 @@ int main(int count, char** arguments) {
         std::cerr << "usage: measure FILE COMMAND...\n";
         return 2;
     }
+    // Whatever the command leaves behind becomes a child of this process, so that its time counts too.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     const auto start = std::chrono::steady_clock::now();
     const pid_t child = fork();
     if (child == 0) Become(arguments + 2);
+    if (child < 0) return 1;
+    long processor = 0;
+    long peak = 0;
+    auto end = start;
+    int result = 1;
     int status = 0;
     rusage usage{};
-    if (child < 0 || wait4(child, &status, 0, &usage) != child) return 1;
-    const auto wall = std::chrono::steady_clock::now() - start;
-    std::ofstream(arguments[1], std::ios::app)
-        << Microseconds(usage.ru_utime) + Microseconds(usage.ru_stime) << ' '
-        << std::chrono::duration_cast<std::chrono::microseconds>(wall).count() << ' ' << usage.ru_maxrss << '\n';
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+    for (pid_t ended = wait4(-1, &status, 0, &usage); ended > 0; ended = wait4(-1, &status, 0, &usage)) {
+        processor += Microseconds(usage.ru_utime) + Microseconds(usage.ru_stime);
+        peak = std::max(peak, usage.ru_maxrss);
+        if (ended != child) continue;
+        end = std::chrono::steady_clock::now();
+        if (WIFEXITED(status)) result = WEXITSTATUS(status);
+    }
+    const auto wall = std::chrono::duration_cast<std::chrono::microseconds>(end - start).count();
+    std::ofstream(arguments[1], std::ios::app) << processor << ' ' << wall << ' ' << peak << '\n';
+    return result;
 }
