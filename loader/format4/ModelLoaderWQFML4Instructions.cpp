@@ -32,7 +32,7 @@ void StartPartRef(ParseState& state, Attributes attributes) {
     placed.part = Find(state.partMap, partRefID);
     if (!placed.part) return state.loader->Raise(New<BIError>(BIError::NonExistingPart));
     if (placed.exploded) placed.transformation = placement.Transformation();
-    state.stepStack.Back()->parts.PushBack(placed, &state.blocks);
+    state.stepStack.Back()->parts.PushBack(placed);
 }
 
 void StartStep(ParseState& state, Attributes attributes, BasicArray<RefPointer<BIStep>>& steps);

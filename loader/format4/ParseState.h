@@ -95,7 +95,8 @@ public:
 
     using XMLEventParser::Parse;
 
-    MemoryBlocks blocks;  // of the objects that a scene has many of, with their lists and the maps' nodes
+    MemoryBlocks blocks;    // of the objects that a scene has many of, with their short lists
+    MemoryBlocks mapNodes;  // apart, as they go before the scene does
     RefPointer<StorageScene> scene;
     const std::uint32_t options;
     ModelLoaderWQFML4* const loader;              // runs this load and receives the errors
@@ -104,8 +105,8 @@ public:
     Version brickSetVersion;                      // zero until the document gives one
     BasicDeque<StorageScene::BIStep*> stepStack;  // the open steps, innermost last
     BasicMap<unsigned long, StorageScene2::Camera*> cameraMap;
-    BasicMap<unsigned long, StorageScene::Rigid*> rigidMap{blocks};
-    BasicMap<unsigned long, StorageScene::Part*> partMap{blocks};
+    BasicMap<unsigned long, StorageScene::Rigid*> rigidMap{mapNodes};
+    BasicMap<unsigned long, StorageScene::Part*> partMap{mapNodes};
     BasicMap<unsigned long, StorageScene::Assembly*> assemblyMap;
     BasicMap<unsigned long, StorageScene::Flex*> flexMap;
     BasicArray<StorageScene::Flex*> flexes;  // in the order in which they were made
