@@ -1,10 +1,14 @@
-"""How a test leaves off where a program that it needs is not installed."""
+"""How a test leaves off where what it needs is not there."""
 import shutil
 import sys
+
+
+def because(reason):
+    print("skipped:", reason)
+    sys.exit(77)
 
 
 def unless_installed(*programs):
     missing = [program for program in programs if shutil.which(program) is None]
     if missing:
-        print("skipped, not installed:", ", ".join(missing))
-        sys.exit(77)
+        because("not installed: " + ", ".join(missing))

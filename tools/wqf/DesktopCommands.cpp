@@ -13,6 +13,7 @@
 #include "host/system/Output.h"
 #include "host/system/Paths.h"
 #include "host/system/Utf8Text.h"
+#include "host/workers/DocumentWorkers.h"
 #include "tools/wqf/ExitStatus.h"
 
 namespace ZEMA {
@@ -45,9 +46,20 @@ int RunHandler(Indexer indexer) {
         PrintMessage(host.Why().text);
         return kExitWrongUse;
     }
-    const auto read = [&host](const std::string& path) {
-        return ImportDocument(*host, {path, CheckRegularFile(path)});
-    };
+    // One worker, since indexers ask for one document after the other. What lies at the path is looked at there too: a
+    // file system that does not answer must not hold the handler up.
+    WorkerOptions options;
+    options.jobs = 1;
+    Result<DocumentWorkers> workers = DocumentWorkers::Start(
+        [&host](const FoundDocument& document) {
+            return ImportDocument(*host, {document.path, CheckRegularFile(document.path)});
+        },
+        options);
+    if (!workers) {
+        PrintMessage(workers.Why().text);
+        return kExitSomeFailed;
+    }
+    const auto read = [&workers](const std::string& path) { return workers->Read({path, {}}); };
     Output output;
     const Failure failure =
         indexer == Indexer::Recoll ? AnswerRecoll(read, output) : AnswerKFileMetaDataOnce(read, output);
