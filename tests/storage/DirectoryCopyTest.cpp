@@ -76,21 +76,6 @@ TEST_F(DirectoryCopy, StopsAtTheFirstFailureAndLeavesTheRest) {
     }
 }
 
-TEST_F(DirectoryCopy, RefusesToCopyOntoOrIntoItself) {
-    const char* rows[][4] = {
-        {"a file onto itself in other letters", "x.wqf", "mem", "X.WQF"},
-        {"a file onto itself by a detour", "x.wqf", "mem/src", "../x.wqf"},
-        {"a directory onto itself", "src", "mem", "SRC"},
-        {"a directory into one of its own", "src", "mem/src/sub", "new"},
-        {"a directory into itself by a detour", "src", "mem", "src/new"},
-    };
-    for (const auto& [what, name, target, newName] : rows) {
-        EXPECT_FALSE(mem->Move(name, Open(target).Get(), newName, true, true)) << what;
-    }
-    EXPECT_EQ(BytesAt("x.wqf") + BytesAt("src/f"), "archive" + text_);
-    EXPECT_TRUE(Copy("x.wqf", "mem/src", "x.wqf"));  // the same name elsewhere is another file
-}
-
 // A storage that lists an entry named "..": followed as a path it would lead out of the target.
 TEST_F(DirectoryCopy, RefusesEntriesThatNoPathLeadsTo) {
     for (const char* name : {"..", ".", "", "a/b"}) {
@@ -99,19 +84,6 @@ TEST_F(DirectoryCopy, RefusesEntriesThatNoPathLeadsTo) {
         EXPECT_FALSE(Copy("odd", "mem/dst", "odd")) << name;
     }
     EXPECT_EQ(volume.At("dst/src"), nullptr);
-}
-
-TEST_F(DirectoryCopy, MovesByCopyingAndRemoving) {
-    const RefPointer<Directory> dst = Open("mem/dst");
-    EXPECT_TRUE(mem->Move("x.wqf", dst.Get(), "y.wqf", false, false));
-    EXPECT_EQ(volume.log.back(), "remove with force x.wqf");
-    EXPECT_EQ(BytesAt("dst/y.wqf") + BytesAt("x.wqf"), "archivenothing");
-    volume.refused = "remove with force";
-    EXPECT_FALSE(dst->Rename("y.wqf", "w.wqf"));
-    volume.refused.clear();
-    EXPECT_FALSE(dst->Rename("y.wqf", "old"));
-    EXPECT_TRUE(dst->Rename("y.wqf", "z.wqf"));
-    EXPECT_EQ(BytesAt("dst/z.wqf") + BytesAt("dst/old"), "archiveold contents");
 }
 
 // The storage decides how deep a copy goes.

@@ -19,17 +19,7 @@ protected:
     std::ptrdiff_t Mounts() const { return std::count(archive.log.begin(), archive.log.end(), "mount doc.wqf"); }
 };
 
-TEST_F(DirectoryResolve, FollowsPaths) {
-    const char* rows[][3] = {
-        {"no component is the directory itself", "", ""},
-        {"dots are resolved before anything is opened", "mem/missing/./../a", "mem/a"},
-        {"a directory of the storage, case kept as asked for", "MEM/A/b", "mem/A/b"},
-        {"a file is no directory", "mem/a/b/f", "nothing"},
-        {"nothing stands above the root", "..", "nothing"},
-        {"a leading slash is an empty component", "/mem", "nothing"},
-    };
-    for (const auto& [what, path, found] : rows) EXPECT_EQ(PathOf(Open(path)), found) << what;
-
+TEST_F(DirectoryResolve, FollowsPathsThroughWhatIsOpen) {
     RefPointer<Directory> b = Open("mem/a/b");
     EXPECT_EQ(OpenDirectory(*b, "../../../mem", false), mem);
     EXPECT_EQ(Open("MEM/A/B"), b);
@@ -109,31 +99,6 @@ TEST_F(DirectoryResolve, SeesAnArchiveThatIsMadeOnTheWay) {
         return nullptr;
     });
     EXPECT_TRUE(Open("mem/late/models"));
-}
-
-TEST_F(DirectoryResolve, MakesWhatIsMissing) {
-    RegisterArchives();
-    volume.Put("p", nullptr);
-    volume.Put("p.zip", "archive");
-    const struct {
-        const char *what, *path;
-        MemoryVolume& where;
-        const char* made;  // null where it fails
-    } rows[] = {
-        {"below the deepest directory that exists", "mem/a/other/deep", volume, "a/other/deep"},
-        {"in an archive", "mem/a/doc.wqf/models/new/deep", archive, "models/new/deep"},
-        {"in a directory that an archive's name hides behind", "mem/p/q", volume, "p/q"},
-        {"not below a file", "mem/a/b/f/new", volume, nullptr},
-        {"not below the root, which has no storage", "new", volume, nullptr},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        const RefPointer<Directory> found = Open(row.path, true);
-        ASSERT_EQ(found != nullptr, row.made != nullptr);
-        if (!found) continue;
-        EXPECT_TRUE(row.where.At(row.made));
-        EXPECT_EQ(Open(row.path), found);
-    }
 }
 
 }  // namespace

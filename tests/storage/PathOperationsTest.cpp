@@ -5,6 +5,7 @@
 
 #include "storage/Path.h"
 #include "storage/RootDirectory.h"
+#include "tests/storage/StorageCases.h"
 #include "tests/storage/StorageTest.h"
 
 namespace ZEMA::testing {
@@ -46,6 +47,35 @@ TEST(MatchPattern, TakesTheFirstOccurrence) {
     }
 }
 
+// Cases of "mem".
+struct TreeCases : StorageTest {
+    void TestBody() override {}
+
+    void Prepare(const Words& words) {
+        const std::string& kind = words[0];
+        if (kind == "archives") Register<MemoryVolume>("zip", FactoryRank::Selective, MountArchives(archive));
+        if (kind == "file") volume.Put(words[1].c_str(), words[2].c_str());
+        if (kind == "inside") archive.Put(words[1].c_str(), words[2].c_str());
+        if (kind == "folder") volume.Put(words[1].c_str(), nullptr);
+        if (kind != "refuse") return;
+        volume.refused.clear();
+        for (std::size_t i = 1; i < words.size(); ++i) volume.refused += (i == 1 ? "" : " ") + words[i];
+    }
+    std::string Do(const Words& words) {
+        if (words[0] != "log") return steps.Do("mem", words);
+        std::string all;
+        for (const std::string& event : volume.log) all += (all.empty() ? "" : ", ") + event;
+        volume.log.clear();
+        return all.empty() ? "-" : all;
+    }
+
+    StorageSteps steps;
+};
+
+TEST(StorageTree, DoesWhatItsCasesShow) {
+    ExpectStorageCases<TreeCases>(ZEMA_CASES "/tree.cases");
+}
+
 class PathOperations : public StorageTest {
 protected:
     PathOperations() {
@@ -62,37 +92,6 @@ protected:
         return (answer ? "" : "false: ") + NamesIn(listing);
     }
 };
-
-TEST_F(PathOperations, OpensFiles) {
-    const std::uint64_t two = 2;
-    const struct {
-        const char *what, *path;
-        AccessStyle style;
-        bool create;
-        const std::uint64_t* truncateTo;
-        const char* bytes;  // null where it does not open
-        EventLog log;
-    } rows[] = {
-        {"by its path", "mem/sub/../a/F", kReadStyle, false, nullptr, "text", {"read F"}},
-        {"cut", "mem/a/f", kReadWriteStyle, false, &two, "te", {"write f"}},
-        {"cut without write access: nothing is touched", "mem/a/f", kReadStyle, true, &two, nullptr, {}},
-        {"made with its directories", "mem/x/y/n", kReadWriteStyle, true, nullptr, "", {"make x", "make y", "write n"}},
-        {"not made", "mem/z/n", kReadStyle, false, nullptr, nullptr, {}},
-        {"the empty path", "", kReadStyle, true, nullptr, nullptr, {}},
-        {"a path that ends above itself", "mem/../..", kReadStyle, true, nullptr, nullptr, {}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        volume.log.clear();
-        const RefPointer<File> file = OpenFile(*root, row.path, &row.style, row.create, row.truncateTo);
-        EXPECT_EQ(volume.log, row.log);
-        ASSERT_EQ(file != nullptr, row.bytes != nullptr);
-        if (!file) continue;
-        std::string bytes(GetSize(*file), '\0');
-        EXPECT_TRUE(Read(*file, bytes.size(), bytes.data()));
-        EXPECT_EQ(bytes, row.bytes);
-    }
-}
 
 TEST_F(PathOperations, ListOpenDirectoriesFirst) {
     EXPECT_EQ(Listed("mem/a/*F"), "doc.wqf,f");
