@@ -10,12 +10,12 @@
 #include "host/archive/ArchiveRewrite.h"
 #include "host/archive/LocalRecord.h"
 #include "storage/zip/ZipFormat.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace ZEMA {
 
 namespace {
 
+using fuzzing::Folder;
 using fuzzing::MemoryFile;
 using fuzzing::Require;
 
@@ -160,12 +160,6 @@ void RequireMembers(const std::string& bytes, const std::vector<Expected>& membe
         }
     }
     Require(end <= (*read)->DirectoryOffset(), "members lie before the directory");
-}
-
-const testing::TemporaryFolder& Folder() {
-    static const testing::TemporaryFolder folder(
-        std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path());
-    return folder;
 }
 
 // What the proof of a new archive finds is a fault of ours, whatever the old one was.

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "storage/File.h"
+#include "tests/support/TemporaryFolder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -70,11 +71,18 @@ struct DocumentAndChoices {
     Choices choices{""};
 };
 
+// Where files live in memory, if there is such a place. It goes with the program.
+inline const testing::TemporaryFolder& Folder() {
+    static const testing::TemporaryFolder folder(
+        std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path());
+    return folder;
+}
+
 // A file in memory, which may be written only where that is allowed.
 class MemoryFile : public File {
 public:
     MemoryFile(std::string_view contents, bool writable)
-        : File(String(), nullptr), writable_(writable), bytes(contents) {}
+        : File(String(), nullptr), bytes(contents), writable_(writable) {}
 
     bool ReadAt(std::uint64_t offset, std::uint64_t size, void* buffer, std::uint64_t* done) override {
         const std::uint64_t count = offset > bytes.size() ? 0 : std::min<std::uint64_t>(size, bytes.size() - offset);
@@ -101,14 +109,13 @@ public:
     std::uint64_t GetPosition() override { return 0; }
     bool Seek(std::uint64_t) override { return false; }
 
-private:
-    const bool writable_;
-
-public:
     std::string bytes;
 
 protected:
     ~MemoryFile() override = default;
+
+private:
+    const bool writable_;
 };
 
 }  // namespace ZEMA::fuzzing

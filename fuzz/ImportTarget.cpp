@@ -4,19 +4,12 @@
 #include "fuzz/Fuzzing.h"
 #include "importer/MetadataImporterPlugin.h"
 #include "platform/Foundation/CFPointer.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
 using Foundation::CFPointer;
+using ZEMA::fuzzing::Folder;
 using ZEMA::fuzzing::Require;
-
-// Where documents live in memory, if there is such a place. It goes with the program.
-const ZEMA::testing::TemporaryFolder& Folder() {
-    static const ZEMA::testing::TemporaryFolder folder(
-        std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path());
-    return folder;
-}
 
 }  // namespace
 
