@@ -75,11 +75,11 @@ void AddFlag(CLI::App& parser, const std::string& names, bool& flag, const std::
         names, [&flag] { flag = true; }, help);
 }
 
-void AddPaths(CLI::App& parser, std::vector<std::string>& paths, const std::string& help) {
+void AddPaths(CLI::App& parser, std::vector<std::string>& paths, const std::string& help, const char* kind = "PATH") {
     const auto set = [&paths](const std::vector<std::string>& values) {
         std::transform(values.begin(), values.end(), std::back_inserter(paths), Bared);
     };
-    parser.add_option_function<std::vector<std::string>>("PATH", set, help)->type_name("");
+    parser.add_option_function<std::vector<std::string>>(kind, set, help)->type_name("");
 }
 
 // One of several names; the first is what is meant unless told otherwise. They stand where others have the kind of
@@ -252,7 +252,7 @@ Action DeclareSearch(CLI::App& parser) {
                          {"time", HitOrder::Time}},
                         "What comes first");
     AddNumber(parser, "--limit", options->limit, "How many to print at most (default: 50 as text, else all)");
-    AddPaths(parser, *words, "A query, its parts joined by blanks");
+    AddPaths(parser, *words, "A query, its parts joined by blanks", "QUERY");
     return [options, words, zeroBytes] {
         for (const std::string& word : *words) options->query += (options->query.empty() ? "" : " ") + word;
         if (*zeroBytes) options->format = RecordFormat::PathsWithZeroBytes;
