@@ -45,12 +45,14 @@ files > "$root.installed"
 
 try 'wqf import' 'Ada Lovelace' wqf import /documents/castle.wqf
 try 'wqf check' ': loaded' wqf check /documents
-for page in wqf wqf-import wqf-setup; do
+for page in wqf wqf-import wqf-setup wqf-query; do
     try "man $page" 'NAME' man "$page"
 done
 try 'completion in bash' '_wqf' bash -c '. /usr/share/bash-completion/bash_completion; _completion_loader wqf; complete -p wqf'
 try 'completion in zsh' '_wqf' zsh -f -c 'autoload -U compinit; compinit -u -D; echo $_comps[wqf]'
 try 'completion in fish' 'import' fish -c 'complete -C "wqf imp"'
+inside wqf index /documents
+try 'wqf search' 'castle.wqf' wqf search author:lovelace
 try 'document type' 'application/x-wqf' gio info -a standard::content-type /documents/castle.wqf
 inside wqf setup recoll
 inside sh -c 'echo "topdirs = /documents" > /root/.recoll/recoll.conf; recollindex' 2> /dev/null
