@@ -1,5 +1,6 @@
 #include "tools/wqf/DesktopCommands.h"
 
+#include <chrono>
 #include <iostream>
 #include <vector>
 
@@ -50,6 +51,8 @@ int RunHandler(Indexer indexer) {
     // file system that does not answer must not hold the handler up.
     WorkerOptions options;
     options.jobs = 1;
+    // The indexer of KDE waits half a minute for an answer, and then has none.
+    if (indexer == Indexer::KFileMetaData) options.timeout = std::chrono::seconds(25);
     Result<DocumentWorkers> workers = DocumentWorkers::Start(
         [&host](const FoundDocument& document) {
             return ImportDocument(*host, {document.path, CheckRegularFile(document.path)});
