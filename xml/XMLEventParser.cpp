@@ -11,19 +11,11 @@
 #include <string_view>
 #include <utility>
 
+#include "core/Limits.h"
+
 namespace ZEMA {
 
 namespace {
-
-// Declarations that cost more than their own size, which a document may have: attributes, whose whole list the parser
-// walks through for every element, and entities that name others. Such entities nested one in the other as often take a
-// small part of any stack.
-constexpr std::uint32_t kDeclarationLimit = 512;
-
-// What a document may come to, for each of its bytes and beside them. Written out it comes to twice its size at most,
-// when every byte becomes two in UTF-8; ten defaults for each short element make it about six times.
-constexpr std::uint64_t kContentRatio = 8;
-constexpr std::uint64_t kContentAllowance = 4 * 1024 * 1024;
 
 // What a document writes beside the names and values of an element and an attribute at least: "</>" and " =''".
 constexpr std::uint64_t kTagSize = 3;
@@ -113,7 +105,7 @@ void XMLEventParser::Start(std::string_view name, const char** entries) {
 }
 
 void XMLEventParser::CountDeclaration() {
-    if (++declarationCount_ > kDeclarationLimit) StopAtBound();
+    if (++declarationCount_ > kMostDeclarations) StopAtBound();
 }
 
 void XMLEventParser::Charge(std::uint64_t size) {

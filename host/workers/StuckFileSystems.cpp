@@ -8,11 +8,11 @@
 #include <memory>
 #include <sstream>
 
+#include "core/Limits.h"
+
 namespace ZEMA {
 
 namespace {
-
-constexpr int kEnough = 2;
 
 // The list of mounts has blanks and backslashes in names as \040 and the like (proc(5)).
 std::string Unescaped(const std::string& name) {
@@ -65,7 +65,7 @@ void StuckFileSystems::Clear(const std::string& path) {
 bool StuckFileSystems::Holds(const std::string& path) const {
     if (counts_.empty()) return false;
     const auto found = counts_.find(MountOf(path));
-    return found != counts_.end() && found->second >= kEnough;
+    return found != counts_.end() && found->second >= kStuckDocuments;
 }
 
 }  // namespace ZEMA

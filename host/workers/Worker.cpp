@@ -10,6 +10,7 @@
 #include <cstring>
 #include <new>
 
+#include "core/Limits.h"
 #include "host/confinement/Confinement.h"
 #include "host/system/FileDescriptor.h"
 #include "host/workers/Descriptors.h"

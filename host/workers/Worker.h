@@ -18,9 +18,6 @@ using Work = std::function<std::string(std::string_view request, const std::func
 // too, or -1.
 using LentDescriptor = std::int32_t;
 
-// Larger answers are not taken, and the worker leaves instead.
-inline constexpr std::size_t kLargestAnswer = std::size_t{256} << 20;
-
 // How a worker leaves that has something to say.
 inline constexpr int kWorkerOutOfMemory = 3;
 inline constexpr int kWorkerAnswerTooLarge = 4;

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "core/Limits.h"
 #include "host/system/Failure.h"
 #include "host/workers/Frames.h"
 #include "host/workers/Spawner.h"

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "core/BasicArray.h"
+#include "core/Limits.h"
 
 namespace ZEMA {
 
@@ -17,11 +18,10 @@ public:
     }
 };
 
-// An index that a document writes in ten bytes could ask for an array of 2^32 entries. So the entries that indices add
-// share one budget for a whole load: no more of them than the text has bytes, and a fixed number besides.
+// The entries that indices in a document add share one budget for a whole load.
 class IndexBudget {
 public:
-    explicit IndexBudget(std::uint64_t textLength = 0) : left_(textLength + kAllowance) {}
+    explicit IndexBudget(std::uint64_t textLength = 0) : left_(textLength + kIndexAllowance) {}
 
     // Appends zero entries until `index` is one. Past the budget it throws IndexLimitExceeded and changes nothing.
     template <class T>
@@ -33,7 +33,6 @@ public:
     }
 
 private:
-    static constexpr std::uint64_t kAllowance = 65536;
     static_assert(sizeof(std::size_t) > sizeof(std::uint32_t), "the largest index and one more must fit");
 
     void Take(std::uint64_t count) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "core/Limits.h"
 #include "storage/zip/Crc32.h"
 #include "storage/zip/ZipFileHeader.h"
 #include "storage/zip/ZipFormat.h"
@@ -18,10 +19,6 @@ constexpr char kZlibVersion[] = "1.2.11";  // of the interface; zlib compares th
 constexpr int kRawDeflate = -15;           // no zlib header, the largest window
 constexpr int kLevel = 9;
 constexpr int kMemoryLevel = 9;
-
-// No deflate stream unpacks to more than this many times its size; short ones get some slack.
-constexpr std::uint64_t kMostExpansion = 1032;
-constexpr std::uint64_t kExpansionSlack = 65536;
 
 // A stream of zlib that unpacks, ended with its scope.
 class Inflater {

@@ -61,9 +61,6 @@ inline constexpr std::uint64_t kMaxOffset = 0xFFFFFFFF;
 inline constexpr std::uint32_t kMaxEntries = 0xFFFF;
 inline constexpr std::uint32_t kMaxNameLength = 0xFFFF;
 
-// What the format does not limit: the files and directories of one archive in memory.
-inline constexpr std::size_t kMaxTreeNodes = 1000000;
-
 inline std::uint16_t LoadU16(const char* bytes) {
     return static_cast<std::uint16_t>(static_cast<unsigned char>(bytes[0]) | static_cast<unsigned char>(bytes[1]) << 8);
 }

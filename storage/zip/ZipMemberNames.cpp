@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "core/BasicArray.h"
+#include "core/Limits.h"
 #include "storage/PathComponents.h"
 #include "storage/zip/ZipFormat.h"
 
@@ -72,7 +73,7 @@ ZipTreeNode& ZipNamePlacer::GetOrAdd(ZipTreeNode& folder, const String& name, Zi
     const std::size_t before = folder.GetChildren().Size();
     ZipTreeNode& child = GetOrAddChild(folder, name, header);
     nodeCount_ += folder.GetChildren().Size() - before;
-    if (nodeCount_ > kMaxTreeNodes) throw std::bad_alloc();
+    if (nodeCount_ > kMostArchiveNodes) throw std::bad_alloc();
     return child;
 }
 

@@ -19,7 +19,8 @@ namespace ZEMA {
 // its way, when its name is empty or a part cannot be decoded, is "." or "..", or holds another zero character: no path
 // reaches such a name, and copying it out of the archive would lead astray.
 //
-// Errors: std::bad_alloc past kMaxTreeNodes. A name of 65,535 bytes makes half as many directories, each of which takes
+// Errors: std::bad_alloc past kMostArchiveNodes. A name of 65,535 bytes makes half as many directories, each of which
+// takes
 //         a hundred times the memory that its two bytes take on the disk.
 class ZipNamePlacer {
 public:

@@ -27,7 +27,7 @@ ROOMS = {
     "host/documents": ["host/archive", "host/plugin", "host/print", "host/system", "importer", "loader", "xml", "scene",
                        "storage", "core", "platform"],
     "host/confinement": ["host/system"],
-    "host/workers": ["host/confinement", "host/documents", "host/plugin", "host/print", "host/system", "platform"],
+    "host/workers": ["host/confinement", "host/documents", "host/plugin", "host/print", "host/system", "core", "platform"],
     "host/handlers": ["host/archive", "host/documents", "host/print", "host/system"],
     "host/search": [],
     "host/index": ["host/search", "host/workers", "host/archive", "host/documents", "host/plugin", "host/print",
