@@ -1,6 +1,8 @@
 #include "host/workers/DocumentWorkers.h"
 
 #include <deque>
+#include <iterator>
+#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -15,6 +17,9 @@ namespace {
 // The first byte of a request.
 constexpr char kFind = 'f';
 constexpr char kRead = 'r';
+
+// A worker that is killed costs a document, but must not cost a whole folder.
+constexpr int kTriesToFind = 3;
 
 const Failure kNonsense = {FailureKind::Damaged, "the worker that read it went wrong"};
 
@@ -70,22 +75,33 @@ DocumentWorkers::~DocumentWorkers() = default;
 
 void DocumentWorkers::Find(const std::vector<std::string>& paths, std::vector<FoundDocument>& documents,
                            std::vector<std::string>& empty) {
-    auto next = paths.begin();
-    auto current = paths.begin();
-    const auto source = [&](WorkerTask& task) {
-        if (next == paths.end()) return false;
-        task = {kFind + *next, *next};
-        ++next;
-        return true;
-    };
-    const auto sink = [&](const WorkerOutcome& outcome) {
-        const std::string& path = *current++;
-        std::vector<FoundDocument> found = FoundIn(path, outcome);
-        if (found.empty()) empty.push_back(path);
-        documents.insert(documents.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
-        return true;
-    };
-    pool_->Run(source, sink);
+    std::vector<std::vector<FoundDocument>> found(paths.size());
+    std::vector<std::size_t> open(paths.size());
+    std::iota(open.begin(), open.end(), 0u);
+    for (int tries = kTriesToFind; tries > 0 && !open.empty(); --tries) {
+        std::vector<std::size_t> again;
+        auto next = open.begin();
+        auto current = open.begin();
+        const auto source = [&](WorkerTask& task) {
+            if (next == open.end()) return false;
+            task = {kFind + paths[*next], paths[*next]};
+            ++next;
+            return true;
+        };
+        const auto sink = [&](const WorkerOutcome& outcome) {
+            const std::size_t place = *current++;
+            const bool killed = outcome.loss.kind == FailureKind::System && tries > 1;
+            if (killed) again.push_back(place);
+            if (!killed) found[place] = FoundIn(paths[place], outcome);
+            return true;
+        };
+        pool_->Run(source, sink);
+        open = std::move(again);
+    }
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (found[i].empty()) empty.push_back(paths[i]);
+        std::move(found[i].begin(), found[i].end(), std::back_inserter(documents));
+    }
 }
 
 void DocumentWorkers::Run(const Source& source, const Sink& sink) {
