@@ -111,6 +111,17 @@ TEST(DocumentWorkers, LoseTheDocumentThatABadOneIs) {
     }
 }
 
+// Waiting without end is what workers do where a file system is dead.
+TEST(DocumentWorkers, GiveUpAFileSystemThatDoesNotAnswer) {
+    DocumentWorkers workers = StartObeying(1, milliseconds(300));
+    const std::vector<DocumentRecord> records = RecordsOf(workers, std::vector<std::string>(50, "hang"));
+    ASSERT_EQ(records.size(), 50u);
+    EXPECT_EQ(records[1].error, "it takes longer than 1 s");
+    EXPECT_EQ(records[49].error, "its file system does not answer");
+    EXPECT_TRUE(records[49].passing);
+    EXPECT_TRUE(workers.Read({"/proc/elsewhere", {}}).imported);
+}
+
 TEST(DocumentWorkers, ServeOneRequestAfterTheOther) {
     DocumentWorkers workers = StartObeying(1);
     const DocumentRecord first = workers.Read({"a", {}});

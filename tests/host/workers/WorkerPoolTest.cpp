@@ -74,4 +74,15 @@ TEST(WorkerPool, NeverHoldsBackTheFirst) {
     EXPECT_EQ(course.inOrder, 398u);
 }
 
+TEST(StuckFileSystems, AreToldApartByTheirMounts) {
+    StuckFileSystems stuck;
+    stuck.Note("/proc/a");
+    EXPECT_FALSE(stuck.Holds("/proc/b")) << "one may have been chance";
+    stuck.Note("/proc/deep/../c");
+    EXPECT_TRUE(stuck.Holds("/proc/b"));
+    EXPECT_FALSE(stuck.Holds("/procedure"));
+    stuck.Clear("/proc/d");
+    EXPECT_FALSE(stuck.Holds("/proc/b"));
+}
+
 }  // namespace ZEMA::testing
