@@ -40,7 +40,8 @@ inline constexpr std::uint64_t kExpansionSlack = 65536;
 // The slowest documents that people have take seconds; the default leaves room for a slow disk.
 inline constexpr std::chrono::seconds kDocumentTime(60);
 
-// Above what a process has before its first document. Markup takes up to some twenty times its size as a model.
+// Above what a process has before its first document. Markup of nothing but the shortest elements takes some
+// thirty-five times its size.
 inline constexpr std::uint64_t kDocumentMemory = std::uint64_t{2} << 30;
 
 // What a worker may answer: a hostile worker could send for ever, and a program that keeps it would grow as long.

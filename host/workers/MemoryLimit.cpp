@@ -56,7 +56,7 @@ void LimitMemory(std::uint64_t bytes) {
 }
 
 bool MemoryWasShort() {
-    return limit != 0 && Status("VmPeak:") >= addressSpaceAtStart + (limit - limit / 10);
+    return limit != 0 && Status("VmPeak:") >= addressSpaceAtStart + limit / 2;
 }
 
 bool MemoryIsWornOut() {

@@ -10,7 +10,9 @@ namespace ZEMA {
 // terabyte.
 void LimitMemory(std::uint64_t bytes);
 
-// Whether this process has come within a tenth of its limit at any time, so that what failed may have failed for that.
+// Whether what failed may have failed for want of memory: whether at any time half of the limit was in use. Texts and
+// arrays grow by doubling or are copied whole, so the request that fails is about as large as all that there is, and
+// not everybody whom it fails says so.
 bool MemoryWasShort();
 
 // Whether so much of the limit has been in use that the next document should find a fresh process.
