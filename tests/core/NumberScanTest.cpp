@@ -56,7 +56,7 @@ template <class Value, std::size_t kCount>
 void ExpectScans(bool (String::*scan)(Value&, std::uint32_t&) const, const Scan<Value> (&rows)[kCount]) {
     for (const Scan<Value>& row : rows) {
         SCOPED_TRACE(row.text);
-        Value value = row.succeeds ? Value{row.value == Value{}} : row.value;
+        Value value = row.succeeds ? static_cast<Value>(row.value == Value{}) : row.value;
         std::uint32_t position = row.start;
         EXPECT_EQ((FromUtf8(row.text).*scan)(value, position), row.succeeds);
         EXPECT_EQ(value, row.value);
@@ -96,6 +96,11 @@ TEST(NumberScan, ReadsUnsignedNumbers) {
                                                      {"184467440737095516150", 0, false, 77, 21}});
     ExpectScans<std::uint32_t>(&String::ScanUInt32,
                                {{"4294967295", 0, true, 0xFFFFFFFF, 10}, {"4294967296 7", 0, false, 77, 10}});
+}
+
+TEST(NumberScan, ReadsFloatsUpToTheirLastDigit) {
+    ExpectScans<float>(&String::ScanFloat,
+                       {{"x -1.5e2x", 2, true, -150, 8}, {"1e", 0, true, 1, 1}, {"1e+;", 0, true, 1, 1}});
 }
 
 // White space and line ends between a sign and its digits, as the platform's scanner steps over them.
