@@ -93,6 +93,13 @@ protected:
     }
 };
 
+TEST_F(PathOperations, OpenNoFileWithoutANameOrTheRightToCutIt) {
+    const std::uint64_t two = 2;
+    EXPECT_FALSE(OpenFile(*root, "mem/a/f", &kReadStyle, true, &two));
+    for (const char* path : {"", "mem/../.."}) EXPECT_FALSE(OpenFile(*root, path, &kReadStyle, true, nullptr));
+    EXPECT_EQ(volume.log, EventLog());
+}
+
 TEST_F(PathOperations, ListOpenDirectoriesFirst) {
     EXPECT_EQ(Listed("mem/a/*F"), "doc.wqf,f");
     Register<MemoryVolume>("zip", FactoryRank::Selective, MountArchives(archive));

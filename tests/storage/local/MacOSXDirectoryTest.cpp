@@ -103,6 +103,11 @@ TEST(MacOSXDirectory, ListsWithFlagsTimesAndSizes) {
         EXPECT_EQ(entry->times, times);
         ++entry;
     }
+    fs::create_symlink("nowhere", tree.folder / "dangling");
+    Listing links;
+    EXPECT_TRUE(tree.directory->List("dangling", &links));
+    EXPECT_EQ(links.begin()->flags.bits, 0);
+    EXPECT_NE(links.begin()->times, ElementTimes());
     EXPECT_TRUE(tree.directory->List("none*", &listing)) << "it is not empty";
 
     const RefPointer<Directory> gone(tree.directory->CreateChildObject("missing"));

@@ -73,10 +73,13 @@ TEST(MacOSXFile, MovesBytesAndKeepsThePositionInside) {
         EXPECT_EQ(GetPosition(*file), after) << size;
     }
     EXPECT_FALSE(SetSize(*file, std::uint64_t{1} << 63));
+    EXPECT_EQ(tree.folder.Read("file"), std::string("01234") + std::string(15, '\0'));
     const std::uint64_t size = 4;
     EXPECT_EQ(tree.directory->OpenFile("file", &kReadStyle, false, &size), nullptr) << "it cannot be cut";
     EXPECT_EQ(GetSize(*tree.OpenFile("file", kReadStyle, true)), 20u) << "it is there: nothing to create";
-    EXPECT_EQ(tree.folder.Read("file"), std::string("01234") + std::string(15, '\0'));
+    const RefPointer<File> cut(tree.directory->OpenFile("file", &kReadWriteStyle, false, &size));
+    EXPECT_EQ(GetSize(*cut), 4u);
+    EXPECT_EQ(GetPosition(*cut), 0u);
 }
 
 TEST(MacOSXStorageFactory, MountsTheFileSystemOnceWhileItIsAttached) {
