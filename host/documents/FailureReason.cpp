@@ -54,9 +54,12 @@ Failure ModelFault(std::uint32_t kind) {
     }
 }
 
-// Only what would help is recommended.
+// Only what would help is recommended. To find that out takes as long as unpacking the archive, which is more than a
+// sentence about a very large one is worth.
+constexpr std::uint64_t kLargestExamined = 256 << 20;  // bytes
+
 Failure WithAdvice(const StorageItem& document, Failure failure) {
-    if (document.archive || !document.facts.IsFile()) return failure;
+    if (document.archive || !document.facts.IsFile() || document.facts.size > kLargestExamined) return failure;
     for (const bool drop : {false, true}) {
         const Result<MendReport> report = MendArchive(document.native, {.drop = drop, .dryRun = true});
         if (!report || report->faults.empty() || !report->obstacles.empty()) continue;
