@@ -245,7 +245,7 @@ TEST(WqfStorage, ListsInEveryForm) {
         {"objects", "$WQF ls --format json x.wqf/r.txt",
          R"([{"path":"x.wqf/r.txt","name":"r.txt","type":"file","size":1,"flags":"-r----","modified":null}])"
          "\n"},
-        {"lines", "TZ=UTC touch -d '2024-05-06 07:08:09' b.txt; chmod 644 b.txt; $WQF ls --format ndjson 'b*'",
+        {"lines", "TZ=UTC touch -d '2024-05-06 07:08:09' b.txt; chmod 644 b.txt; TZ=EST5 $WQF ls --format ndjson 'b*'",
          R"({"path":"b.txt","name":"b.txt","type":"file","size":1,"flags":"-rwe--","modified":"2024-05-06T07:08:09Z"})"
          "\n"},
     });
