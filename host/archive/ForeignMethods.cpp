@@ -127,6 +127,10 @@ bool IsForeignMethod(std::uint16_t method) {
     return method == kBzip2 || method == kLzma || method == kXz || method == kPpmd;
 }
 
+void LoadForeignMethods() {
+    Module();
+}
+
 std::string NameOfMethod(std::uint16_t method) {
     switch (method) {
         case kDeflate64:

@@ -13,6 +13,9 @@ namespace ZEMA {
 // Whether only UnpackMember knows the method (APPNOTE 4.4.5): bzip2, LZMA, xz and PPMd.
 bool IsForeignMethod(std::uint16_t method);
 
+// Loads what unpacks them, for a process that can load nothing later on. Otherwise the first member does.
+void LoadForeignMethods();
+
 // What people call a method, or its number.
 std::string NameOfMethod(std::uint16_t method);
 

@@ -18,22 +18,6 @@ namespace {
 
 using Foundation::CFPointer;
 
-// The known attributes in the order of their table, then whatever else a plug-in wrote.
-Value::Dictionary AttributesOf(CFDictionaryRef attributes) {
-    Value all = ValueOf(attributes);
-    auto& rest = std::get<Value::Dictionary>(all.content);
-    Value::Dictionary ordered;
-    for (const CFStringRef name : AttributeNames()) {
-        const std::string key = Utf8Of(name);
-        const auto found = std::find_if(rest.begin(), rest.end(), [&](const auto& item) { return item.key == key; });
-        if (found == rest.end()) continue;
-        ordered.push_back(std::move(*found));
-        rest.erase(found);
-    }
-    std::move(rest.begin(), rest.end(), std::back_inserter(ordered));
-    return ordered;
-}
-
 // The plug-in opens archives for changes where it can, and so is asked about nothing but files with something in them.
 Failure Import(const PluginHost& host, const std::string& path, Value::Dictionary& imported) {
     if (KindOfDocument(path) != DocumentKind::File) return WhyNotImported(path);
@@ -97,19 +81,27 @@ public:
     std::string Tail() override { return "</array>\n" + PropertyListTail(); }
 };
 
-// A line for each record, with a column for each known attribute.
+std::vector<std::string> KnownNames() {
+    std::vector<std::string> names;
+    for (const CFStringRef name : AttributeNames()) names.push_back(Utf8Of(name));
+    return names;
+}
+
+// A line for each record, with a column for each attribute.
 class CsvRecordWriter : public RecordWriter {
 public:
+    explicit CsvRecordWriter(std::vector<std::string> names) : names_(std::move(names)) {}
+
     std::string Head() override {
         std::vector<std::string> cells = {"path", "imported"};
-        for (const CFStringRef name : AttributeNames()) cells.push_back(Utf8Of(name));
+        cells.insert(cells.end(), names_.begin(), names_.end());
         cells.insert(cells.end(), {"error", "repaired", "away"});
         return CsvLine(cells);
     }
     std::string Record(const DocumentRecord& record) override {
         std::vector<std::string> cells = {CsvCell({ReplaceInvalidUtf8(record.path)}), CsvCell({record.imported})};
-        for (const CFStringRef name : AttributeNames()) {
-            const Value* const value = Find(record.attributes, Utf8Of(name));
+        for (const std::string& name : names_) {
+            const Value* const value = Find(record.attributes, name);
             cells.push_back(value == nullptr ? std::string() : CsvCell(*value));
         }
         cells.insert(cells.end(),
@@ -117,6 +109,61 @@ public:
         return CsvLine(cells);
     }
     std::string Tail() override { return {}; }
+
+private:
+    const std::vector<std::string> names_;
+};
+
+// Texts and numbers and nothing else. Before a line end a text has none in it; before a zero byte it is as it is.
+class RawRecordWriter : public RecordWriter {
+public:
+    explicit RawRecordWriter(char end) : end_(end) {}
+
+    std::string Head() override { return {}; }
+    std::string Record(const DocumentRecord& record) override {
+        std::string texts;
+        for (const Value::Item& attribute : record.attributes) Append(attribute.value, texts);
+        return texts;
+    }
+    std::string Tail() override { return {}; }
+
+private:
+    void Append(const Value& value, std::string& texts) const {
+        if (const Value::List* const list = value.AsList()) {
+            for (const Value& item : *list) Append(item, texts);
+        } else if (const Value::Dictionary* const dictionary = value.AsDictionary()) {
+            for (const Value::Item& item : *dictionary) Append(item.value, texts);
+        } else {
+            const std::string text = value.AsText() != nullptr ? *value.AsText() : JsonText(value);
+            texts += end_ == '\n' ? EscapeControls(text) : text;
+            texts += end_;
+        }
+    }
+
+    char end_;
+};
+
+// Hands on records with some attributes only.
+class SelectedRecordWriter : public RecordWriter {
+public:
+    SelectedRecordWriter(std::unique_ptr<RecordWriter> writer, std::vector<std::string> names)
+        : writer_(std::move(writer)), names_(std::move(names)) {}
+
+    std::string Head() override { return writer_->Head(); }
+    std::string Record(const DocumentRecord& record) override {
+        DocumentRecord selected = record;
+        selected.attributes.clear();
+        for (const std::string& name : names_) {
+            const Value* const value = Find(record.attributes, name);
+            if (value != nullptr) selected.attributes.push_back({name, *value});
+        }
+        return writer_->Record(selected);
+    }
+    std::string Tail() override { return writer_->Tail(); }
+
+private:
+    std::unique_ptr<RecordWriter> writer_;
+    const std::vector<std::string> names_;
 };
 
 // The bytes of the paths.
@@ -132,7 +179,46 @@ private:
     char end_;
 };
 
+std::unique_ptr<RecordWriter> NewWriter(RecordFormat format, bool several, const std::vector<std::string>& names) {
+    switch (format) {
+        case RecordFormat::Json:
+            return std::make_unique<JsonRecordWriter>(true);
+        case RecordFormat::Ndjson:
+            return std::make_unique<JsonRecordWriter>(false);
+        case RecordFormat::PropertyList:
+            return std::make_unique<PropertyListRecordWriter>();
+        case RecordFormat::Csv:
+            return std::make_unique<CsvRecordWriter>(names.empty() ? KnownNames() : names);
+        case RecordFormat::Paths:
+            return std::make_unique<PathRecordWriter>('\n');
+        case RecordFormat::PathsWithZeroBytes:
+            return std::make_unique<PathRecordWriter>('\0');
+        case RecordFormat::Raw:
+            return std::make_unique<RawRecordWriter>('\n');
+        case RecordFormat::RawWithZeroBytes:
+            return std::make_unique<RawRecordWriter>('\0');
+        case RecordFormat::Text:
+            break;
+    }
+    return std::make_unique<TextRecordWriter>(several);
+}
+
 }  // namespace
+
+Value::Dictionary AttributesOf(CFDictionaryRef attributes) {
+    Value all = ValueOf(attributes);
+    auto& rest = std::get<Value::Dictionary>(all.content);
+    Value::Dictionary ordered;
+    for (const CFStringRef name : AttributeNames()) {
+        const std::string key = Utf8Of(name);
+        const auto found = std::find_if(rest.begin(), rest.end(), [&](const auto& item) { return item.key == key; });
+        if (found == rest.end()) continue;
+        ordered.push_back(std::move(*found));
+        rest.erase(found);
+    }
+    std::move(rest.begin(), rest.end(), std::back_inserter(ordered));
+    return ordered;
+}
 
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document) {
     DocumentRecord record{document.path, false, {}, {}};
@@ -161,24 +247,11 @@ Value::Dictionary ObjectOf(const DocumentRecord& record) {
     return object;
 }
 
-std::unique_ptr<RecordWriter> NewRecordWriter(RecordFormat format, bool several) {
-    switch (format) {
-        case RecordFormat::Json:
-            return std::make_unique<JsonRecordWriter>(true);
-        case RecordFormat::Ndjson:
-            return std::make_unique<JsonRecordWriter>(false);
-        case RecordFormat::PropertyList:
-            return std::make_unique<PropertyListRecordWriter>();
-        case RecordFormat::Csv:
-            return std::make_unique<CsvRecordWriter>();
-        case RecordFormat::Paths:
-            return std::make_unique<PathRecordWriter>('\n');
-        case RecordFormat::PathsWithZeroBytes:
-            return std::make_unique<PathRecordWriter>('\0');
-        case RecordFormat::Text:
-            break;
-    }
-    return std::make_unique<TextRecordWriter>(several);
+std::unique_ptr<RecordWriter> NewRecordWriter(RecordFormat format, bool several,
+                                              const std::vector<std::string>& names) {
+    std::unique_ptr<RecordWriter> writer = NewWriter(format, several, names);
+    if (names.empty()) return writer;
+    return std::make_unique<SelectedRecordWriter>(std::move(writer), names);
 }
 
 }  // namespace ZEMA

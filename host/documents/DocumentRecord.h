@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/documents/DocumentFinder.h"
 #include "host/plugin/PluginHost.h"
@@ -21,6 +22,9 @@ struct DocumentRecord {
     bool repaired = false;  // read although only a repair makes the archive readable
 };
 
+// The known attributes in the order of their table, then whatever else a plug-in wrote.
+Value::Dictionary AttributesOf(CFDictionaryRef attributes);
+
 // Has the plug-in import a document. What its path is relative to is put in front before the plug-in sees it.
 DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& document);
 
@@ -30,7 +34,17 @@ DocumentRecord ImportDocument(const PluginHost& host, const FoundDocument& docum
 Value::Dictionary ObjectOf(const DocumentRecord& record);
 
 // The forms that the commands print, each command some of them.
-enum class RecordFormat { Text, Json, Ndjson, PropertyList, Csv, Paths, PathsWithZeroBytes };
+enum class RecordFormat {
+    Text,
+    Json,
+    Ndjson,
+    PropertyList,
+    Csv,
+    Paths,
+    PathsWithZeroBytes,
+    Raw,  // each text and number of the attributes on a line
+    RawWithZeroBytes,
+};
 
 // Puts records into words as they come: what stands before them all, each record, what stands behind them all. A result
 // is to be written at once and whole, so that several programs may write into one pipe.
@@ -43,7 +57,9 @@ public:
     virtual std::string Tail() = 0;
 };
 
-// Text has, of `several` documents, the path above each.
-std::unique_ptr<RecordWriter> NewRecordWriter(RecordFormat format, bool several);
+// Text has, of `several` documents, the path above each. Of the attributes only those with these names are written, or
+// all where there are none.
+std::unique_ptr<RecordWriter> NewRecordWriter(RecordFormat format, bool several,
+                                              const std::vector<std::string>& names = {});
 
 }  // namespace ZEMA

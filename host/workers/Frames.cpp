@@ -184,6 +184,7 @@ std::string EncodeRecord(const DocumentRecord& record) {
     encoder.Put(record.attributes);
     encoder.Put(std::string_view(record.error));
     encoder.Put(record.passing);
+    encoder.Put(record.repaired);
     return encoder.Take();
 }
 
@@ -191,7 +192,8 @@ std::optional<DocumentRecord> DecodeRecord(std::string_view bytes) {
     Decoder decoder(bytes);
     DocumentRecord record;
     const bool whole = decoder.Get(record.path) && decoder.Get(record.imported) && decoder.Get(record.attributes, 0) &&
-                       decoder.Get(record.error) && decoder.Get(record.passing) && decoder.AtEnd();
+                       decoder.Get(record.error) && decoder.Get(record.passing) && decoder.Get(record.repaired) &&
+                       decoder.AtEnd();
     return whole ? std::optional(std::move(record)) : std::nullopt;
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "host/documents/DocumentRepair.h"
 #include "host/index/IndexFile.h"
 #include "host/index/IndexRun.h"
 #include "host/plugin/Bundle.h"
@@ -88,9 +89,10 @@ int RunIndex(const IndexOptions& given) {
         PrintMessage(host.Why().text);
         return kExitWrongUse;
     }
+    PrepareRepair();
     // Before the index is opened, which no worker has anything to do with.
     Result<DocumentWorkers> workers = DocumentWorkers::Start(
-        [&host](const FoundDocument& document) { return ImportDocument(*host, document); }, WorkerOptions());
+        [&host](const FoundDocument& document) { return ImportRepaired(*host, document); }, WorkerOptions());
     if (!workers) return SayWhyNot("workers", workers.Why());
 
     if (options.rebuild) {
