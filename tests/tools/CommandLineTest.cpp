@@ -28,7 +28,7 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
         {{"import"}, "wqf: no PATH is given\n"},
         {{"import", "--"}, "wqf: no PATH is given\n"},
         {{"import", "--fast", "a.wqf"}, "wqf: there is no option '--fast'\n"},
-        {{"import", "--format", "yaml", "a.wqf"}, "wqf: --format: 'yaml' is none of text, json, ndjson, plist\n"},
+        {{"import", "--format", "yaml", "a.wqf"}, "wqf: --format: 'yaml' is none of text, json, ndjson, plist, csv, paths\n"},
         {{"import", "a.wqf", "--bundle"}, "wqf: --bundle: 1 required DIR missing\n"},
         {{"import", "--files0-from", "-", "a.wqf"}, "wqf: --files0-from and PATHs exclude each other\n"},
         {{"import", "--files0-from", "/no/list"}, "wqf: /no/list: no such file\n"},

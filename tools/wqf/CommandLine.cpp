@@ -75,6 +75,14 @@ void AddFlag(CLI::App& parser, const std::string& names, bool& flag, const std::
         names, [&flag] { flag = true; }, help);
 }
 
+void AddTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts, const char* kind,
+              const std::string& help) {
+    const auto add = [&texts](const std::vector<std::string>& values) {
+        std::transform(values.begin(), values.end(), std::back_inserter(texts), Bared);
+    };
+    parser.add_option_function<std::vector<std::string>>(name, add, help)->type_name(kind)->expected(1)->take_all();
+}
+
 void AddPaths(CLI::App& parser, std::vector<std::string>& paths, const std::string& help, const char* kind = "PATH") {
     const auto set = [&paths](const std::vector<std::string>& values) {
         std::transform(values.begin(), values.end(), std::back_inserter(paths), Bared);
@@ -193,12 +201,28 @@ Action DeclareImport(CLI::App& parser) {
                             {{"text", RecordFormat::Text},
                              {"json", RecordFormat::Json},
                              {"ndjson", RecordFormat::Ndjson},
-                             {"plist", RecordFormat::PropertyList}});
+                             {"plist", RecordFormat::PropertyList},
+                             {"csv", RecordFormat::Csv},
+                             {"paths", RecordFormat::Paths}});
+    const auto isRaw = std::make_shared<bool>(false);
+    const auto zeroBytes = std::make_shared<bool>(false);
+    AddText(parser, "--where", options->where, "QUERY", "Print only what the query finds (see 'wqf help search')");
+    AddTexts(parser, "--name", options->names, "ATTR", "Print only this attribute; may be given several times");
+    AddFlag(parser, "--raw", *isRaw, "Print the texts and numbers of the attributes alone, one a line");
+    AddFlag(parser, "-0", *zeroBytes, "Print paths, or with --raw values, with a zero byte behind each");
+    AddFlag(parser, "--repair", options->repair, "Read also what only 'wqf mend' would make readable");
     AddText(parser, "--bundle", options->bundle, "DIR", "The plug-in bundle, where it is not beside the program");
     AddRunOptions(parser, options->run);
     AddDocumentPaths(parser, options->documents,
                      "Documents, also in archives, or folders to search for *.wqf and *.wqfml");
-    return [options] { return WithDocuments("import", options->documents, [&] { return RunImport(*options); }); };
+    return [options, isRaw, zeroBytes] {
+        const bool isOther = options->format != RecordFormat::Text;
+        if (isOther && (*isRaw || (*zeroBytes && options->format != RecordFormat::Paths)))
+            return WrongUse("import", "--raw and -0 go with no other --format");
+        if (*isRaw) options->format = *zeroBytes ? RecordFormat::RawWithZeroBytes : RecordFormat::Raw;
+        if (*zeroBytes && !*isRaw) options->format = RecordFormat::PathsWithZeroBytes;
+        return WithDocuments("import", options->documents, [&] { return RunImport(*options); });
+    };
 }
 
 void AddIndex(CLI::App& parser, std::string& index) {
@@ -255,6 +279,8 @@ Action DeclareSearch(CLI::App& parser) {
     AddPaths(parser, *words, "A query, its parts joined by blanks", "QUERY");
     return [options, words, zeroBytes] {
         for (const std::string& word : *words) options->query += (options->query.empty() ? "" : " ") + word;
+        if (*zeroBytes && options->format != RecordFormat::Text && options->format != RecordFormat::Paths)
+            return WrongUse("search", "-0 goes with no other --format");
         if (*zeroBytes) options->format = RecordFormat::PathsWithZeroBytes;
         return words->empty() ? WrongUse("search", "no QUERY is given") : RunSearch(*options);
     };

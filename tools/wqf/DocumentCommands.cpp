@@ -9,6 +9,8 @@
 #include "host/confinement/Confinement.h"
 #include "host/documents/DocumentCheck.h"
 #include "host/documents/DocumentRecord.h"
+#include "host/documents/DocumentRepair.h"
+#include "host/index/IndexSearch.h"
 #include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
 #include "host/print/CatalogueJson.h"
@@ -17,6 +19,7 @@
 #include "host/system/Output.h"
 #include "host/system/Utf8Text.h"
 #include "tools/wqf/ExitStatus.h"
+#include "tools/wqf/QueryText.h"
 
 namespace ZEMA {
 
@@ -31,24 +34,32 @@ Result<PluginHost> LoadPlugin(const std::string& given) {
 // The records of an import as they are printed.
 class ImportPrinter : public RecordPrinter {
 public:
-    explicit ImportPrinter(RecordFormat format) : format_(format) {}
+    ImportPrinter(const ImportOptions& options, const std::optional<Query>& where) : options_(options) {
+        if (where) filter_.emplace(*where);
+    }
 
     std::string Head(bool several) override {
-        writer_ = NewRecordWriter(format_, several);
+        writer_ = NewRecordWriter(options_.format, several, options_.names);
         return writer_->Head();
     }
-    std::string Record(const DocumentRecord& record) override { return writer_->Record(record); }
+    std::string Record(const DocumentRecord& record) override {
+        return filter_ && !filter_->Finds(record) ? std::string() : writer_->Record(record);
+    }
     std::string Tail() override { return writer_->Tail(); }
     std::string Problem(const DocumentRecord& record) override { return record.error; }
 
 private:
-    RecordFormat format_;
+    const ImportOptions& options_;
+    std::optional<RecordFilter> filter_;
     std::unique_ptr<RecordWriter> writer_;
 };
 
 }  // namespace
 
 int RunImport(const ImportOptions& options) {
+    std::optional<Query> where;
+    if (!options.where.empty() && !(where = ReadQuery(options.where))) return kExitWrongUse;
+    if (options.repair) PrepareRepair();
     Result<PluginHost> host = LoadPlugin(options.bundle);
     if (!host) {
         PrintMessage(host.Why().text);
@@ -56,8 +67,10 @@ int RunImport(const ImportOptions& options) {
     }
     const int status = RunDocuments(
         options.documents, options.run,
-        [&host](const FoundDocument& document) { return ImportDocument(*host, document); },
-        [&options] { return std::make_unique<ImportPrinter>(options.format); });
+        [&host, &options](const FoundDocument& document) {
+            return options.repair ? ImportRepaired(*host, document) : ImportDocument(*host, document);
+        },
+        [&options, &where] { return std::make_unique<ImportPrinter>(options, where); });
     if (const Failure failure = host->Close()) {
         PrintMessage(failure.text);
         return kExitSomeFailed;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "host/documents/DocumentRecord.h"
 #include "importer/DocumentLoad.h"
@@ -14,6 +15,9 @@ namespace ZEMA {
 struct ImportOptions {
     std::string bundle;  // empty: where it is built or installed
     RecordFormat format = RecordFormat::Text;
+    std::vector<std::string> names;  // of the attributes to be printed; none: all
+    std::string where;               // a query that tells which documents are printed; empty: all
+    bool repair = false;             // also reads what only a repair makes readable
     DocumentPaths documents;
     RunOptions run;
 };
