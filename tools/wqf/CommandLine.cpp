@@ -162,20 +162,6 @@ int WithDocuments(const char* command, const DocumentPaths& documents, const Act
                     documents.paths.empty() ? "no PATH is given" : "--files0-from and PATHs exclude each other");
 }
 
-void AddNumber(CLI::App& parser, const char* name, std::optional<std::size_t>& number, const std::string& help) {
-    const auto parse = [](const std::string& text) {
-        std::size_t value = 0;
-        const std::string bare = Bared(text);
-        const auto [end, error] = std::from_chars(bare.data(), bare.data() + bare.size(), value);
-        return error == std::errc() && end == bare.data() + bare.size() ? std::optional(value) : std::nullopt;
-    };
-    const auto set = [&number, parse](const std::string& text) { number = parse(text); };
-    const auto check = [parse](const std::string& text) {
-        return parse(text) ? std::string() : "'" + Bared(text) + "' is no number";
-    };
-    parser.add_option_function<std::string>(name, set, help)->type_name("N")->check(check);
-}
-
 std::optional<std::uint32_t> ParseOptionBits(const std::string& text) {
     std::uint32_t bits = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits);
@@ -232,14 +218,14 @@ void AddIndex(CLI::App& parser, std::string& index) {
 Action DeclareIndex(CLI::App& parser) {
     const auto options = std::make_shared<IndexOptions>();
     parser.footer(
-        "Only what is new or changed is read. A document whose folder is away stays in the index, marked so, until "
-        "its\n"
-        "folder is forgotten.");
+        "Only what is new or changed is read. A document whose folder is away stays in the index, marked so,\n"
+        "until its folder is forgotten.");
     AddIndex(parser, options->index);
     AddText(parser, "--bundle", options->bundle, "DIR", "The plug-in bundle, where it is not beside the program");
     AddFlag(parser, "--forget", options->forget,
             "Remove what lies below the folders, and all its texts, from the index");
     AddFlag(parser, "--rebuild", options->rebuild, "Set the index aside, even a damaged one, and build it anew");
+    AddRunOptions(parser, options->run);
     AddPaths(parser, options->folders, "Folders to search for *.wqf and *.wqfml (default: those of earlier runs)");
     return [options] {
         if (options->forget && options->folders.empty()) return WrongUse("index", "no PATH is given to forget");
@@ -250,9 +236,8 @@ Action DeclareIndex(CLI::App& parser) {
 
 constexpr const char* kQueryHelp =
     "A query: words, \"phrases\" and beginnings (castle*), all of which must occur, in any text or in one field\n"
-    "(author:, creator:, keyword:, description:, brick:); bricks:100.., bricks:..50, bricks:10..50, lang:de, "
-    "version:4,\n"
-    "path:models/, is:failed, is:away, is:repaired; OR, NOT and parentheses. In quotes for the shell, as in\n"
+    "(author:, creator:, keyword:, description:, brick:); bricks:100.., bricks:..50, bricks:10..50, lang:de,\n"
+    "version:4, path:models/, is:failed, is:away, is:repaired; OR, NOT and parentheses. In quotes for the shell:\n"
     "wqf search 'author:lovelace (tower OR gate*) NOT bricks:1000..'";
 
 Action DeclareSearch(CLI::App& parser) {
@@ -274,8 +259,9 @@ Action DeclareSearch(CLI::App& parser) {
                          {"bricks", HitOrder::Bricks},
                          {"name", HitOrder::Name},
                          {"time", HitOrder::Time}},
-                        "What comes first");
-    AddNumber(parser, "--limit", options->limit, "How many to print at most (default: 50 as text, else all)");
+                        "The best match first, or the most bricks, or by the names of the files, or the newest");
+    AddNumber<std::size_t>(parser, "--limit", 0, "N", "How many to print at most (default: 50 as text, else all)",
+                           [options](std::size_t limit) { options->limit = limit; });
     AddPaths(parser, *words, "A query, its parts joined by blanks", "QUERY");
     return [options, words, zeroBytes] {
         for (const std::string& word : *words) options->query += (options->query.empty() ? "" : " ") + word;

@@ -58,7 +58,7 @@ int Update(Database& database, DocumentWorkers& workers, const IndexOptions& opt
         PrintMessage(path, text);
     };
     run.showProgress = [&](std::size_t done, std::size_t total, std::size_t failed) {
-        if (!progress) progress = std::make_unique<ProgressLine>(total);
+        if (!progress) progress = std::make_unique<ProgressLine>(options.run.quiet ? 0 : total);
         progress->Show(done, failed);
     };
     const Result<IndexRunReport> report = UpdateIndex(database, workers, run);
@@ -68,8 +68,11 @@ int Update(Database& database, DocumentWorkers& workers, const IndexOptions& opt
         PrintMessage("no folder is known yet; name one");
         return kExitWrongUse;
     }
+    if (options.run.verbose) {
+        for (const std::string& wall : workers.MissingWalls()) PrintMessage(wall);
+    }
     Output output;
-    output.Write(SumsOf(*report));
+    if (!options.run.quiet) output.Write(SumsOf(*report));
     if (output.Failed()) return ExitStatusOf(output);
     return report->failed + report->foldersFailed == 0 ? kExitDone : kExitSomeFailed;
 }
@@ -92,7 +95,7 @@ int RunIndex(const IndexOptions& given) {
     PrepareRepair();
     // Before the index is opened, which no worker has anything to do with.
     Result<DocumentWorkers> workers = DocumentWorkers::Start(
-        [&host](const FoundDocument& document) { return ImportRepaired(*host, document); }, WorkerOptions());
+        [&host](const FoundDocument& document) { return ImportRepaired(*host, document); }, options.run.workers);
     if (!workers) return SayWhyNot("workers", workers.Why());
 
     if (options.rebuild) {

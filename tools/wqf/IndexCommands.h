@@ -8,6 +8,7 @@
 
 #include "host/documents/DocumentRecord.h"
 #include "host/index/IndexSearch.h"
+#include "tools/wqf/DocumentRun.h"
 
 namespace ZEMA {
 
@@ -17,6 +18,7 @@ struct IndexOptions {
     std::string bundle;  // empty: where it is built or installed
     bool rebuild = false;
     bool forget = false;
+    RunOptions run;
     std::vector<std::string> folders;
 };
 int RunIndex(const IndexOptions& options);
