@@ -16,10 +16,15 @@ namespace ZEMA {
 
 // The order of hits; those that are alike in it follow their paths.
 enum class HitOrder {
-    Relevance,  // how often and where the words occur; without words that all must hold, by paths
-    Bricks,     // the largest first
-    Name,       // of the file
-    Time,       // of the last modification, the newest first
+    // How often the words occur, and how rare they are. Without words that all hits hold, by paths; and as they come
+    // for
+    // so many hits that nobody looks at the first ones alone.
+    Relevance,
+    Path,    // in bytes
+    Bricks,  // the largest first
+    Name,    // of the file
+    Time,    // of the last modification, the newest first
+    Any,     // as they come, which costs nothing
 };
 
 // The documents that a query finds, as they are while this is there, whatever a run changes meanwhile.

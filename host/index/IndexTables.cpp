@@ -57,6 +57,9 @@ CREATE TABLE documents(
 );
 CREATE INDEX documents_by_folder ON documents(folder);
 CREATE INDEX documents_by_bricks ON documents(bricks);
+CREATE INDEX documents_failed ON documents(error) WHERE error IS NOT NULL;
+CREATE INDEX documents_away ON documents(id) WHERE away;
+CREATE INDEX documents_repaired ON documents(id) WHERE repaired;
 
 CREATE TABLE languages(
     language TEXT NOT NULL COLLATE NOCASE,

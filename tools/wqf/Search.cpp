@@ -201,7 +201,7 @@ int RunSearch(const SearchOptions& options) {
     }
     int status = kExitDone;
     {
-        Hits hits(**database, *query, options.order);
+        Hits hits(**database, *query, options.count ? HitOrder::Any : options.order);
         status = PrintHits(hits, *query, options);
     }
     if (!(*database)->Failed()) return status;
