@@ -22,20 +22,20 @@ constexpr std::int64_t kMostRanked = 20'000;
 const char* OrderBy(HitOrder order) {
     switch (order) {
         case HitOrder::Relevance:
-            return "words.rank, documents.path";
+            return " ORDER BY words.rank, documents.path";
         case HitOrder::Any:
-            return "documents.id";
+            return "";
         case HitOrder::Bricks:
-            return "documents.bricks DESC, documents.path";
+            return " ORDER BY documents.bricks DESC, documents.path";
         case HitOrder::Name:
-            return "substr(CAST(documents.path AS TEXT), length(rtrim(CAST(documents.path AS TEXT), "
+            return " ORDER BY substr(CAST(documents.path AS TEXT), length(rtrim(CAST(documents.path AS TEXT), "
                    "replace(CAST(documents.path AS TEXT), '/', ''))) + 1), documents.path";
         case HitOrder::Time:
-            return "documents.modified DESC, documents.path";
+            return " ORDER BY documents.modified DESC, documents.path";
         case HitOrder::Path:
             break;
     }
-    return "+documents.path";
+    return " ORDER BY +documents.path";
 }
 
 // The order that is meant, and worth it.
@@ -69,8 +69,7 @@ Hits::Hits(Database& database, const Query& query, HitOrder order)
       path_(database.Prepare("SELECT path FROM documents WHERE id = ?")),
       record_(database.Prepare(std::string("SELECT ") + kRecordColumns + " FROM documents WHERE id = ?")) {
     database_.Run("BEGIN");
-    const char* const orderBy = OrderBy(Effective(database, order, SqlOf(query).match));
-    Statement statement = PrepareQuery(database, query, std::string(" ORDER BY ") + orderBy);
+    Statement statement = PrepareQuery(database, query, OrderBy(Effective(database, order, SqlOf(query).match)));
     while (statement.Step()) documents_.push_back(statement.Number(0));
 }
 
