@@ -14,7 +14,8 @@ class BasicDeque {
 public:
     BasicDeque() = default;
     BasicDeque(const BasicDeque&) = default;
-    BasicDeque(BasicDeque&&) = default;  // may allocate: the other one keeps a table of blocks
+    // May allocate: the other one keeps a table of blocks.
+    BasicDeque(BasicDeque&&) = default;  // NOLINT(performance-noexcept-move-constructor)
     BasicDeque& operator=(const BasicDeque&) = default;
     BasicDeque& operator=(BasicDeque&&) noexcept = default;
     virtual ~BasicDeque() = default;

@@ -55,8 +55,8 @@ private:
 
     // Of the first block, for small documents; each one behind it has twice as much, up to the largest. A large piece
     // would leave too much of a block unused.
-    static constexpr std::size_t kFirstBlockSize = 8 * 1024;
-    static constexpr std::size_t kLargestBlockSize = 64 * 1024;
+    static constexpr std::size_t kFirstBlockSize = std::size_t{8} * 1024;
+    static constexpr std::size_t kLargestBlockSize = std::size_t{64} * 1024;
     static constexpr std::size_t kLargestPiece = kFirstBlockSize / 8;
 
     struct Block {
