@@ -38,10 +38,10 @@ def searched(query, environment):
 
 
 def wait_until_indexed(documents, environment):
-    """Until the indexer has read all that there is, folders too, at most a minute."""
+    """Until the indexer has read all that there is, folders too: at most five minutes, since it lets all others go first."""
     total = 1 + sum(1 for _ in documents.rglob("*"))
     wanted = ["Indexer state: Idle", f"Total files indexed: {total}", "waiting for content indexing: 0"]
-    for _ in range(120):
+    for _ in range(600):
         status = subprocess.run(["balooctl", "status"], env=environment, capture_output=True, text=True).stdout
         if all(line in status for line in wanted):
             return
