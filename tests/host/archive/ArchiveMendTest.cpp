@@ -127,6 +127,10 @@ TEST_F(ArchiveMendTest, LeavesAloneWhatIsFineAndWhatItCannotMend) {
          ArchiveBuilder().Stored("a", "").Comment("PK\5\6" + std::string(18, 'c')).Bytes(),
          "left: its comment looks like an end record; --drop leaves it out",
          "there is a second end record behind its own"},
+        {"a comment that names a directory",
+         ArchiveBuilder().Stored("a", "").Comment("PK\5\6" + Le(0, 8) + Le(10, 8) + Le(0, 2)).Bytes(),
+         "left: its comment looks like an end record; --drop leaves it out",
+         "its directory is not where its end record says"},
         {"no archive", "text", "failed: it is no archive", nullptr},
     };
     for (const auto& row : rows) {
