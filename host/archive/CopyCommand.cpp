@@ -42,8 +42,9 @@ std::optional<ArchiveEntry> EntryOf(const StorageItem& item) {
 // lets.
 mode_t ModeFor(const StorageItem& source) {
     const std::optional<ArchiveEntry> entry = EntryOf(source);
-    mode_t mode = entry ? entry->UnixMode() & 0777 : 0;
-    if (mode == 0) {
+    const mode_t own = entry ? entry->UnixMode() : 0;
+    mode_t mode = own & 0777;
+    if (own == 0) {
         mode = source.facts.IsFolder() ? 0777 : 0444;
         if (source.facts.flags.Has(ElementFlags::kWritable)) mode |= 0222;
         if (source.facts.flags.Has(ElementFlags::kExecutable)) mode |= 0111;
