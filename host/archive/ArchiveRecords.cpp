@@ -157,13 +157,17 @@ Result<ArchiveRecords::Pointer> ArchiveRecords::ReadRecords(RefPointer<File> fil
     if (!ReadAt(*records->file_, size - tailSize, tailSize, tail.data())) return ReadFailure();
 
     Failure failure;
+    bool isMisplaced = false;
     std::size_t index = std::string::npos;
     while (index != 0 &&
            (index = tail.rfind("PK\5\6", index == std::string::npos ? index : index - 1)) != std::string::npos) {
         if (tail.size() - index < kEndRecordSize) continue;
         EndRecord record(tail.data() + index, size - tailSize + index);
         if (!record.ReadZip64(*records->file_)) return ReadFailure();
-        if (!record.LiesWithin()) continue;
+        if (!record.LiesWithin()) {
+            isMisplaced = true;
+            continue;
+        }
         failure = record.Check(mending, size);
         if (!failure) failure = records->ReadDirectory(record, mending);
         if (failure && mending) continue;
@@ -178,7 +182,7 @@ Result<ArchiveRecords::Pointer> ArchiveRecords::ReadRecords(RefPointer<File> fil
     if (failure) return failure;
     if (size == 0) return Failure{FailureKind::NoArchive, "it is empty"};
     if (!BeginsLikeAnArchive(*records->file_, size)) return Failure{FailureKind::NoArchive, "it is no archive"};
-    return Damaged("it was cut short: its directory is missing");
+    return Damaged(isMisplaced ? kMisplaced : "it was cut short: its directory is missing");
 }
 
 Failure ArchiveRecords::ReadDirectory(const EndRecord& record, bool mending) {
