@@ -190,6 +190,27 @@ MemberNames::Numbers MemberNames::HiddenBelow(const BasicArray<String>& path) co
     return numbers;
 }
 
+MemberNames::Numbers MemberNames::BelowFiles(const BasicArray<String>& path) const {
+    // A place in the tree, and whether it lies below a file.
+    struct Pending {
+        const ZipTreeNode* node;
+        bool belowFile;
+    };
+    Numbers numbers;
+    std::vector<Pending> pending;
+    if (const ZipTreeNode* const top = Find(path)) pending.push_back({top, false});
+    while (!pending.empty()) {
+        const auto [node, belowFile] = pending.back();
+        pending.pop_back();
+        const ZipFileHeader* const member = node->Header();
+        if (belowFile && member != nullptr) numbers.push_back(NumberOf(*member));
+        const bool isFile = member != nullptr && !member->elementFlags.IsDirectory();
+        for (const auto& child : node->GetChildren()) pending.push_back({child.second.Get(), belowFile || isFile});
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
 std::vector<const ZipFileHeader*> MembersBelow(const ZipTreeNode& top) {
     std::vector<const ZipFileHeader*> members;
     std::vector<const ZipTreeNode*> pending = {&top};

@@ -57,6 +57,9 @@ public:
     Numbers Hidden(const BasicArray<String>& path) const;
     Numbers HiddenBelow(const BasicArray<String>& path) const;
 
+    // What lies at the path or below it, and below a file, so that no path goes there.
+    Numbers BelowFiles(const BasicArray<String>& path) const;
+
 private:
     Numbers::const_iterator FirstFrom(std::string_view name) const;
     const ZipTreeNode* Find(const BasicArray<String>& path) const;

@@ -28,7 +28,12 @@ public:
         const std::string inner = ArchiveBuilder().Stored("deep.txt", "DEEP").Bytes();
         folder_.Write("x.wqf", Archive());
         folder_.Write("y", ArchiveBuilder().Stored("inner.zip", inner).Bytes());
-        folder_.Write(".twins", ArchiveBuilder().Stored("twin", "1").Stored("twin", "2").Stored("other", "3").Bytes());
+        folder_.Write(".twins", ArchiveBuilder()
+                                    .Stored("twin", "1")
+                                    .Stored("twin", "2")
+                                    .Stored("other", "3")
+                                    .Stored("other/x", "")
+                                    .Bytes());
         folder_.Write(".torn", ArchiveBuilder()
                                    .Add({.name = "IMAGE100.WQFML",
                                          .contents = "<WQFML versionMajor='5'><Bricks/></WQFML>",
@@ -239,8 +244,8 @@ TEST(WqfStorage, ListsInEveryForm) {
         {"patterns", "$WQF ls 'x.wqf/*.TXT' '*k'", "x.wqf/a.txt\nx.wqf/r.txt\nlink\nxlink\n"},
         {"what no path leads to", "$WQF ls .twins",
          "wqf: cannot list '.twins': no path leads to its member 'twin': another one has that name, or it is no name "
-         "for "
-         "a file\nother\ntwin\n"},
+         "for a file\nwqf: cannot list '.twins': no path leads to its member 'other/x': what it lies below is a file\n"
+         "other\ntwin\n"},
         {"several folders", "$WQF ls x.wqf/dir y/", "x.wqf/dir:\nsub\n\ny/:\ninner.zip\n"},
         {"objects", "$WQF ls --format json x.wqf/r.txt",
          R"([{"path":"x.wqf/r.txt","name":"r.txt","type":"file","size":1,"flags":"-r----","modified":null}])"

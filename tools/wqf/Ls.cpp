@@ -188,6 +188,10 @@ private:
             report_.Fail(folder.shown, "no path leads to its member '" + std::string(names.Name(hidden)) +
                                            "': another one has that name, or it is no name for a file");
         }
+        for (const std::uint32_t below : names.BelowFiles(folder.inner)) {
+            report_.Fail(folder.shown, "no path leads to its member '" + std::string(names.Name(below)) +
+                                           "': what it lies below is a file");
+        }
     }
 
     // Folders before what lies in them; trees may be of any depth, so those that are still to come are a list.
