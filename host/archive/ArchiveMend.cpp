@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <unordered_set>
@@ -16,6 +17,7 @@
 #include "host/archive/DescriptorFile.h"
 #include "host/archive/ForeignMethods.h"
 #include "host/archive/LocalRecord.h"
+#include "host/archive/MountedArchive.h"
 #include "host/system/FileDescriptor.h"
 #include "storage/zip/ZipFormat.h"
 
@@ -182,7 +184,11 @@ Result<MendReport> MendArchive(const std::string& path, const MendOptions& optio
     const Result<FileDescriptor> file = OpenRegularFile(path);
     if (!file) return file.Why();
     const RefPointer<File> archive(New<DescriptorFile>(file->Get()));
-    if (IsFineArchive(*archive)) return MendReport();
+    try {
+        if (IsFineArchive(*archive)) return MendReport();
+    } catch (const std::bad_alloc&) {
+        return TooManyNames();
+    }
     Result<ArchiveRecords::Pointer> records = ArchiveRecords::ReadForMending(archive);
     if (!records) return records.Why();
     MendReport report = Examination(std::move(*records), options.drop).Make();

@@ -1,5 +1,6 @@
 #include "host/archive/MountedArchive.h"
 
+#include <new>
 #include <utility>
 
 #include "host/archive/ArchiveRecords.h"
@@ -35,11 +36,20 @@ Result<MountedArchive::Pointer> MountedArchive::OpenMember(const Pointer& outer,
     return Pointer(archive);
 }
 
+Failure TooManyNames() {
+    return {FailureKind::Limit, "its names make more files and folders than there is memory for"};
+}
+
 // A volume does not say why it does not open. Its records do; where they are sound, the names are all that is left.
 Failure MountedArchive::Mount(RefPointer<File> file) {
     file_ = std::move(file);
     volume_ = New<ZipStorageVolume>(file_.Get(), kReadStyle);
-    if (volume_->Open()) return {};
+    try {
+        if (volume_->Open()) return {};
+    } catch (const std::bad_alloc&) {
+        // This archive is as far as the failure goes: the command has others to work on.
+        return TooManyNames();
+    }
     const Result<ArchiveRecords::Pointer> records = ArchiveRecords::Read(file_);
     if (!records) return records.Why();
     return {FailureKind::Damaged, "one of its members has a name with an empty part"};

@@ -55,6 +55,9 @@ private:
     mutable std::optional<Result<std::unique_ptr<const MemberNames>>> names_;
 };
 
+// Why an archive is not mounted whose names make more of a tree than there is memory for.
+Failure TooManyNames();
+
 // Opens a member for reading.
 Result<RefPointer<File>> OpenMemberFile(ZipStorageVolume& volume, ZipTreeNode& node);
 

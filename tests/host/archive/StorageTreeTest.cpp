@@ -32,6 +32,11 @@ TEST(StorageTree, FindsWhereAnArchiveEnds) {
     BuiltArchive damaged = ArchiveBuilder().Stored("a//b", "1").Build();
     folder.Write("damaged", damaged.bytes);
     folder.Write("empty", "");
+    std::string folders;
+    while (folders.size() < 65000) folders += "/a";
+    ArchiveBuilder many;
+    for (int member = 0; member < 31; ++member) many.Stored(std::to_string(member) + folders, "");
+    folder.Write("many", many.Bytes());
     std::filesystem::create_directory(folder / "dir");
     std::filesystem::create_symlink("x.png", folder / "link");
     std::filesystem::create_symlink("gone", folder / "dangling");
@@ -60,6 +65,7 @@ TEST(StorageTree, FindsWhereAnArchiveEnds) {
         {"new/deeper", "no such file"},
         {"cut/deep", "it was cut short: its directory is missing"},
         {"damaged/a", "one of its members has a name with an empty part"},
+        {"many/a", "its names make more files and folders than there is memory for"},
         {"empty/a", "is no folder and no archive"},
     };
     for (const auto& row : rows) EXPECT_EQ(Found(folder, row.path), row.found) << row.path;
