@@ -41,19 +41,21 @@ DocumentWorkers StartObeying(unsigned jobs, milliseconds timeout = std::chrono::
     return std::move(*DocumentWorkers::Start(Obey, options));
 }
 
+// The paths must outlive it.
+DocumentWorkers::Source SourceOf(const std::vector<std::string>& paths) {
+    return [next = paths.begin(), end = paths.end()](FoundDocument& document) mutable {
+        if (next == end) return false;
+        document = {*next++, {}};
+        return true;
+    };
+}
+
 std::vector<DocumentRecord> RecordsOf(DocumentWorkers& workers, const std::vector<std::string>& paths) {
     std::vector<DocumentRecord> records;
-    auto next = paths.begin();
-    workers.Run(
-        [&](FoundDocument& document) {
-            if (next == paths.end()) return false;
-            document = {*next++, {}};
-            return true;
-        },
-        [&](DocumentRecord record) {
-            records.push_back(std::move(record));
-            return true;
-        });
+    workers.Run(SourceOf(paths), [&](DocumentRecord record) {
+        records.push_back(std::move(record));
+        return true;
+    });
     return records;
 }
 
@@ -138,14 +140,7 @@ TEST(DocumentWorkers, StopWhenNobodyWantsMore) {
     DocumentWorkers workers = StartObeying(2);
     std::size_t taken = 0;
     const std::vector<std::string> paths = Names(100);
-    auto next = paths.begin();
-    workers.Run(
-        [&](FoundDocument& document) {
-            if (next == paths.end()) return false;
-            document = {*next++, {}};
-            return true;
-        },
-        [&](const DocumentRecord&) { return ++taken < 10; });
+    workers.Run(SourceOf(paths), [&](const DocumentRecord&) { return ++taken < 10; });
     EXPECT_EQ(taken, 10u);
     const std::vector<DocumentRecord> later = RecordsOf(workers, {"x", "y"});
     ASSERT_EQ(later.size(), 2u);
