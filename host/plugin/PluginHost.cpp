@@ -100,4 +100,10 @@ Failure PluginHost::Close() {
     return {};
 }
 
+Result<PluginHost> LoadPlugin(const std::string& given) {
+    const Result<std::string> bundle = FindBundle(given);
+    if (!bundle) return bundle.Why();
+    return PluginHost::Load(*bundle);
+}
+
 }  // namespace ZEMA

@@ -59,4 +59,7 @@ private:
     Foundation::CFPointer<CFStringRef> contentType_;
 };
 
+// The plug-in in the bundle that FindBundle finds.
+Result<PluginHost> LoadPlugin(const std::string& given);
+
 }  // namespace ZEMA

@@ -8,7 +8,6 @@
 #include "host/handlers/KFileMetaDataHandler.h"
 #include "host/handlers/RecollHandler.h"
 #include "host/handlers/RecollSetup.h"
-#include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
 #include "host/system/FileDescriptor.h"
 #include "host/system/Output.h"
@@ -41,8 +40,7 @@ constexpr const char* kHowToReadAgain =
 }  // namespace
 
 int RunHandler(Indexer indexer) {
-    const Result<std::string> bundle = FindBundle("");
-    const Result<PluginHost> host = bundle ? PluginHost::Load(*bundle) : bundle.Why();
+    const Result<PluginHost> host = LoadPlugin("");
     if (!host) {
         PrintMessage(host.Why().text);
         return kExitWrongUse;

@@ -11,7 +11,6 @@
 #include "host/documents/DocumentRecord.h"
 #include "host/documents/DocumentRepair.h"
 #include "host/index/IndexSearch.h"
-#include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
 #include "host/print/CatalogueJson.h"
 #include "host/print/JsonWriter.h"
@@ -24,12 +23,6 @@
 namespace ZEMA {
 
 namespace {
-
-Result<PluginHost> LoadPlugin(const std::string& given) {
-    const Result<std::string> bundle = FindBundle(given);
-    if (!bundle) return bundle.Why();
-    return PluginHost::Load(*bundle);
-}
 
 // The records of an import as they are printed.
 class ImportPrinter : public RecordPrinter {

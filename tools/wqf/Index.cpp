@@ -6,7 +6,6 @@
 #include "host/documents/DocumentRepair.h"
 #include "host/index/IndexFile.h"
 #include "host/index/IndexRun.h"
-#include "host/plugin/Bundle.h"
 #include "host/plugin/PluginHost.h"
 #include "host/system/Output.h"
 #include "host/workers/DocumentWorkers.h"
@@ -86,8 +85,7 @@ int RunIndex(const IndexOptions& given) {
         if (!index) return SayWhyNot("the index", index.Why());
         options.index = *index;
     }
-    const Result<std::string> bundle = FindBundle(options.bundle);
-    Result<PluginHost> host = bundle ? PluginHost::Load(*bundle) : bundle.Why();
+    Result<PluginHost> host = LoadPlugin(options.bundle);
     if (!host) {
         PrintMessage(host.Why().text);
         return kExitWrongUse;
