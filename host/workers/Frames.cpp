@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::size_t kHeadSize = sizeof(std::uint32_t) + 1;
 constexpr int kDeepestValue = 16;
+// In a record. A value takes twenty times the room of its shortest form, and no model that a worker has the memory for
+// has as many.
+constexpr std::size_t kMostValues = std::size_t{1} << 22;
 
 // Puts values behind each other. Both sides are one program, so numbers stand as the machine has them.
 class Encoder {
@@ -101,7 +104,7 @@ public:
 
     bool Get(Value& value, int depth) {
         std::uint8_t kind = 0;
-        if (depth > kDeepestValue || !Get(kind)) return Fail();
+        if (depth > kDeepestValue || ++values_ > kMostValues || !Get(kind)) return Fail();
         switch (kind) {
             case 0:
                 return GetUtf8(value.content.emplace<0>());
@@ -143,6 +146,7 @@ private:
     }
 
     std::string_view rest_;
+    std::size_t values_ = 0;  // so far
 };
 
 static_assert(std::is_same_v<std::variant_alternative_t<5, decltype(Value::content)>, Value::Dictionary>);

@@ -52,6 +52,8 @@ TEST(Frames, RefuseWhatEncodingNeverMakes) {
     for (int i = 0; i < 100; ++i) deep = {Value::List{deep}};
     record.attributes[0].value = deep;
     EXPECT_FALSE(DecodeRecord(EncodeRecord(record))) << "nested more deeply than the stack bears";
+    record.attributes[0].value = {Value::List(1 << 22, Value{true})};
+    EXPECT_FALSE(DecodeRecord(EncodeRecord(record))) << "more values than a model has";
 }
 
 TEST(Frames, CutAStreamAtAnyPlace) {
