@@ -1,8 +1,6 @@
 #include "host/documents/DocumentRepair.h"
 
-#include <filesystem>
 #include <string>
-#include <system_error>
 
 #include "host/archive/ArchiveMend.h"
 #include "host/archive/ForeignMethods.h"
@@ -19,10 +17,7 @@ constexpr std::size_t kLargestModel = (std::size_t{1} << 31) - 1;  // that a loa
 
 // False where there is nothing that a repair would put right, or where the model does not load all the same.
 bool ImportMended(const std::string& path, DocumentRecord& record) {
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    if (error) return false;
-    const Result<std::string> model = ReadMended(absolute.string(), kModelName, kLargestModel);
+    const Result<std::string> model = ReadMended(path, kModelName, kLargestModel);
     if (!model) return false;
     const Foundation::NSAutoreleasePool pool;
     DocumentLoad load;

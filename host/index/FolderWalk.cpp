@@ -77,11 +77,6 @@ void WalkFolder(const std::string& folder, FileSystems& fileSystems, Walk& walk)
               [](const WalkedDocument& a, const WalkedDocument& b) { return a.path < b.path; });
 }
 
-bool ReadStamp(const std::string& path, FileStamp& stamp) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && ToStamp(status, stamp);
-}
-
 bool IsGone(const std::string& path) {
     struct stat status;
     return lstat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);

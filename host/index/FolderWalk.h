@@ -34,9 +34,6 @@ struct Walk {
 // folders are not entered, is as for FindDocuments.
 void WalkFolder(const std::string& folder, FileSystems& fileSystems, Walk& walk);
 
-// The stamp of the file that a path leads to; false where there is none.
-bool ReadStamp(const std::string& path, FileStamp& stamp);
-
 // Whether nothing stands at the path, not even a link. False where the system does not say so.
 bool IsGone(const std::string& path);
 

@@ -78,9 +78,8 @@ std::int64_t FileClock() {
 
 // Absolute and without links, as far as there is anything.
 std::string WholePath(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path whole = std::filesystem::absolute(path, error);
-    std::string real = RealPath(error ? path : whole.string());
+    const Result<std::string> whole = AbsolutePath(path);
+    std::string real = RealPath(whole ? *whole : path);
     if (real.size() > 1 && real.ends_with('/')) real.pop_back();
     return real;
 }

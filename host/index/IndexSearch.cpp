@@ -1,11 +1,10 @@
 #include "host/index/IndexSearch.h"
 
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "host/index/IndexTables.h"
 #include "host/search/QuerySql.h"
+#include "host/system/Paths.h"
 
 namespace ZEMA {
 
@@ -112,9 +111,8 @@ RecordFilter::~RecordFilter() = default;
 
 bool RecordFilter::Finds(const DocumentRecord& record) {
     DocumentRecord whole = record;
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(record.path, error);
-    if (!error) whole.path = absolute.string();
+    const Result<std::string> absolute = AbsolutePath(record.path);
+    if (absolute) whole.path = *absolute;
     tables_->database->Run("BEGIN");
     tables_->tables.Put(whole, {}, true, 0);
     const bool isFound = tables_->statement.Step();
