@@ -27,7 +27,9 @@ namespace {
 // The records of an import as they are printed.
 class ImportPrinter : public RecordPrinter {
 public:
-    ImportPrinter(const ImportOptions& options, const std::optional<Query>& where) : options_(options) {
+    // `filterFailed` is set once the query can not be asked any more.
+    ImportPrinter(const ImportOptions& options, const std::optional<Query>& where, bool& filterFailed)
+        : options_(options), filterFailed_(filterFailed) {
         if (where) filter_.emplace(*where);
     }
 
@@ -39,10 +41,15 @@ public:
         return filter_ && !filter_->Finds(record) ? std::string() : writer_->Record(record);
     }
     std::string Tail() override { return writer_->Tail(); }
-    std::string Problem(const DocumentRecord& record) override { return record.error; }
+    std::string Problem(const DocumentRecord& record) override {
+        if (!filter_ || !filter_->Why()) return record.error;
+        filterFailed_ = true;
+        return "whether the query finds it is not known: " + filter_->Why().text;
+    }
 
 private:
     const ImportOptions& options_;
+    bool& filterFailed_;
     std::optional<RecordFilter> filter_;
     std::unique_ptr<RecordWriter> writer_;
 };
@@ -58,17 +65,18 @@ int RunImport(const ImportOptions& options) {
         PrintMessage(host.Why().text);
         return kExitWrongUse;
     }
+    bool filterFailed = false;
     const int status = RunDocuments(
         options.documents, options.run,
         [&host, &options](const FoundDocument& document) {
             return options.repair ? ImportRepaired(*host, document) : ImportDocument(*host, document);
         },
-        [&options, &where] { return std::make_unique<ImportPrinter>(options, where); });
+        [&options, &where, &filterFailed] { return std::make_unique<ImportPrinter>(options, where, filterFailed); });
     if (const Failure failure = host->Close()) {
         PrintMessage(failure.text);
         return kExitSomeFailed;
     }
-    return status;
+    return status == kExitDone && filterFailed ? kExitSomeFailed : status;
 }
 
 namespace {
